@@ -1,0 +1,37 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace kestrav {
+
+/// The system's log: where the command exchange, the helper connection and the services report.
+/// One call writes one entry. Entries are data: nothing in them is interpreted, percent signs included.
+class SystemLog {
+  public:
+    virtual ~SystemLog() = default;
+    virtual void write(std::string_view entry) = 0;
+};
+
+/// The real one: syslog(3), facility user, priority notice, and a copy on standard error as one line
+/// "IDENT: ENTRY". Control characters are shown escaped in the copy (\x1b), so that text from outside can't steer
+/// a terminal. Bytes from the first NUL on are not sent to syslog(3), which takes NUL-terminated text.
+/// Make one for the life of a process: openlog(3) is process-wide.
+class SyslogSystemLog final : public SystemLog {
+  public:
+    /// `ident` is the program's name; it is kept by this object for openlog(3).
+    explicit SyslogSystemLog(std::string ident);
+    ~SyslogSystemLog() override;
+    SyslogSystemLog(const SyslogSystemLog&) = delete;
+    SyslogSystemLog& operator=(const SyslogSystemLog&) = delete;
+
+    void write(std::string_view entry) override;
+
+  private:
+    std::string ident_;
+};
+
+/// `text` with every control character (below 0x20, and 0x7f) written as \xNN, for one line on a terminal.
+std::string escapedForTerminal(std::string_view text);
+
+}  // namespace kestrav

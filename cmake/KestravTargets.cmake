@@ -1,0 +1,58 @@
+# What every target of this project shares, and the three ways to declare one.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
+
+find_package(Threads REQUIRED)
+find_package(PkgConfig REQUIRED)
+find_program(CCACHE ccache)
+if(CCACHE)
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${CCACHE}")
+endif()
+
+add_library(kestrav_warnings INTERFACE)
+target_compile_options(kestrav_warnings INTERFACE -Wall -Wextra -Wconversion -Wshadow -Wformat=2 -Werror)
+
+# kestrav_library(NAME SOURCES file... [PUBLIC target...] [PRIVATE target...])
+# A folder's library. Headers are found from the root of the tree: #include "socket/TCPClient.h".
+function(kestrav_library name)
+  cmake_parse_arguments(arg "" "" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
+  add_library(${name} STATIC ${arg_SOURCES})
+  set_target_properties(${name} PROPERTIES OUTPUT_NAME "kestrav_${name}")
+  target_include_directories(${name} PUBLIC "${CMAKE_SOURCE_DIR}")
+  target_link_libraries(${name} PUBLIC ${arg_PUBLIC} PRIVATE kestrav_warnings ${arg_PRIVATE})
+endfunction()
+
+# kestrav_program(NAME SOURCES file... LINKS target...): a program, built into bin/.
+function(kestrav_program name)
+  cmake_parse_arguments(arg "" "" "SOURCES;LINKS" ${ARGN})
+  add_executable(${name} ${arg_SOURCES})
+  target_include_directories(${name} PRIVATE "${CMAKE_SOURCE_DIR}")
+  target_link_libraries(${name} PRIVATE kestrav_warnings ${arg_LINKS})
+endfunction()
+
+# kestrav_test(NAME SOURCES file... LINKS target... [WRAPPER command...] [TIMEOUT seconds] [SERIAL])
+# A googletest program; each of its cases is one case of ctest. WRAPPER is put in front of the program.
+# SERIAL is for cases that share something the machine has once, such as port 9090.
+function(kestrav_test name)
+  cmake_parse_arguments(arg "SERIAL" "TIMEOUT" "SOURCES;LINKS;WRAPPER" ${ARGN})
+  if(NOT arg_TIMEOUT)
+    set(arg_TIMEOUT 120)
+  endif()
+  add_executable(${name} ${arg_SOURCES})
+  set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
+  target_include_directories(${name} PRIVATE "${CMAKE_SOURCE_DIR}")
+  target_link_libraries(${name} PRIVATE kestrav_warnings ${arg_LINKS} GTest::gmock GTest::gtest_main)
+  if(arg_WRAPPER)
+    set_target_properties(${name} PROPERTIES CROSSCOMPILING_EMULATOR "${arg_WRAPPER}")
+  endif()
+  set(properties TIMEOUT ${arg_TIMEOUT})
+  if(arg_SERIAL)
+    list(APPEND properties RUN_SERIAL TRUE)
+  endif()
+  gtest_discover_tests(${name} TEST_PREFIX "${name}." DISCOVERY_TIMEOUT 60 PROPERTIES ${properties})
+endfunction()
