@@ -1,4 +1,4 @@
 # The client side of the privileged helper: its installation and the channel to it.
 kestrav_library(command_helper
-  SOURCES HelperInstallation.cpp SMJError.cpp
+  SOURCES HelperInstallation.cpp Job.cpp SMJError.cpp
   PUBLIC base)

@@ -1,1 +1,1 @@
-kestrav_test(command_helper_test SOURCES HelperInstallationTest.cpp LINKS command_helper)
+kestrav_test(command_helper_test SOURCES HelperInstallationTest.cpp JobTest.cpp LINKS command_helper)
