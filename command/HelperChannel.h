@@ -31,11 +31,12 @@ class HelperConnection {
     virtual ~HelperConnection() = default;
 
     /// The helper seen through this connection, or null when it doesn't offer `JobProtocol`. A request made on it ends
-    /// with either its reply or `errorHandler`, never both. The proxy may outlive the connection: then requests fail.
+    /// with either its reply or `errorHandler`, never both. The proxy may outlive the connection: then requests fail
+    /// at once, on the thread that makes them.
     virtual std::shared_ptr<JobProtocol> remoteProxy(ErrorHandler errorHandler) = 0;
 
     /// Ends the connection: requests under way fail, then `invalidated` is called, unless it has been called before.
-    /// Nothing is called once this has returned.
+    /// Nothing more comes from the connection's thread once this has returned.
     virtual void invalidate() = 0;
 };
 

@@ -2,3 +2,4 @@
 kestrav_library(command_helper
   SOURCES HelperInstallation.cpp Job.cpp SMJError.cpp
   PUBLIC base)
+add_subdirectory(linux)
