@@ -1,0 +1,139 @@
+#!/usr/bin/env python3
+"""Reads the #include lines of the tree and says which arrow between two folders must not exist.
+
+    arrows.py [ROOT]     exit 0: no forbidden arrow; 1: each one on a line of its own
+
+The rules are the picture in README.md, "Layout": a folder may include itself and what ALLOWED names for it.
+"""
+
+import re
+import sys
+from pathlib import Path
+
+# Longest folder first wins: command/linux is a room of its own inside command.
+ALLOWED = {
+    "base": set(),
+    "json": {"base"},
+    "socket": {"base"},
+    "command": {"json", "socket", "base"},
+    "command/linux": {"command", "base"},
+    "device": {"command", "base"},
+    "device/linux": {"device", "base"},
+    "app": {"device", "command", "base"},
+    "app/qt": {"app", "device", "command", "base"},
+    "cli": {"device", "command", "json", "base"},
+    "services/privileged": {"json", "socket", "base"},
+    "services/commandd": {"services/privileged", "json", "socket", "base"},
+    "services/helper": {"services/privileged", "json", "base"},
+}
+# These may look at everything; nothing may look at them.
+ONLOOKERS = ("tests", "benchmarks", "fuzz", "simulator")
+BACKENDS = ("command/linux", "device/linux")
+QT_MAY_BE_USED_IN = ("app/qt",) + ONLOOKERS
+SOURCES = (".h", ".cpp", ".c")
+INCLUDE = re.compile(r'^\s*#\s*include\s*(["<])([^">]+)[">]')
+QT_HEADER = re.compile(r"^(Qt\w*/.*|Q[A-Z]\w*)$")
+
+
+def folder_of(path):
+    """The room that `path` (relative to the root) stands in, or None if it is in none that has rules."""
+    parts = Path(path).parts
+    if parts and parts[0] in ONLOOKERS:
+        return parts[0]
+    for depth in range(len(parts) - 1, 0, -1):
+        name = "/".join(parts[:depth])
+        if name in ALLOWED:
+            return name
+    return None
+
+
+def forbidden(source, target):
+    """Why `source` must not include `target` (both relative to the root), or None if it may."""
+    here, there = folder_of(source), folder_of(target)
+    if here is None or there is None or here == there or here in ONLOOKERS:
+        return None
+    if there in ONLOOKERS:
+        return f"production code looks into {there}"
+    if there in BACKENDS and Path(source).name == "main.cpp":
+        return None  # the one place where backends are chosen and joined
+    if there in BACKENDS and here in BACKENDS:
+        return "a backend looks into another one"
+    if there in BACKENDS and there.startswith(here + "/"):
+        return "an interface looks into its own backend"
+    if there not in ALLOWED[here]:
+        return f"{here} must not know {there}"
+    return None
+
+
+def includes(text):
+    for line in text.splitlines():
+        match = INCLUDE.match(line)
+        if match:
+            yield match.group(1) == '"', match.group(2)
+
+
+def cycles(graph):
+    """Circles of files that include each other, each as the list of its files."""
+    found, done, path = [], set(), []
+
+    def walk(node):
+        if node in path:
+            found.append(path[path.index(node):] + [node])
+            return
+        if node in done:
+            return
+        path.append(node)
+        for following in sorted(graph.get(node, ())):
+            walk(following)
+        path.pop()
+        done.add(node)
+
+    for node in sorted(graph):
+        walk(node)
+    return found
+
+
+def check(files):
+    """`files` maps a path relative to the root to its text. Returns the complaints, one sentence each."""
+    complaints, graph = [], {}
+    for source, text in sorted(files.items()):
+        graph[source] = set()
+        for quoted, target in includes(text):
+            if not quoted and QT_HEADER.match(target) and not source.startswith(QT_MAY_BE_USED_IN):
+                complaints.append(f"{source} -> <{target}>: only app/qt/ knows the toolkit")
+            if not quoted:
+                continue
+            if target not in files and str(Path(source).parent / target) in files:
+                complaints.append(f'{source} -> "{target}": include from the root of the tree')
+                continue
+            reason = forbidden(source, target)
+            if reason:
+                complaints.append(f"{source} -> {target}: {reason}")
+            graph[source].add(target)
+    complaints += ["a circle: " + " -> ".join(circle) for circle in cycles(graph)]
+    return complaints
+
+
+def read_tree(root):
+    rooms = sorted({name.split("/")[0] for name in ALLOWED} | set(ONLOOKERS))
+    return {
+        str(path.relative_to(root)): path.read_text(encoding="utf-8")
+        for room in rooms
+        for path in sorted((root / room).rglob("*"))
+        if path.suffix in SOURCES and path.is_file()
+    }
+
+
+def main():
+    root = Path(sys.argv[1]) if len(sys.argv) > 1 else Path(__file__).resolve().parents[2]
+    files = read_tree(root)
+    if not files:
+        print(f"no sources below {root}")
+        return 1
+    complaints = check(files)
+    print("\n".join(complaints) if complaints else f"{len(files)} files, no forbidden arrow")
+    return 1 if complaints else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
