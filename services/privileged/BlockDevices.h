@@ -20,6 +20,7 @@ struct BlockDevice {
     std::string diskName;           ///< name of the disk that it is, or is a part of
     std::uint64_t partitionNumber;  ///< 1 for the first; 0 for a disk
     bool accessory;                 ///< its nearest USB device is the accessory, 10d6:fd01
+    bool writeProtected;            ///< by its switch, or by the kernel after an error
     std::uint64_t bytes;
     std::uint32_t logicalBlockSize;             ///< bytes; what the disk reads and writes at least
     std::optional<std::uint64_t> diskSequence;  ///< differs for every disk since boot; older kernels don't tell

@@ -83,6 +83,8 @@ bool isStill(const BlockDevices& devices, const AccessoryNode& judged, int node)
 }  // namespace
 
 Outcome<std::unique_ptr<DiskBytes>> openDisk(const BlockDevices& devices, const AccessoryNode& disk, DiskUse use) {
+    // The kernel opens such a disk for writing and refuses the writes.
+    if (use == DiskUse::write && disk.device.writeProtected) return cannotOpen(EROFS, disk.device);
     UniqueFd node;
     const auto end = Clock::now() + patience;
     int error = openAndLock(disk.path, use, node);

@@ -77,6 +77,7 @@ std::optional<BlockDevice> describe(udev_device* device) {
                        std::string(textOrEmpty(::udev_device_get_sysname(disk))),
                        partition,
                        belongsToAccessory(device),
+                       numberAttribute(disk, "ro").value_or(0) != 0,
                        *sectors * 512,  // sysfs counts in 512 bytes whatever the disk's own block is
                        static_cast<std::uint32_t>(blockSize),
                        numberAttribute(disk, "diskseq")};
