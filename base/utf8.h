@@ -1,0 +1,16 @@
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+namespace kestrav {
+
+/// How many bytes at the front of `text` are well-formed UTF-8 (RFC 3629: shortest forms only, no surrogates, nothing
+/// above U+10FFFF). Equal to the size of `text` when all of it is; else the offset of the first bad sequence.
+std::size_t validUTF8Length(std::string_view text) noexcept;
+
+inline bool isValidUTF8(std::string_view text) noexcept {
+    return validUTF8Length(text) == text.size();
+}
+
+}  // namespace kestrav

@@ -1,0 +1,107 @@
+#pragma once
+
+#include <atomic>
+#include <cstring>
+#include <limits>
+#include <new>
+#include <span>
+
+#include "json/Tree.h"
+
+namespace kestrav {
+
+/// What all nodes of a tree begin with. A node is released by the thread that lets its last reference go; from then
+/// on the word is free to link nodes that wait for it, so that no depth of nesting needs any stack.
+struct TreeNode {
+    std::atomic<std::uintptr_t> references{1};
+};
+
+struct TreeTextNode : TreeNode {  // its bytes follow it
+    char* bytes() noexcept { return reinterpret_cast<char*>(this + 1); }
+};
+struct TreeDecimalNode : TreeNode {
+    Decimal value;
+};
+struct TreeObjectNode : TreeNode {
+    std::shared_ptr<const TreeObject> value;
+};
+struct TreeListNode : TreeNode {  // its elements follow it
+    std::size_t size = 0;
+    std::size_t capacity = 0;
+    Tree* elements() noexcept { return reinterpret_cast<Tree*>(this + 1); }
+};
+struct TreeMember {
+    Tree key;
+    Tree value;
+};
+struct TreeMapNode : TreeNode {  // its members follow it, and those are followed by the index of a large map
+    std::size_t size = 0;
+    std::size_t capacity = 0;
+    TreeMember* members() noexcept { return reinterpret_cast<TreeMember*>(this + 1); }
+    std::uint32_t* index() noexcept { return reinterpret_cast<std::uint32_t*>(members() + capacity); }
+};
+
+/// The two words of a Tree without its ownership, for building and comparing.
+struct TreeWords {
+    std::uint64_t payload = 0;
+    std::uint64_t meta = 0;
+};
+
+/// A text to look up, without a node of its own.
+struct TreeKey {
+    std::string_view text;
+    TreeWords words;  ///< those of a short text; of a long one only `meta`
+
+    bool names(const Tree& key) const noexcept;
+};
+
+/// The inside of Tree: how the nodes are laid out, made, found in and released.
+class TreeNodes {
+  public:
+    using Form = Tree::Form;
+    static constexpr std::size_t kMaxMembers = std::numeric_limits<std::uint32_t>::max() / 4;
+
+    /// Hands the words' reference over to a Tree, or takes it from one.
+    static Tree adopt(TreeWords words) noexcept { return Tree(words.payload, words.meta); }
+    static TreeWords give(Tree&& tree) noexcept {
+        return {std::exchange(tree.payload_, 0), std::exchange(tree.meta_, 0)};
+    }
+    static TreeWords words(const Tree& tree) noexcept { return {tree.payload_, tree.meta_}; }
+    static Form form(const Tree& tree) noexcept { return tree.form(); }
+
+    /// The words of a text; a long one gets a node of its own. `first` and `second` are put together.
+    static TreeWords text(std::string_view first, std::string_view second = {});
+    static TreeWords shortText(std::string_view text) noexcept;
+    static std::string_view textView(const Tree& tree) noexcept;
+    static TreeKey key(std::string_view text) noexcept;
+    static TreeKey key(const Tree& text) noexcept { return {textView(text), words(text)}; }
+
+    /// A list of the given elements, a map of the given keys and values by turns; they take the words over. Of equal
+    /// keys the last one's value stays, in the place of the first.
+    static TreeWords list(std::span<const TreeWords> elements);
+    static TreeWords map(std::span<const TreeWords> keysAndValues);
+
+    /// The nodes; null pointers when empty.
+    template <class Node>
+    static Node* node(const Tree& tree) noexcept {
+        return std::bit_cast<Node*>(tree.payload_);
+    }
+    template <class Node>
+    static TreeWords wordsOf(Form form, Node* node) noexcept {
+        return {std::bit_cast<std::uint64_t>(node), Tree::metaOf(form)};
+    }
+
+    /// A node that belongs to `tree` alone, with room for one more; changes `tree` to hold it.
+    static TreeListNode* ownList(Tree& tree, std::size_t more);
+    static TreeMapNode* ownMap(Tree& tree, std::size_t more);
+
+    static TreeMember* find(TreeMapNode* map, const TreeKey& key) noexcept;
+    /// Adds a member whose key isn't there yet; there must be room.
+    static void add(TreeMapNode* map, Tree key, Tree value) noexcept;
+
+    /// Whether the last reference was let go.
+    static bool letGo(TreeNode* node) noexcept;
+    static void release(Tree::Form form, TreeNode* node) noexcept;
+};
+
+}  // namespace kestrav
