@@ -1,10 +1,9 @@
 #include "cli/Commands.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <ostream>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include "base/SystemLog.h"
 #include "cli/ImageFile.h"
@@ -87,7 +86,8 @@ class Performer {
         const std::vector<std::string> paths = device_.getDrives();
         if (drives.json) {
             Tree list = Tree::list();
-            for (const std::string& path : paths) list.append(Tree(path));
+            for (const std::string& path : paths)
+                list.append(Tree(path));
             printJson(console_, list);
         } else if (paths.empty()) {
             complain(console_, "No drive is mounted below /media or /run/media.");
@@ -100,8 +100,7 @@ class Performer {
         if (const auto* sentence = std::get_if<std::string>(&opened)) return refuse(console_, *sentence);
         const auto& image = std::get<ImageFile>(opened);
         const bool firmware = update.kind == ImageKind::firmware;
-        const bool handedOver =
-            firmware ? device_.firmwareUpdate(image.path()) : device_.iconUpdate(image.path());
+        const bool handedOver = firmware ? device_.firmwareUpdate(image.path()) : device_.iconUpdate(image.path());
         if (!handedOver || !update.verify) return codeOf(handedOver);
         return verify(image, firmware ? kFirmwareOffset : kIconOffset);
     }
@@ -137,8 +136,9 @@ class Performer {
         if (const auto* sentence = std::get_if<std::string>(&opened)) return refuse(console_, *sentence);
         const auto& file = std::get<ImageFile>(opened);
         if (file.size() > kLargestWrite) {
-            return refuse(console_, file.path() + " is larger than the 2147479552 bytes that one write can carry. "
-                                                  "Split it, or send it with 'kestravctl push'.");
+            return refuse(console_, file.path() +
+                                        " is larger than the 2147479552 bytes that one write can carry. "
+                                        "Split it, or send it with 'kestravctl push'.");
         }
         const std::vector<std::byte> bytes = file.read(0, file.size());
         if (std::ssize(bytes) != file.size()) return refuse(console_, file.path() + " can't be read to its end.");
@@ -162,7 +162,8 @@ class Performer {
     }
 
     ExitCode verificationFailed(const std::string& reason) const {
-        complain(console_, "Verification failed: " + reason + ". Send the image again before you unplug the accessory.");
+        complain(console_,
+                 "Verification failed: " + reason + ". Send the image again before you unplug the accessory.");
         return ExitCode::verificationFailed;
     }
 

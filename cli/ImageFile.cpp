@@ -1,14 +1,13 @@
 #include "cli/ImageFile.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <fcntl.h>
 #include <filesystem>
 #include <optional>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include "base/utf8.h"
 
@@ -44,7 +43,8 @@ std::variant<ImageFile, std::string> ImageFile::open(const std::string& path) {
     if (status.st_size > 0 && ::pread(fd.get(), &first, 1, 0) < 0) return cannotBeRead(path, errno);
     std::error_code failed;
     const std::string absolute = std::filesystem::absolute(path, failed);
-    if (failed) return path + " has no absolute path: the current folder can't be told. Change to a folder that exists.";
+    if (failed)
+        return path + " has no absolute path: the current folder can't be told. Change to a folder that exists.";
     return ImageFile(std::move(fd), absolute, status.st_size);
 }
 

@@ -27,7 +27,9 @@ class ImageFile {
 
   private:
     ImageFile(UniqueFd fd, std::string path, std::int64_t size) noexcept
-        : fd_(std::move(fd)), path_(std::move(path)), size_(size) {}
+        : fd_(std::move(fd)),
+          path_(std::move(path)),
+          size_(size) {}
 
     UniqueFd fd_;
     std::string path_;

@@ -58,7 +58,8 @@ class CommandLine {
         app_.set_version_flag("--version", "kestravctl " KESTRAV_VERSION);
         app_.footer(kFooter);
         addLookups();
-        addUpdate("firmware", ImageKind::firmware, firmware_, "Send a firmware image to the firmware area (block 1536)");
+        addUpdate("firmware", ImageKind::firmware, firmware_,
+                  "Send a firmware image to the firmware area (block 1536)");
         addUpdate("icon", ImageKind::icon, icon_, "Send an icon image to the icon area (block 2048)");
         addBlockCommands();
         addByteCommands();
@@ -81,10 +82,12 @@ class CommandLine {
     }
 
     void addLookups() {
-        addCommand("detect", "Find the accessory and print its name, disk and id", [this] { return detect_; })
-            .add_flag("--json", detect_.json, "Print one JSON object instead");
-        addCommand("drives", "List the mounted drives", [this] { return drives_; })
-            .add_flag("--json", drives_.json, "Print one JSON array of mount points instead");
+        addCommand("detect", "Find the accessory and print its name, disk and id", [this] {
+            return detect_;
+        }).add_flag("--json", detect_.json, "Print one JSON object instead");
+        addCommand("drives", "List the mounted drives", [this] {
+            return drives_;
+        }).add_flag("--json", drives_.json, "Print one JSON array of mount points instead");
     }
 
     void addUpdate(const std::string& name, ImageKind kind, UpdateInvocation& update, const std::string& description) {

@@ -1,11 +1,9 @@
-#include "cli/Commands.h"
-
-#include <gtest/gtest.h>
-
 #include <filesystem>
 #include <fstream>
+#include <gtest/gtest.h>
 #include <sstream>
 
+#include "cli/Commands.h"
 #include "tests/command/LoopbackService.h"
 #include "tests/device/fakes/EngineOnFakes.h"
 #include "tests/device/fakes/bytes.h"

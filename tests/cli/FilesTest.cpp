@@ -1,11 +1,10 @@
 #include <fcntl.h>
-#include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <filesystem>
 #include <fstream>
+#include <gtest/gtest.h>
 #include <iterator>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include "cli/ImageFile.h"
 #include "cli/OutputFile.h"

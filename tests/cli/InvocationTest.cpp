@@ -1,9 +1,8 @@
-#include "cli/Invocation.h"
-
 #include <gtest/gtest.h>
-
 #include <sstream>
 #include <vector>
+
+#include "cli/Invocation.h"
 
 namespace kestrav {
 namespace {
@@ -101,22 +100,17 @@ TEST_P(WrongCall, SaysWhyAndEndsWithTwo) {
     EXPECT_FALSE(parsed.err.empty());
 }
 
-INSTANTIATE_TEST_SUITE_P(Calls, WrongCall,
-                         testing::Values(std::vector<const char*>{}, std::vector<const char*>{"format"},
-                                         std::vector<const char*>{"detect", "now"},
-                                         std::vector<const char*>{"detect", "--verify"},
-                                         std::vector<const char*>{"firmware"},
-                                         std::vector<const char*>{"firmware", "a", "b"},
-                                         std::vector<const char*>{"push", "-1", "file"},
-                                         std::vector<const char*>{"push", "0x10", "file"},
-                                         std::vector<const char*>{"push", "1.5", "file"},
-                                         std::vector<const char*>{"push", "", "file"},
-                                         std::vector<const char*>{"push", "9223372036854775808", "file"},
-                                         std::vector<const char*>{"pull", "1"},
-                                         std::vector<const char*>{"read", "0", "ten"},
-                                         std::vector<const char*>{"read", "0", "1", "-o"},
-                                         std::vector<const char*>{"write", "0"},
-                                         std::vector<const char*>{"detect", "drives"}));
+INSTANTIATE_TEST_SUITE_P(
+    Calls, WrongCall,
+    testing::Values(std::vector<const char*>{}, std::vector<const char*>{"format"},
+                    std::vector<const char*>{"detect", "now"}, std::vector<const char*>{"detect", "--verify"},
+                    std::vector<const char*>{"firmware"}, std::vector<const char*>{"firmware", "a", "b"},
+                    std::vector<const char*>{"push", "-1", "file"}, std::vector<const char*>{"push", "0x10", "file"},
+                    std::vector<const char*>{"push", "1.5", "file"}, std::vector<const char*>{"push", "", "file"},
+                    std::vector<const char*>{"push", "9223372036854775808", "file"},
+                    std::vector<const char*>{"pull", "1"}, std::vector<const char*>{"read", "0", "ten"},
+                    std::vector<const char*>{"read", "0", "1", "-o"}, std::vector<const char*>{"write", "0"},
+                    std::vector<const char*>{"detect", "drives"}));
 
 TEST(ParseCommandLine, NamesTheNumberThatIsNone) {
     EXPECT_NE(parse({"push", "abc", "file"}).err.find("BLOCK: 'abc' is not a whole number"), std::string::npos);
@@ -125,8 +119,8 @@ TEST(ParseCommandLine, NamesTheNumberThatIsNone) {
 TEST(Help, EndsWithZeroAndNamesEveryCommandAndStatus) {
     const Parsed parsed = parse({"--help"});
     EXPECT_EQ(std::get<ExitCode>(parsed.result), ExitCode::success);
-    for (const char* word : {"detect", "drives", "firmware", "icon", "push", "pull", "read", "write", "Exit status:",
-                             "  0  ", "  1  ", "  2  ", "  3  ", "  4  ", "  5  "}) {
+    for (const char* word : {"detect", "drives", "firmware", "icon", "push", "pull", "read", "write",
+                             "Exit status:", "  0  ", "  1  ", "  2  ", "  3  ", "  4  ", "  5  "}) {
         EXPECT_NE(parsed.out.find(word), std::string::npos) << word;
     }
 }
