@@ -138,9 +138,9 @@ TEST(RunWithCommand, ServesSeveralThreadsAtOnce) {
     });
     RecordedLog log;
     CommandService client(log, patient(service.port()));
-    std::vector<std::thread> callers;
-    for (int i = 0; i < 8; ++i)
-        callers.emplace_back([&client] { EXPECT_EQ(client.runWithCommand("dd", Texts{"x"}), ""); });
+    std::vector<std::thread> callers(8);
+    for (std::thread& caller : callers)
+        caller = std::thread([&client] { EXPECT_EQ(client.runWithCommand("dd", Texts{"x"}), ""); });
     for (std::thread& caller : callers)
         caller.join();
     EXPECT_EQ(log.entries(), Texts(8, "done"));

@@ -1,5 +1,6 @@
 #include <array>
 #include <gtest/gtest.h>
+#include <netdb.h>
 #include <string>
 
 #include "socket/ipv4.h"
@@ -24,12 +25,22 @@ TEST_P(FirstAddressOf, FindsNamesAndDottedForms) {
     }
 }
 
-// The last three never reach a name server: they can't be names at all.
+TEST_P(FirstAddressOf, AgreesWithGethostbyname) {
+    const hostent* entry = ::gethostbyname(GetParam().name);
+    const std::optional<in_addr> address = firstAddressOf(GetParam().name);
+    ASSERT_EQ(address.has_value(), entry != nullptr);
+    if (address) {
+        EXPECT_EQ(std::memcmp(&*address, entry->h_addr_list[0], sizeof *address), 0);
+    }
+}
+
+// None of those that are not found reaches a name server: they can't be names at all.
 INSTANTIATE_TEST_SUITE_P(Hosts, FirstAddressOf,
                          ::testing::Values(Host{"127.0.0.1", "127.0.0.1"}, Host{"localhost", "127.0.0.1"},
                                            Host{"127.1", "127.0.0.1"}, Host{"255.255.255.255", "255.255.255.255"},
-                                           Host{"", nullptr}, Host{"256.256.256.256", nullptr},
-                                           Host{"no..name", nullptr}));
+                                           Host{"2130706433", "127.0.0.1"}, Host{"010.0.0.1", "8.0.0.1"},
+                                           Host{"1.2.3.4.5", nullptr}, Host{"1..2", nullptr}, Host{"", nullptr},
+                                           Host{"256.256.256.256", nullptr}, Host{"no..name", nullptr}));
 
 TEST(UdpResolveHost, CopiesTheTextWithoutANul) {
     std::array<char, 16> text{};
