@@ -4,13 +4,13 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
-#include <grp.h>
 #include <memory>
-#include <pwd.h>
 #include <stdexcept>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include "tests/room/ChildProcess.h"
 
 namespace kestrav {
 namespace {
@@ -31,16 +31,9 @@ std::string contents(std::FILE* file) {
     return text;
 }
 
-void become(uid_t uid) {
-    if (uid == 0) return;
-    const passwd* user = ::getpwuid(uid);
-    const gid_t group = user != nullptr ? user->pw_gid : static_cast<gid_t>(uid);
-    const int groups = user != nullptr ? ::initgroups(user->pw_name, group) : ::setgroups(0, nullptr);
-    if (groups != 0 || ::setgid(group) != 0 || ::setuid(uid) != 0) ::_exit(99);
-}
-
 std::vector<char*> pointers(const std::vector<std::string>& words) {
     std::vector<char*> result;
+    result.reserve(words.size() + 1);
     for (const std::string& word : words)
         result.push_back(const_cast<char*>(word.c_str()));
     result.push_back(nullptr);
@@ -63,7 +56,7 @@ ProgramRun runProgram(const std::vector<std::string>& words, const ProgramOption
         ::dup2(::fileno(in.get()), 0);
         ::dup2(::fileno(out.get()), 1);
         ::dup2(::fileno(err.get()), 2);
-        become(options.uid);
+        becomeUser(options.uid);
         ::execve(words.at(0).c_str(), pointers(words).data(), pointers(options.environment).data());
         ::_exit(98);
     }
