@@ -5,27 +5,49 @@
 #include <cerrno>
 #include <cstring>
 #include <netdb.h>
+#include <string_view>
 #include <sys/socket.h>
 #include <vector>
 
 namespace kestrav {
 
-std::optional<in_addr> firstAddressOf(const char* host) {
+namespace {
+
+/// Whether gethostbyname(3) takes a text for an address and never for a name.
+bool isNumeric(std::string_view text) {
+    return !text.empty() && text.front() != '.' && text.back() != '.' &&
+           text.find_first_not_of("0123456789.") == std::string_view::npos;
+}
+
+std::optional<in_addr> addressFromEntry(const hostent* entry) {
+    in_addr address{};
+    const bool usable = entry != nullptr && entry->h_addrtype == AF_INET && entry->h_length == sizeof address &&
+                        entry->h_addr_list[0] != nullptr;
+    if (!usable) return std::nullopt;
+    std::memcpy(&address, entry->h_addr_list[0], sizeof address);
+    return address;
+}
+
+std::optional<in_addr> addressByName(const char* host) {
     constexpr std::size_t enoughForAnyAnswer = 1U << 20U;
     for (std::vector<char> storage(1024); storage.size() <= enoughForAnyAnswer; storage.resize(storage.size() * 2)) {
         hostent entry{};
         hostent* found = nullptr;
         int reason = 0;
         const int status = ::gethostbyname_r(host, &entry, storage.data(), storage.size(), &found, &reason);
-        if (status == ERANGE) continue;
-        in_addr address{};
-        const bool usable = status == 0 && found != nullptr && found->h_addrtype == AF_INET &&
-                            found->h_length == sizeof address && found->h_addr_list[0] != nullptr;
-        if (!usable) return std::nullopt;
-        std::memcpy(&address, found->h_addr_list[0], sizeof address);
-        return address;
+        if (status != ERANGE) return addressFromEntry(status == 0 ? found : nullptr);
     }
     return std::nullopt;
+}
+
+}  // namespace
+
+std::optional<in_addr> firstAddressOf(const char* host) {
+    if (!isNumeric(host)) return addressByName(host);
+    // The same answer without waking the resolver, which would read its configuration first.
+    in_addr address{};
+    if (::inet_aton(host, &address) == 0) return std::nullopt;
+    return address;
 }
 
 sockaddr_in ipv4Endpoint(in_addr address, std::int32_t port) {

@@ -87,8 +87,7 @@ std::int32_t tcp_connect_with_timeout(const char* host, std::int32_t port, std::
     const sockaddr_in peer = ipv4Endpoint(*address, port);
 
     // Neither this result nor that of connect is looked at: waiting tells what became of both.
-    UniqueFd fd(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    socket_set_blocking(fd.get(), 0);
+    UniqueFd fd(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
     (void)::connect(fd.get(), reinterpret_cast<const sockaddr*>(&peer), sizeof peer);
     const std::int32_t ready = waitUntilConnected(fd.get(), seconds);
     if (ready < 0) return -2;

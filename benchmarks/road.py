@@ -1,0 +1,155 @@
+#!/usr/bin/env python3
+"""Times the whole road against its peers, in one run on one machine, and prints the ratios.
+
+    benchmarks/road.py PROGRAMS     PROGRAMS: the folder of kestravctl and kestrav-commandd, release build
+
+Runs itself again inside the simulated accessory's test bed, so that setting the bed up is not part of any figure.
+Both sides of a ratio run in turn (A B A B ...) under the same conditions; the figures are medians of whole processes.
+"""
+
+import os
+import socket
+import statistics
+import subprocess
+import sys
+import tempfile
+import time
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parents[1]
+MIB = 1 << 20
+UDEVADM = ["udevadm", "trigger", "--dry-run", "--subsystem-match=usb",
+           "--attr-match=idVendor=10d6", "--attr-match=idProduct=fd01"]
+
+
+def seconds(command):
+    start = time.perf_counter()
+    subprocess.run(command, check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    return time.perf_counter() - start
+
+
+def in_turn(first, second, runs):
+    """Medians of both commands in milliseconds, after one run of each that does not count."""
+    seconds(first), seconds(second)
+    pairs = [(seconds(first), seconds(second)) for _ in range(runs)]
+    return tuple(1000 * statistics.median(column) for column in zip(*pairs))
+
+
+def row(what, ours, theirs, figure, wanted):
+    print(f"| {what} | {ours:.1f} ms | {theirs:.1f} ms | {figure} | {wanted} |", flush=True)
+
+
+class Service:
+    """kestrav-commandd in this test bed."""
+
+    def __init__(self, programs):
+        self.process = subprocess.Popen([programs / "kestrav-commandd"], stderr=subprocess.DEVNULL)
+        for _ in range(500):
+            with socket.socket() as probe:
+                if probe.connect_ex(("127.0.0.1", 9090)) == 0:
+                    return
+            time.sleep(0.01)
+        sys.exit("the service does not listen")
+
+    def stop(self):
+        self.process.terminate()
+        self.process.wait()
+
+    def resident_kib(self):
+        """Peak resident memory of the service and of the process that carries a request out, in KiB each."""
+        children = Path(f"/proc/{self.process.pid}/task/{self.process.pid}/children").read_text().split()
+        peaks = []
+        for pid in [str(self.process.pid), *children]:
+            try:
+                lines = Path(f"/proc/{pid}/status").read_text().splitlines()
+            except OSError:
+                continue
+            peaks += [int(line.split()[1]) for line in lines if line.startswith("VmHWM:")]
+        return peaks
+
+
+def zero_free(path, size):
+    with open(path, "wb") as image:
+        for _ in range(size // MIB or 1):
+            image.write(os.urandom(min(size, MIB)))
+
+
+def update_against_dd(programs, folder, disk):
+    service = Service(programs)
+    for size, runs in ((64 * MIB, 7), (256 * 1024, 15)):
+        image = folder / "image"
+        zero_free(image, size)
+        ours = [programs / "kestravctl", "icon", image]
+        if size > MIB:
+            peer = f"dd if={image} of={disk} bs=512 seek=2048 conv=notrunc,fsync && cmp -n {size} -i 1048576:0 {disk} {image}"
+            road, theirs = in_turn(ours, ["sh", "-c", peer], runs)
+            row("update of 64 MiB, verified / dd bs=512 fsync, cmp", road, theirs, f"{road / theirs:.2f}", "at most 0.6")
+        else:
+            peer = f"dd if={image} of={disk} bs=256K seek=4 conv=notrunc,fsync"
+            road, theirs = in_turn(ours, ["sh", "-c", peer], runs)
+            row("update of 256 KiB, verified / bare write", road, theirs, f"+{road - theirs:.1f} ms", "at most +30 ms")
+        subprocess.run(["cmp", "-n", str(size), "-i", f"{MIB}:0", disk, image], check=True)
+    service.stop()
+
+
+def memory_of_a_large_write(programs, folder):
+    service = Service(programs)
+    image = folder / "gigabyte"
+    with open(image, "wb") as file:
+        file.truncate(1024 * MIB)
+    sender = subprocess.Popen(
+        [programs / "kestravctl", "icon", image], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    most = (0, [])
+    while sender.poll() is None:
+        peaks = service.resident_kib()
+        most = max(most, (sum(peaks), peaks))
+        time.sleep(0.005)
+    service.stop()
+    parts = " + ".join(f"{peak / 1024:.1f}" for peak in most[1])
+    print(f"| resident memory of the service while 1 GiB is written | {most[0] / 1024:.1f} MiB ({parts}) | "
+          "| | at most 24 MiB |", flush=True)
+
+
+def detection_against_udevadm(programs):
+    ours, theirs = in_turn([programs / "kestravctl", "detect"], UDEVADM, 41)
+    row("kestravctl detect / udevadm trigger --dry-run", ours, theirs, f"{ours / theirs:.2f}", "at most 1.0")
+
+
+def inside(part, programs, folder):
+    if part == "update":
+        update_against_dd(programs, folder, folder / "accessory.img")
+    elif part == "memory":
+        memory_of_a_large_write(programs, folder)
+    elif part == "detect":
+        detection_against_udevadm(programs)
+    else:
+        command = [programs / "kestravctl", "detect"]
+        seconds(command)
+        print(statistics.median(seconds(command) for _ in range(15)))
+
+
+def in_bed(part, programs, folder, *options, **more):
+    bed = [ROOT / "simulator/with-accessory", *options, "--", sys.executable, __file__, programs, part, folder]
+    return subprocess.run(bed, check=True, **more)
+
+
+def main():
+    programs = Path(sys.argv[1]).resolve()
+    if len(sys.argv) > 2:
+        return inside(sys.argv[2], programs, Path(sys.argv[3]))
+    print("| what | ours | peer | figure | wanted |\n|---|---|---|---|---|", flush=True)
+    with tempfile.TemporaryDirectory(prefix="kestrav-benchmark.") as name:
+        folder = Path(name)
+        disk = folder / "accessory.img"
+        subprocess.run([ROOT / "simulator/make-disk", disk, "1040"], check=True)
+        in_bed("update", programs, folder, "--disk", disk)
+        in_bed("memory", programs, folder, "--disk", disk)
+        in_bed("detect", programs, folder)
+        few, many = (
+            float(in_bed("scale", programs, folder, "--others", str(count), stdout=subprocess.PIPE).stdout) * 1000
+            for count in (500, 2000))
+        row("detect beside 2,000 USB devices / beside 500", many, few, f"{many / few:.2f}", "at most 4.0")
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,183 @@
+#include "cli/Commands.h"
+
+#include <algorithm>
+#include <ostream>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "base/SystemLog.h"
+#include "cli/ImageFile.h"
+#include "cli/OutputFile.h"
+#include "device/KestravDevice.h"
+#include "json/Writer.h"
+
+namespace kestrav {
+namespace {
+
+constexpr std::int64_t kBlockSize = 512;
+constexpr std::int64_t kFirmwareOffset = 1536 * kBlockSize;
+constexpr std::int64_t kIconOffset = 2048 * kBlockSize;
+
+// One read of the engine unmounts a drive, so an area is read back in few pieces: one, for any image of usual size.
+constexpr std::int64_t kVerifyPiece = 64 << 20;
+
+// The most that one write(2) moves on Linux; more would be cut short, which the engine counts as success.
+constexpr std::int64_t kLargestWrite = 0x7ffff000;
+
+// What detection stores as the disk's name when the accessory has none.
+constexpr std::string_view kNoDisk = "nil";
+
+void complain(const Console& console, std::string_view sentence) {
+    console.err << "kestravctl: " << escapedForTerminal(sentence) << std::endl;
+}
+
+ExitCode refuse(const Console& console, std::string_view sentence) {
+    complain(console, sentence);
+    return ExitCode::wrongCall;
+}
+
+ExitCode codeOf(bool succeeded) {
+    return succeeded ? ExitCode::success : ExitCode::failure;
+}
+
+void printJson(const Console& console, const Tree& tree) {
+    console.out << dataWithJSONObject(tree) << std::endl;
+}
+
+void printDevice(const Console& console, const DeviceObject& device, bool json) {
+    const bool hasDisk = device.bsdName != kNoDisk;
+    if (json) {
+        Tree object = Tree::map();
+        object.setMember("found", Tree(true));
+        object.setMember("name", Tree(device.name));
+        object.setMember("disk", hasDisk ? Tree(device.bsdName) : Tree());
+        object.setMember("id", Tree(device.id));
+        printJson(console, object);
+        return;
+    }
+    console.out << "name: " << escapedForTerminal(device.name) << "\ndisk: " << (hasDisk ? device.bsdName : "none")
+                << "\nid: " << device.id << std::endl;
+}
+
+/// Carries out one kind of invocation after the other; one object serves one call.
+class Performer {
+  public:
+    Performer(KestravDevice& device, const Console& console) : device_(device), console_(console) {}
+
+    ExitCode operator()(const DetectInvocation& detect) const {
+        if (device_.detect(device_.vendorID(), device_.productID()) != 0) {
+            complain(console_, "The device registry can't be reached. Is /sys mounted?");
+            return ExitCode::registryUnreachable;
+        }
+        if (!device_.device.bsdName.empty()) {
+            printDevice(console_, device_.device, detect.json);
+            return ExitCode::success;
+        }
+        if (detect.json) {
+            Tree object = Tree::map();
+            object.setMember("found", Tree(false));
+            printJson(console_, object);
+        }
+        complain(console_, "No accessory (USB 10d6:fd01) is attached. Plug it in and try again.");
+        return ExitCode::noAccessory;
+    }
+
+    ExitCode operator()(const DrivesInvocation& drives) const {
+        const std::vector<std::string> paths = device_.getDrives();
+        if (drives.json) {
+            Tree list = Tree::list();
+            for (const std::string& path : paths)
+                list.append(Tree(path));
+            printJson(console_, list);
+        } else if (paths.empty()) {
+            complain(console_, "No drive is mounted below /media or /run/media.");
+        }
+        return ExitCode::success;
+    }
+
+    ExitCode operator()(const UpdateInvocation& update) const {
+        const auto opened = ImageFile::open(update.file);
+        if (const auto* sentence = std::get_if<std::string>(&opened)) return refuse(console_, *sentence);
+        const auto& image = std::get<ImageFile>(opened);
+        const bool firmware = update.kind == ImageKind::firmware;
+        const bool handedOver = firmware ? device_.firmwareUpdate(image.path()) : device_.iconUpdate(image.path());
+        if (!handedOver || !update.verify) return codeOf(handedOver);
+        return verify(image, firmware ? kFirmwareOffset : kIconOffset);
+    }
+
+    ExitCode operator()(const PushInvocation& push) const {
+        const auto opened = ImageFile::open(push.file);
+        if (const auto* sentence = std::get_if<std::string>(&opened)) return refuse(console_, *sentence);
+        return codeOf(device_.pushDevice(push.firstBlock, std::get<ImageFile>(opened).path()));
+    }
+
+    ExitCode operator()(const PullInvocation& pull) const {
+        device_.pullDevice(pull.firstBlock, pull.count);
+        // The result is always empty; what tells is whether there was a disk to ask for.
+        return codeOf(!device_.device.bsdName.empty());
+    }
+
+    ExitCode operator()(const ReadInvocation& read) const {
+        if (!read.output && ::isatty(STDOUT_FILENO) == 1) {
+            return refuse(console_, "The bytes would upset the terminal. Name a file with -o, or redirect the output.");
+        }
+        const std::vector<std::byte> bytes = device_.readDevice(read.offset, read.length);
+        if (bytes.empty()) return ExitCode::failure;
+        if (read.output) {
+            const auto sentence = writeWhole(*read.output, bytes);
+            return sentence ? refuse(console_, *sentence) : ExitCode::success;
+        }
+        console_.out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+        return ExitCode::success;
+    }
+
+    ExitCode operator()(const WriteInvocation& write) const {
+        const auto opened = ImageFile::open(write.file);
+        if (const auto* sentence = std::get_if<std::string>(&opened)) return refuse(console_, *sentence);
+        const auto& file = std::get<ImageFile>(opened);
+        if (file.size() > kLargestWrite) {
+            return refuse(console_, file.path() +
+                                        " is larger than the 2147479552 bytes that one write can carry. "
+                                        "Split it, or send it with 'kestravctl push'.");
+        }
+        const std::vector<std::byte> bytes = file.read(0, file.size());
+        if (std::ssize(bytes) != file.size()) return refuse(console_, file.path() + " can't be read to its end.");
+        return codeOf(device_.writeDevice(write.offset, file.size(), bytes));
+    }
+
+  private:
+    ExitCode verify(const ImageFile& image, std::int64_t areaOffset) const {
+        for (std::int64_t done = 0; done < image.size(); done += kVerifyPiece) {
+            const std::vector<std::byte> wanted = image.read(done, kVerifyPiece);
+            const std::vector<std::byte> found =
+                device_.readDevice(areaOffset + done, std::min(kVerifyPiece, image.size() - done));
+            if (found.empty()) return verificationFailed("the disk can't be read back");
+            const auto [difference, end] = std::ranges::mismatch(found, wanted);
+            if (difference == found.end() && end == wanted.end()) continue;
+            return verificationFailed("the disk differs from the image at byte " +
+                                      std::to_string(done + (difference - found.begin())) + " of it");
+        }
+        console_.out << "Verified: the " << image.size() << " bytes on the disk are those of the image." << std::endl;
+        return ExitCode::success;
+    }
+
+    ExitCode verificationFailed(const std::string& reason) const {
+        complain(console_,
+                 "Verification failed: " + reason + ". Send the image again before you unplug the accessory.");
+        return ExitCode::verificationFailed;
+    }
+
+    KestravDevice& device_;
+    const Console& console_;
+};
+
+}  // namespace
+
+ExitCode carryOut(const Invocation& invocation, KestravDevice& device, const Console& console) {
+    const ExitCode code = std::visit(Performer(device, console), invocation);
+    if (console.out.flush()) return code;
+    complain(console, "Standard output can't be written; what was printed is not complete.");
+    return code == ExitCode::success ? ExitCode::wrongCall : code;
+}
+
+}  // namespace kestrav

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <iosfwd>
+
+#include "cli/ExitCode.h"
+#include "cli/Invocation.h"
+
+namespace kestrav {
+
+class KestravDevice;
+
+/// Where a command says what it has to say. Neither stream is owned.
+struct Console {
+    std::ostream& out;  ///< standard output: the data, or else the progress
+    std::ostream& err;  ///< standard error: refusals, and the progress when `out` carries data
+};
+
+/// Carries one invocation out on `device`, whose progress lines must already lead to the right stream of `console`.
+/// Files are checked before the engine sees them, since the engine stops the process on an unreadable image.
+ExitCode carryOut(const Invocation& invocation, KestravDevice& device, const Console& console);
+
+}  // namespace kestrav

@@ -1,0 +1,151 @@
+#include "cli/Invocation.h"
+
+#include <CLI/CLI.hpp>
+#include <charconv>
+#include <functional>
+#include <ostream>
+
+namespace kestrav {
+namespace {
+
+constexpr const char* kFooter = R"(Exit status:
+  0  the operation reports success
+  1  the operation reports failure
+  2  wrong call, or a file that can't be read or written
+  3  detect: no accessory is attached
+  4  --verify: the disk differs from the image, or can't be read back
+  5  detect: the device registry can't be reached
+
+Progress goes to standard output, or to standard error when data goes to standard output. What the command
+service answers goes to the system log and to standard error; an update counts as handed over, and its exit status
+is 0, whatever the service answers: read its line, or use --verify.
+
+Before read, write and --verify touch the disk they unmount the first drive that 'kestravctl drives' lists.
+
+Examples:
+  kestravctl detect --json
+  kestravctl firmware --verify new.fds
+  kestravctl icon logo.fif
+  kestravctl read 786432 512 -o first-block.bin)";
+
+/// Decimal digits only: no sign, no 0x, and a leading zero means nothing.
+std::int64_t decimal(const std::string& name, const std::string& text) {
+    std::int64_t value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size() || value < 0) {
+        throw CLI::ValidationError(name, "'" + text + "' is not a whole number from 0 to 9223372036854775807");
+    }
+    return value;
+}
+
+void addNumber(CLI::App& command, const std::string& name, std::int64_t& target, const std::string& description) {
+    command
+        .add_option_function<std::string>(
+            name, [name, &target](const std::string& text) { target = decimal(name, text); }, description)
+        ->required()
+        ->type_name("");
+}
+
+void addFile(CLI::App& command, std::string& target, const std::string& description) {
+    command.add_option("FILE", target, description)->required()->type_name("");
+}
+
+/// The commands of kestravctl; each remembers its own arguments and hands them out as an invocation.
+class CommandLine {
+  public:
+    CommandLine() {
+        app_.require_subcommand(1);
+        app_.set_version_flag("--version", "kestravctl " KESTRAV_VERSION);
+        app_.footer(kFooter);
+        addLookups();
+        addUpdate("firmware", ImageKind::firmware, firmware_,
+                  "Send a firmware image to the firmware area (block 1536)");
+        addUpdate("icon", ImageKind::icon, icon_, "Send an icon image to the icon area (block 2048)");
+        addBlockCommands();
+        addByteCommands();
+    }
+
+    std::variant<Invocation, ExitCode> parse(int argc, const char* const* argv, std::ostream& out, std::ostream& err) {
+        try {
+            app_.parse(argc, argv);
+        } catch (const CLI::ParseError& end) {
+            return app_.exit(end, out, err) == 0 ? ExitCode::success : ExitCode::wrongCall;
+        }
+        return invocation_();
+    }
+
+  private:
+    CLI::App& addCommand(const std::string& name, const std::string& description, std::function<Invocation()> chosen) {
+        CLI::App& command = *app_.add_subcommand(name, description);
+        command.final_callback([this, chosen = std::move(chosen)] { invocation_ = chosen; });
+        return command;
+    }
+
+    void addLookups() {
+        addCommand("detect", "Find the accessory and print its name, disk and id", [this] {
+            return detect_;
+        }).add_flag("--json", detect_.json, "Print one JSON object instead");
+        addCommand("drives", "List the mounted drives", [this] {
+            return drives_;
+        }).add_flag("--json", drives_.json, "Print one JSON array of mount points instead");
+    }
+
+    void addUpdate(const std::string& name, ImageKind kind, UpdateInvocation& update, const std::string& description) {
+        update.kind = kind;
+        CLI::App& command = addCommand(name, description, [&update] { return update; });
+        addFile(command, update.file, "The image, an ordinary file");
+        command.add_flag("--verify", update.verify, "Read the area back afterwards and compare it with the image");
+    }
+
+    void addBlockCommands() {
+        CLI::App& push = addCommand("push", "Send a file to any place of the disk", [this] { return push_; });
+        addNumber(push, "BLOCK", push_.firstBlock, "First 512-byte block to write");
+        addFile(push, push_.file, "The file to send, an ordinary file");
+
+        CLI::App& pull = addCommand("pull", "Have the command service read blocks; its reply goes to the system log",
+                                    [this] { return pull_; });
+        addNumber(pull, "BLOCK", pull_.firstBlock, "First 512-byte block to read");
+        addNumber(pull, "COUNT", pull_.count, "Number of 512-byte blocks");
+    }
+
+    void addByteCommands() {
+        CLI::App& read = addCommand("read", "Read bytes straight from the disk (needs the right to open it)",
+                                    [this] { return read_; });
+        addNumber(read, "OFFSET", read_.offset, "First byte to read");
+        addNumber(read, "LENGTH", read_.length, "Number of bytes; what lies past the end of the disk reads as zeros");
+        read.add_option("-o,--output", read_.output, "Write to this file instead of standard output")
+            ->type_name("FILE");
+
+        CLI::App& write = addCommand("write", "Write a file's bytes straight to the disk (needs the right to open it)",
+                                     [this] { return write_; });
+        addNumber(write, "OFFSET", write_.offset, "First byte to write");
+        addFile(write, write_.file, "The file whose bytes are written");
+    }
+
+    CLI::App app_{"Updates the firmware and icon images of the Kestrav USB accessory (USB 10d6:fd01).", "kestravctl"};
+    std::function<Invocation()> invocation_;
+    DetectInvocation detect_;
+    DrivesInvocation drives_;
+    UpdateInvocation firmware_;
+    UpdateInvocation icon_;
+    PushInvocation push_;
+    PullInvocation pull_;
+    ReadInvocation read_;
+    WriteInvocation write_;
+};
+
+}  // namespace
+
+std::variant<Invocation, ExitCode> parseCommandLine(int argc, const char* const* argv, std::ostream& out,
+                                                    std::ostream& err) {
+    return CommandLine().parse(argc, argv, out, err);
+}
+
+bool putsDataOnStandardOutput(const Invocation& invocation) {
+    if (const auto* detect = std::get_if<DetectInvocation>(&invocation)) return detect->json;
+    if (const auto* drives = std::get_if<DrivesInvocation>(&invocation)) return drives->json;
+    const auto* read = std::get_if<ReadInvocation>(&invocation);
+    return read != nullptr && !read->output;
+}
+
+}  // namespace kestrav

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <cstdint>
+#include <iosfwd>
+#include <optional>
+#include <string>
+#include <variant>
+
+#include "cli/ExitCode.h"
+
+namespace kestrav {
+
+/// What one call of kestravctl asks for, one record a command. Numbers are not negative; paths are as typed.
+struct DetectInvocation {
+    bool json = false;
+};
+struct DrivesInvocation {
+    bool json = false;
+};
+enum class ImageKind { firmware, icon };
+struct UpdateInvocation {
+    ImageKind kind = ImageKind::firmware;
+    std::string file;
+    bool verify = false;
+};
+struct PushInvocation {
+    std::int64_t firstBlock = 0;  ///< 512-byte blocks
+    std::string file;
+};
+struct PullInvocation {
+    std::int64_t firstBlock = 0;  ///< 512-byte blocks
+    std::int64_t count = 0;       ///< 512-byte blocks
+};
+struct ReadInvocation {
+    std::int64_t offset = 0;            ///< bytes
+    std::int64_t length = 0;            ///< bytes
+    std::optional<std::string> output;  ///< absent: standard output
+};
+struct WriteInvocation {
+    std::int64_t offset = 0;  ///< bytes
+    std::string file;
+};
+
+using Invocation = std::variant<DetectInvocation, DrivesInvocation, UpdateInvocation, PushInvocation, PullInvocation,
+                                ReadInvocation, WriteInvocation>;
+
+/// Reads the command line. When there is nothing to carry out (help, version, a wrong call) says so on `out` or `err`
+/// and returns the status to end with.
+std::variant<Invocation, ExitCode> parseCommandLine(int argc, const char* const* argv, std::ostream& out,
+                                                    std::ostream& err);
+
+/// Whether the invocation puts data on standard output, so that nothing else may go there.
+bool putsDataOnStandardOutput(const Invocation& invocation);
+
+}  // namespace kestrav

@@ -1,0 +1,112 @@
+#include "device/linux/UdevDeviceRegistry.h"
+
+#include <array>
+#include <charconv>
+#include <cstdio>
+#include <libudev.h>
+#include <linux/magic.h>
+#include <memory>
+#include <string_view>
+#include <sys/vfs.h>
+
+#include "base/stopProcess.h"
+
+namespace kestrav {
+
+namespace {
+
+constexpr std::int32_t outOfReach = 5;
+constexpr std::int64_t highestIdentifier = 0xFFFF;  // idVendor and idProduct have 16 bits
+
+struct UdevRelease {
+    void operator()(udev* context) const { udev_unref(context); }
+    void operator()(udev_enumerate* enumeration) const { udev_enumerate_unref(enumeration); }
+    void operator()(udev_device* device) const { udev_device_unref(device); }
+};
+using UdevPtr = std::unique_ptr<udev, UdevRelease>;
+using UdevEnumeratePtr = std::unique_ptr<udev_enumerate, UdevRelease>;
+using UdevDevicePtr = std::unique_ptr<udev_device, UdevRelease>;
+
+// libudev is content with an empty /sys and would call it a machine without devices.
+bool sysfsIsMounted() {
+    struct statfs info {};
+    return ::statfs("/sys", &info) == 0 && info.f_type == SYSFS_MAGIC;
+}
+
+UdevEnumeratePtr enumerationOf(udev* context, const char* subsystem) {
+    UdevEnumeratePtr enumeration(udev_enumerate_new(context));
+    require(enumeration && udev_enumerate_add_match_subsystem(enumeration.get(), subsystem) >= 0);
+    return enumeration;
+}
+
+void matchIdentifier(udev_enumerate* enumeration, const char* attribute, std::int64_t identifier) {
+    std::array<char, 8> text{};
+    // As the kernel prints them: four hexadecimal digits.
+    std::snprintf(text.data(), text.size(), "%04x", static_cast<unsigned>(identifier));
+    require(udev_enumerate_add_match_sysattr(enumeration, attribute, text.data()) >= 0);
+}
+
+// Calls `take` for each device found, in order, until it returns true. A scan that fails has found none.
+template <typename Take>
+void forEachFound(udev* context, udev_enumerate* enumeration, Take take) {
+    if (udev_enumerate_scan_devices(enumeration) < 0) return;
+    udev_list_entry* entry = udev_enumerate_get_list_entry(enumeration);
+    for (; entry != nullptr; entry = udev_list_entry_get_next(entry)) {
+        // A device may have been unplugged since the scan.
+        const UdevDevicePtr found(udev_device_new_from_syspath(context, udev_list_entry_get_name(entry)));
+        if (found && take(found.get())) return;
+    }
+}
+
+std::string_view orEmpty(const char* text) {
+    return text == nullptr ? std::string_view() : std::string_view(text);
+}
+
+std::uint32_t numberAttribute(udev_device* device, const char* attribute) {
+    const std::string_view text = orEmpty(udev_device_get_sysattr_value(device, attribute));
+    std::uint32_t number = 0;
+    std::from_chars(text.data(), text.data() + text.size(), number);
+    return number;
+}
+
+std::optional<std::string> firstDiskBelow(udev* context, udev_device* parent) {
+    const UdevEnumeratePtr enumeration = enumerationOf(context, "block");
+    require(udev_enumerate_add_match_parent(enumeration.get(), parent) >= 0);
+    std::optional<std::string> disk;
+    forEachFound(context, enumeration.get(), [&disk](udev_device* block) {
+        if (orEmpty(udev_device_get_devtype(block)) != "disk") return false;
+        disk = orEmpty(udev_device_get_sysname(block));
+        return true;
+    });
+    return disk;
+}
+
+UsbDevice described(udev* context, udev_device* found) {
+    UsbDevice device;
+    device.id = (numberAttribute(found, "busnum") << 16) | (numberAttribute(found, "devnum") & 0xFFFF);
+    device.name = orEmpty(udev_device_get_sysattr_value(found, "product"));
+    if (device.name.empty()) device.name = orEmpty(udev_device_get_sysname(found));
+    device.disk = firstDiskBelow(context, found);
+    return device;
+}
+
+}  // namespace
+
+RegistryAnswer UdevDeviceRegistry::usbDevices(std::int64_t vendor, std::int64_t product) {
+    const UdevPtr context(udev_new());
+    if (!context || !sysfsIsMounted()) return {.status = outOfReach, .devices = std::nullopt};
+    RegistryAnswer answer{.status = 0, .devices = std::vector<UsbDevice>()};
+    if (vendor < 0 || vendor > highestIdentifier || product < 0 || product > highestIdentifier) return answer;
+    const UdevEnumeratePtr enumeration = enumerationOf(context.get(), "usb");
+    matchIdentifier(enumeration.get(), "idVendor", vendor);
+    matchIdentifier(enumeration.get(), "idProduct", product);
+    forEachFound(context.get(), enumeration.get(), [&](udev_device* found) {
+        // Interfaces are of the same subsystem.
+        if (orEmpty(udev_device_get_devtype(found)) == "usb_device")
+            answer.devices->push_back(described(context.get(), found));
+        return false;
+    });
+    return answer;
+}
+
+}  // namespace kestrav

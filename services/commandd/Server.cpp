@@ -1,0 +1,258 @@
+#include "services/commandd/Server.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <sys/prctl.h>
+#include <sys/signalfd.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <utility>
+
+#include "base/SystemLog.h"
+#include "services/commandd/CallerJudge.h"
+#include "services/commandd/Connection.h"
+#include "services/commandd/RequestRunner.h"
+#include "services/privileged/AnswerText.h"
+
+namespace kestrav {
+namespace {
+
+constexpr std::size_t longestRequest = std::size_t{64} * 1024;
+constexpr std::chrono::seconds timeToArrive{5};
+constexpr std::chrono::seconds timeToLeave{1};
+constexpr std::size_t mostPeers = 64;
+constexpr std::chrono::milliseconds pauseWithoutDescriptors{100};
+
+sigset_t handledSignals() {
+    sigset_t signals;
+    ::sigemptyset(&signals);
+    for (const int signal : {SIGTERM, SIGINT, SIGCHLD})
+        ::sigaddset(&signals, signal);
+    return signals;
+}
+
+std::string userName(uid_t uid) {
+    return "user " + std::to_string(uid);
+}
+
+}  // namespace
+
+Server::Server(UniqueFd listener, const CallerJudge& judge, RequestRunner& runner, SystemLog& log)
+    : listener_(std::move(listener)),
+      judge_(judge),
+      runner_(runner),
+      log_(log) {}
+
+bool Server::run() {
+    if (!openSignals()) return false;
+    while (!stopping_ || !running_.empty() || !leaving_.empty()) {
+        auto watch = watched();
+        const int ready = ::poll(watch.data(), watch.size(), millisecondsToNextDeadline());
+        if (ready < 0 && errno != EINTR) {
+            log_.write("poll: " + systemWords(errno));
+            return false;
+        }
+        if (ready > 0) handle(watch);
+        dropLate();
+    }
+    return true;
+}
+
+bool Server::openSignals() {
+    ::signal(SIGPIPE, SIG_IGN);
+    const sigset_t signals = handledSignals();
+    if (::sigprocmask(SIG_BLOCK, &signals, nullptr) != 0) return false;
+    signals_.reset(::signalfd(-1, &signals, SFD_NONBLOCK | SFD_CLOEXEC));
+    return static_cast<bool>(signals_);
+}
+
+/// The signals, the listener, then peers and leaving ones in their lists' order.
+std::vector<pollfd> Server::watched() const {
+    std::vector<pollfd> watch;
+    watch.reserve(2 + peers_.size() + leaving_.size());
+    watch.push_back({signals_.get(), POLLIN, 0});
+    watch.push_back({acceptAgain_ ? -1 : listener_.get(), POLLIN, 0});  // poll(2) skips -1
+    for (const Peer& peer : peers_)
+        watch.push_back({peer.connection.get(), POLLIN, 0});
+    for (const Leaving& peer : leaving_)
+        watch.push_back({peer.connection.get(), POLLIN, 0});
+    return watch;
+}
+
+int Server::millisecondsToNextDeadline() const {
+    std::optional<Clock::time_point> next = acceptAgain_;
+    const auto consider = [&next](Clock::time_point deadline) { next = next ? std::min(*next, deadline) : deadline; };
+    for (const Peer& peer : peers_)
+        consider(peer.deadline);
+    for (const Leaving& peer : leaving_)
+        consider(peer.deadline);
+    if (!next) return -1;
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(*next - Clock::now()).count();
+    return static_cast<int>(std::max<std::chrono::milliseconds::rep>(left, 0));
+}
+
+void Server::handle(const std::vector<pollfd>& ready) {
+    // Peers first: acceptAll() adds to the lists that `ready` mirrors.
+    auto at = ready.begin() + 2;
+    for (auto peer = peers_.begin(); peer != peers_.end(); ++at) {
+        const auto current = peer++;
+        if (at->revents != 0 && !receive(*current)) peers_.erase(current);
+    }
+    for (auto peer = leaving_.begin(); peer != leaving_.end() && at != ready.end(); ++at) {
+        const auto current = peer++;
+        if (at->revents != 0 && !drain(current->connection.get())) leaving_.erase(current);
+    }
+    if (ready[1].revents != 0) acceptAll();
+    if (ready[0].revents != 0) handleSignals();
+}
+
+void Server::handleSignals() {
+    signalfd_siginfo info{};
+    bool toStop = false;
+    while (::read(signals_.get(), &info, sizeof info) == sizeof info) {
+        toStop = toStop || info.ssi_signo == SIGTERM || info.ssi_signo == SIGINT;
+    }
+    collectChildren();
+    if (toStop && !stopping_) stop();
+}
+
+void Server::acceptAll() {
+    // A bounded number, so that a flood can't keep the loop from those who are here already.
+    for (std::size_t count = 0; count < mostPeers && acceptOne(); ++count) {
+    }
+}
+
+bool Server::acceptOne() {
+    UniqueFd connection(::accept4(listener_.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
+    if (connection) {
+        admit(std::move(connection));
+        return true;
+    }
+    const bool exhausted = errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM;
+    // The listener would stay readable and turn the loop into a spin.
+    if (exhausted) acceptAgain_ = Clock::now() + pauseWithoutDescriptors;
+    return errno == ECONNABORTED || errno == EINTR;
+}
+
+void Server::admit(UniqueFd connection) {
+    const auto identity = peerIdentity(connection.get());
+    if (!identity) {
+        refuse(std::move(connection), "unknown", refused("the system does not tell who is asking."));
+        return;
+    }
+    const std::string who = userName(identity->uid);
+    if (const auto refusal = judge_.refusal(identity->uid)) {
+        refuse(std::move(connection), who, refused(*refusal));
+        return;
+    }
+    if (served() >= mostPeers) {
+        refuse(std::move(connection), who, refused("the service is busy; try again in a moment."));
+        return;
+    }
+    peers_.push_back({std::move(connection), *identity, Clock::now() + timeToArrive, {}, {}});
+}
+
+/// False when this peer is done with here.
+bool Server::receive(Peer& peer) {
+    std::array<char, 16384> bytes;  // NOLINT: only what recv() wrote is looked at
+    const ssize_t got = ::recv(peer.connection.get(), bytes.data(), bytes.size(), 0);
+    if (got < 0) return errno == EAGAIN || errno == EINTR;
+    const auto turnAway = [&](const char* sentence) {
+        refuse(std::move(peer.connection), userName(peer.identity.uid), refused(sentence));
+        return false;
+    };
+    if (got == 0 && peer.received.empty()) return false;
+    if (got == 0) return turnAway("the connection was closed before the request was complete.");
+    peer.received.append(bytes.data(), static_cast<std::size_t>(got));
+    const auto state = peer.scan.take(std::string_view(bytes.data(), static_cast<std::size_t>(got)));
+    if (state == RequestScan::State::noObject) return turnAway("a request is a JSON object and begins with {.");
+    if (peer.received.size() > longestRequest) return turnAway("the request is longer than 64 KiB.");
+    if (state == RequestScan::State::moreBehindIt) return turnAway("there is more behind the request.");
+    if (state == RequestScan::State::incomplete) return true;
+    begin(peer);
+    return false;
+}
+
+void Server::dropLate() {
+    const auto now = Clock::now();
+    if (acceptAgain_ && *acceptAgain_ <= now) acceptAgain_.reset();
+    for (auto peer = peers_.begin(); peer != peers_.end();) {
+        const auto current = peer++;
+        if (current->deadline > now) continue;
+        refuse(std::move(current->connection), userName(current->identity.uid),
+               refused("the request did not arrive within five seconds."));
+        peers_.erase(current);
+    }
+    leaving_.remove_if([now](const Leaving& peer) { return peer.deadline <= now; });
+}
+
+void Server::begin(Peer& peer) {
+    const pid_t parent = ::getpid();
+    const pid_t child = ::fork();
+    if (child == 0) runInChild(peer, parent);
+    if (child > 0) {
+        // Kept here as well, so that somebody can still answer if the child dies.
+        running_.emplace(child, std::move(peer.connection));
+        return;
+    }
+    refuse(std::move(peer.connection), userName(peer.identity.uid),
+           refused("no process can be started for the request: " + systemWords(errno) + "."));
+}
+
+void Server::runInChild(Peer& peer, pid_t parent) {
+    // A service that is killed stops writing as a whole: what comes after it finds no disk in use.
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (::getppid() != parent) ::_exit(1);
+    // Ctrl-C and a service manager's SIGTERM reach the whole group; a write that was begun ends first.
+    ::signal(SIGTERM, SIG_IGN);
+    ::signal(SIGINT, SIG_IGN);
+    const sigset_t signals = handledSignals();
+    ::sigprocmask(SIG_UNBLOCK, &signals, nullptr);
+    // Other peers' connections would stay open as long as this child has them too.
+    const UniqueFd connection = std::move(peer.connection);
+    const std::string request = std::move(peer.received);
+    const PeerIdentity identity = peer.identity;
+    listener_.reset();
+    signals_.reset();
+    peers_.clear();
+    leaving_.clear();
+    running_.clear();
+    runner_.run(connection.get(), identity, request);
+    drainUntilClosed(connection.get());
+    ::_exit(0);
+}
+
+void Server::collectChildren() {
+    int status = 0;
+    for (pid_t child = ::waitpid(-1, &status, WNOHANG); child > 0; child = ::waitpid(-1, &status, WNOHANG)) {
+        auto connection = running_.extract(child);
+        if (connection.empty() || (WIFEXITED(status) && WEXITSTATUS(status) == 0)) continue;
+        refuse(std::move(connection.mapped()), "process " + std::to_string(child),
+               failed("the request's process ended before it was done. If it was a write, repeat it."));
+    }
+}
+
+void Server::refuse(UniqueFd connection, std::string_view who, const Problem& problem) {
+    const std::string answer = answerFor(problem);
+    log_.write(std::string(who) + ": " + answer);
+    sendReply(connection.get(), answer);
+    // The oldest goes without its second of grace rather than that strangers take all descriptors.
+    if (leaving_.size() >= mostPeers) leaving_.pop_front();
+    leaving_.push_back({std::move(connection), Clock::now() + timeToLeave});
+}
+
+void Server::stop() {
+    log_.write(running_.empty() ? "stopping" : "stopping when the requests that were begun have ended");
+    stopping_ = true;
+    listener_.reset();
+    acceptAgain_.reset();
+    for (Peer& peer : peers_) {
+        refuse(std::move(peer.connection), userName(peer.identity.uid), refused("the service is being stopped."));
+    }
+    peers_.clear();
+}
+
+}  // namespace kestrav

@@ -1,0 +1,65 @@
+#include <cstdio>
+#include <exception>
+#include <string_view>
+#include <systemd/sd-daemon.h>
+#include <unistd.h>
+
+#include "base/SystemLog.h"
+#include "services/commandd/CallerJudge.h"
+#include "services/commandd/ListeningSocket.h"
+#include "services/commandd/RequestRunner.h"
+#include "services/commandd/Server.h"
+#include "services/privileged/Gate.h"
+#include "services/privileged/UdevBlockDevices.h"
+
+namespace {
+
+constexpr const char* help =
+    "Usage: kestrav-commandd [--help | --version]\n"
+    "\n"
+    "Writes the accessory's disk for the updater. Listens on 127.0.0.1:9090, or on the socket that systemd hands\n"
+    "over, takes one JSON request per connection and answers with one line.\n"
+    "Touches no other disk than the accessory's (USB 10d6:fd01), and serves root and its own user only.\n"
+    "SIGTERM stops it after the write that is running.\n";
+
+int serve(kestrav::SystemLog& log) {
+    auto listener = kestrav::listeningSocket();
+    if (!listener) {
+        log.write(listener.problem().sentence);
+        return 1;
+    }
+    const kestrav::UdevBlockDevices devices;
+    const kestrav::MountinfoTable mounts;
+    const kestrav::RootAndOwnUser judge(::geteuid());
+    kestrav::Gate gate(devices, mounts, log);
+    kestrav::RequestRunner runner(gate, log);
+    kestrav::Server server(std::move(listener.value()), judge, runner, log);
+    log.write("ready");
+    ::sd_notify(0, "READY=1");
+    return server.run() ? 0 : 1;
+}
+
+}  // namespace
+
+int main(int count, char** words) {
+    const std::string_view word = count == 2 ? words[1] : "";
+    if (word == "--help") {
+        std::fputs(help, stdout);
+        return 0;
+    }
+    if (word == "--version") {
+        std::puts("kestrav-commandd " KESTRAV_VERSION);
+        return 0;
+    }
+    if (count != 1) {
+        std::fputs(help, stderr);
+        return 2;
+    }
+    kestrav::SyslogSystemLog log("kestrav-commandd");
+    try {
+        return serve(log);
+    } catch (const std::exception& error) {
+        log.write(error.what());
+        return 1;
+    }
+}

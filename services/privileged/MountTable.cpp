@@ -1,0 +1,43 @@
+#include "services/privileged/MountTable.h"
+
+#include <libmount/libmount.h>
+#include <memory>
+#include <string_view>
+#include <sys/stat.h>
+
+namespace kestrav {
+namespace {
+
+struct MountRelease {
+    void operator()(libmnt_table* table) const noexcept { ::mnt_unref_table(table); }
+    void operator()(libmnt_iter* place) const noexcept { ::mnt_free_iter(place); }
+};
+
+/// btrfs may span disks and so shows a device number of its own; it is recognised by the node that it was mounted from.
+/// No other file system is: a source is only text, which a user's own file system fills in as it likes.
+bool isNumberlessOn(libmnt_fs* entry, dev_t number) {
+    const char* type = ::mnt_fs_get_fstype(entry);
+    const char* source = ::mnt_fs_get_source(entry);
+    if (type == nullptr || source == nullptr || std::string_view(type) != "btrfs") return false;
+    struct stat status {};
+    return ::stat(source, &status) == 0 && S_ISBLK(status.st_mode) && status.st_rdev == number;
+}
+
+}  // namespace
+
+std::vector<MountedPlace> MountinfoTable::placesOf(dev_t number) const {
+    std::vector<MountedPlace> places;
+    const std::unique_ptr<libmnt_table, MountRelease> table(::mnt_new_table_from_file("/proc/self/mountinfo"));
+    const std::unique_ptr<libmnt_iter, MountRelease> at(::mnt_new_iter(MNT_ITER_BACKWARD));
+    if (!table || !at) return places;
+    libmnt_fs* entry = nullptr;
+    while (::mnt_table_next_fs(table.get(), at.get(), &entry) == 0) {
+        const char* target = ::mnt_fs_get_target(entry);
+        if (target == nullptr) continue;
+        const bool numbered = ::mnt_fs_get_devno(entry) == number;
+        if (numbered || isNumberlessOn(entry, number)) places.push_back({target, !numbered});
+    }
+    return places;
+}
+
+}  // namespace kestrav

@@ -1,0 +1,151 @@
+#include <gtest/gtest.h>
+#include <sstream>
+#include <vector>
+
+#include "cli/Invocation.h"
+
+namespace kestrav {
+namespace {
+
+struct Parsed {
+    std::variant<Invocation, ExitCode> result;
+    std::string out;
+    std::string err;
+};
+
+Parsed parse(std::vector<const char*> arguments) {
+    arguments.insert(arguments.begin(), "kestravctl");
+    std::ostringstream out;
+    std::ostringstream err;
+    auto result = parseCommandLine(static_cast<int>(arguments.size()), arguments.data(), out, err);
+    return {std::move(result), out.str(), err.str()};
+}
+
+template <class Expected>
+Expected parsedAs(std::vector<const char*> arguments) {
+    const Parsed parsed = parse(std::move(arguments));
+    const auto* invocation = std::get_if<Invocation>(&parsed.result);
+    EXPECT_NE(invocation, nullptr) << parsed.err;
+    if (invocation == nullptr || !std::holds_alternative<Expected>(*invocation)) {
+        ADD_FAILURE() << "not the command that was asked for";
+        return Expected{};
+    }
+    return std::get<Expected>(*invocation);
+}
+
+TEST(ParseCommandLine, ReadsDetect) {
+    EXPECT_FALSE(parsedAs<DetectInvocation>({"detect"}).json);
+    EXPECT_TRUE(parsedAs<DetectInvocation>({"detect", "--json"}).json);
+}
+
+TEST(ParseCommandLine, ReadsDrives) {
+    EXPECT_FALSE(parsedAs<DrivesInvocation>({"drives"}).json);
+    EXPECT_TRUE(parsedAs<DrivesInvocation>({"drives", "--json"}).json);
+}
+
+TEST(ParseCommandLine, ReadsFirmware) {
+    const auto update = parsedAs<UpdateInvocation>({"firmware", "new image.fds"});
+    EXPECT_EQ(update.kind, ImageKind::firmware);
+    EXPECT_EQ(update.file, "new image.fds");
+    EXPECT_FALSE(update.verify);
+}
+
+TEST(ParseCommandLine, ReadsIconWithVerification) {
+    const auto update = parsedAs<UpdateInvocation>({"icon", "--verify", "a=b.fif"});
+    EXPECT_EQ(update.kind, ImageKind::icon);
+    EXPECT_EQ(update.file, "a=b.fif");
+    EXPECT_TRUE(update.verify);
+}
+
+TEST(ParseCommandLine, ReadsPush) {
+    const auto push = parsedAs<PushInvocation>({"push", "2048", "file"});
+    EXPECT_EQ(push.firstBlock, 2048);
+    EXPECT_EQ(push.file, "file");
+}
+
+TEST(ParseCommandLine, ReadsPull) {
+    const auto pull = parsedAs<PullInvocation>({"pull", "1536", "3"});
+    EXPECT_EQ(pull.firstBlock, 1536);
+    EXPECT_EQ(pull.count, 3);
+}
+
+TEST(ParseCommandLine, ReadsRead) {
+    const auto read = parsedAs<ReadInvocation>({"read", "786432", "512"});
+    EXPECT_EQ(read.offset, 786432);
+    EXPECT_EQ(read.length, 512);
+    EXPECT_FALSE(read.output);
+    EXPECT_EQ(parsedAs<ReadInvocation>({"read", "0", "1", "-o", "out.bin"}).output, "out.bin");
+}
+
+TEST(ParseCommandLine, ReadsWrite) {
+    const auto write = parsedAs<WriteInvocation>({"write", "9223372036854775807", "file"});
+    EXPECT_EQ(write.offset, INT64_MAX);
+    EXPECT_EQ(write.file, "file");
+}
+
+TEST(ParseCommandLine, ReadsALeadingZeroAsDecimal) {
+    EXPECT_EQ(parsedAs<PushInvocation>({"push", "010", "file"}).firstBlock, 10);
+}
+
+TEST(ParseCommandLine, TakesAFileThatBeginsWithADash) {
+    EXPECT_EQ(parsedAs<UpdateInvocation>({"firmware", "--", "-image"}).file, "-image");
+}
+
+class WrongCall : public testing::TestWithParam<std::vector<const char*>> {};
+
+TEST_P(WrongCall, SaysWhyAndEndsWithTwo) {
+    const Parsed parsed = parse(GetParam());
+    ASSERT_TRUE(std::holds_alternative<ExitCode>(parsed.result));
+    EXPECT_EQ(std::get<ExitCode>(parsed.result), ExitCode::wrongCall);
+    EXPECT_FALSE(parsed.err.empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Calls, WrongCall,
+    testing::Values(std::vector<const char*>{}, std::vector<const char*>{"format"},
+                    std::vector<const char*>{"detect", "now"}, std::vector<const char*>{"detect", "--verify"},
+                    std::vector<const char*>{"firmware"}, std::vector<const char*>{"firmware", "a", "b"},
+                    std::vector<const char*>{"push", "-1", "file"}, std::vector<const char*>{"push", "0x10", "file"},
+                    std::vector<const char*>{"push", "1.5", "file"}, std::vector<const char*>{"push", "", "file"},
+                    std::vector<const char*>{"push", "9223372036854775808", "file"},
+                    std::vector<const char*>{"pull", "1"}, std::vector<const char*>{"read", "0", "ten"},
+                    std::vector<const char*>{"read", "0", "1", "-o"}, std::vector<const char*>{"write", "0"},
+                    std::vector<const char*>{"detect", "drives"}));
+
+TEST(ParseCommandLine, NamesTheNumberThatIsNone) {
+    EXPECT_NE(parse({"push", "abc", "file"}).err.find("BLOCK: 'abc' is not a whole number"), std::string::npos);
+}
+
+TEST(Help, EndsWithZeroAndNamesEveryCommandAndStatus) {
+    const Parsed parsed = parse({"--help"});
+    EXPECT_EQ(std::get<ExitCode>(parsed.result), ExitCode::success);
+    for (const char* word : {"detect", "drives", "firmware", "icon", "push", "pull", "read", "write",
+                             "Exit status:", "  0  ", "  1  ", "  2  ", "  3  ", "  4  ", "  5  "}) {
+        EXPECT_NE(parsed.out.find(word), std::string::npos) << word;
+    }
+}
+
+TEST(Help, OfACommandNamesItsArguments) {
+    const Parsed parsed = parse({"firmware", "--help"});
+    EXPECT_EQ(std::get<ExitCode>(parsed.result), ExitCode::success);
+    EXPECT_NE(parsed.out.find("FILE"), std::string::npos);
+    EXPECT_NE(parsed.out.find("--verify"), std::string::npos);
+}
+
+TEST(Version, GoesToStandardOutput) {
+    const Parsed parsed = parse({"--version"});
+    EXPECT_EQ(std::get<ExitCode>(parsed.result), ExitCode::success);
+    EXPECT_EQ(parsed.out.rfind("kestravctl ", 0), 0U);
+}
+
+TEST(StandardOutput, CarriesDataOnlyWhereDataWasAskedFor) {
+    EXPECT_TRUE(putsDataOnStandardOutput(DetectInvocation{.json = true}));
+    EXPECT_TRUE(putsDataOnStandardOutput(DrivesInvocation{.json = true}));
+    EXPECT_TRUE(putsDataOnStandardOutput(ReadInvocation{}));
+    EXPECT_FALSE(putsDataOnStandardOutput(ReadInvocation{.output = "file"}));
+    EXPECT_FALSE(putsDataOnStandardOutput(DrivesInvocation{}));
+    EXPECT_FALSE(putsDataOnStandardOutput(UpdateInvocation{}));
+}
+
+}  // namespace
+}  // namespace kestrav

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <map>
+#include <utility>
+
+#include "device/DeviceRegistry.h"
+
+namespace kestrav {
+
+/// A registry of devices that a test plugs in.
+class FakeRegistry final : public DeviceRegistry {
+  public:
+    static constexpr std::int64_t vendor = 4310;
+    static constexpr std::int64_t product = 64769;
+
+    void plugIn(UsbDevice device, std::int64_t ofVendor = vendor, std::int64_t ofProduct = product) {
+        devices_[{ofVendor, ofProduct}].push_back(std::move(device));
+    }
+    void unplugAll() { devices_.clear(); }
+
+    /// What is said from now on in place of the devices that are plugged in.
+    void answerWith(RegistryAnswer answer) { answer_ = std::move(answer); }
+    void breakDown() { answerWith({.status = 5, .devices = std::nullopt}); }
+
+    RegistryAnswer usbDevices(std::int64_t ofVendor, std::int64_t ofProduct) override {
+        if (answer_) return *answer_;
+        const auto found = devices_.find({ofVendor, ofProduct});
+        return {.status = 0, .devices = found == devices_.end() ? std::vector<UsbDevice>() : found->second};
+    }
+
+  private:
+    std::map<std::pair<std::int64_t, std::int64_t>, std::vector<UsbDevice>> devices_;
+    std::optional<RegistryAnswer> answer_;
+};
+
+}  // namespace kestrav

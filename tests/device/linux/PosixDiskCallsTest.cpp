@@ -1,0 +1,137 @@
+#include <fcntl.h>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <sys/time.h>
+#include <thread>
+
+#include "device/linux/MountinfoVolumes.h"
+#include "device/linux/PosixDiskCalls.h"
+#include "tests/device/TemporaryFolder.h"
+#include "tests/device/fakes/bytes.h"
+#include "tests/device/linux/PrivateMounts.h"
+
+namespace kestrav {
+namespace {
+
+class PosixDisks : public ::testing::Test {
+  protected:
+    std::string diskOf(const std::string& content) {
+        std::string path = folder_.path() / "disk";
+        std::ofstream(path) << content;
+        return path;
+    }
+    static std::string contentOf(const std::string& path) {
+        std::ifstream file(path);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
+    TemporaryFolder folder_;
+    PosixDiskCalls disks_;
+};
+
+TEST_F(PosixDisks, ReadAtTheOffset) {
+    const int descriptor = disks_.open(diskOf("0123456789"), DiskAccess::readOnly);
+    ASSERT_GT(descriptor, 0);
+    std::vector<std::byte> buffer = bytes("....");
+    EXPECT_EQ(disks_.pread(descriptor, buffer, 3), 4);
+    EXPECT_EQ(buffer, bytes("3456"));
+    EXPECT_EQ(disks_.pread(descriptor, buffer, 8), 2);
+    EXPECT_EQ(disks_.pread(descriptor, buffer, 10), 0);
+    EXPECT_LT(disks_.pread(descriptor, buffer, -1), 0);
+    disks_.close(descriptor);
+}
+
+TEST_F(PosixDisks, WriteAtTheOffset) {
+    const std::string path = diskOf("0123456789");
+    const int descriptor = disks_.open(path, DiskAccess::readAndWrite);
+    ASSERT_GT(descriptor, 0);
+    EXPECT_EQ(disks_.pwrite(descriptor, bytes("XY"), 3), 2);
+    EXPECT_EQ(disks_.pwrite(descriptor, {}, 0), 0);
+    EXPECT_LT(disks_.pwrite(descriptor, bytes("XY"), -1), 0);
+    std::vector<std::byte> buffer = bytes(".");
+    EXPECT_EQ(disks_.pread(descriptor, buffer, 4), 1);
+    EXPECT_EQ(buffer, bytes("Y"));
+    disks_.close(descriptor);
+    EXPECT_EQ(contentOf(path), "012XY56789");
+}
+
+TEST_F(PosixDisks, WriteNothingToADiskOpenedForReading) {
+    const std::string path = diskOf("0123");
+    const int descriptor = disks_.open(path, DiskAccess::readOnly);
+    EXPECT_LT(disks_.pwrite(descriptor, bytes("XY"), 0), 0);
+    disks_.close(descriptor);
+    EXPECT_EQ(contentOf(path), "0123");
+}
+
+TEST_F(PosixDisks, OpenNothingThatIsMissingAndMakeNothing) {
+    const std::string path = folder_.path() / "missing";
+    EXPECT_LT(disks_.open(path, DiskAccess::readOnly), 0);
+    EXPECT_LT(disks_.open(path, DiskAccess::readAndWrite), 0);
+    EXPECT_FALSE(std::filesystem::exists(path));
+}
+
+TEST_F(PosixDisks, KeepNodesFromChildrenAndCloseThem) {
+    const int descriptor = disks_.open(diskOf("x"), DiskAccess::readOnly);
+    EXPECT_EQ(::fcntl(descriptor, F_GETFD), FD_CLOEXEC);
+    disks_.close(descriptor);
+    EXPECT_EQ(::fcntl(descriptor, F_GETFD), -1);
+}
+
+int alarms = 0;
+
+TEST_F(PosixDisks, OpenInSpiteOfSignals) {
+    const std::string path = folder_.path() / "pipe";
+    ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+    struct sigaction former {};
+    struct sigaction counting {};
+    counting.sa_handler = [](int) { ++alarms; };
+    ASSERT_EQ(::sigaction(SIGALRM, &counting, &former), 0);
+    // Opening a pipe waits for its other end, which comes after some alarms.
+    const itimerval often{{0, 20000}, {0, 20000}};
+    const itimerval never{};
+    std::thread writer([&path] {
+        sigset_t all;
+        ::sigfillset(&all);
+        ::pthread_sigmask(SIG_BLOCK, &all, nullptr);
+        std::this_thread::sleep_for(std::chrono::milliseconds(150));
+        std::ofstream(path).close();
+    });
+    ASSERT_EQ(::setitimer(ITIMER_REAL, &often, nullptr), 0);
+    const int descriptor = disks_.open(path, DiskAccess::readOnly);
+    ::setitimer(ITIMER_REAL, &never, nullptr);
+    writer.join();
+    ::sigaction(SIGALRM, &former, nullptr);
+    EXPECT_GT(alarms, 0);
+    EXPECT_GT(descriptor, 0);
+    disks_.close(descriptor);
+}
+
+TEST_F(PosixDisks, UnmountWhatIsMountedThere) {
+    const std::string path = folder_.path();
+    const int result = withPrivateMounts([&] {
+        if (::mount("none", path.c_str(), "tmpfs", 0, nullptr) != 0) return 2;
+        disks_.unmount(path);
+        const std::vector<std::string> left = MountinfoVolumes().mountPoints().value();
+        return std::find(left.begin(), left.end(), path) == left.end() ? 0 : 1;
+    });
+    if (result == -2) GTEST_SKIP() << "mounting takes root";
+    EXPECT_EQ(result, 0);
+}
+
+TEST_F(PosixDisks, LeaveMountedWhatIsInUse) {
+    const std::string path = folder_.path();
+    const int result = withPrivateMounts([&] {
+        if (::mount("none", path.c_str(), "tmpfs", 0, nullptr) != 0) return 2;
+        const std::ofstream inUse(path + "/file");
+        disks_.unmount(path);
+        const std::vector<std::string> left = MountinfoVolumes().mountPoints().value();
+        return std::find(left.begin(), left.end(), path) != left.end() ? 0 : 1;
+    });
+    if (result == -2) GTEST_SKIP() << "mounting takes root";
+    EXPECT_EQ(result, 0);
+}
+
+}  // namespace
+}  // namespace kestrav

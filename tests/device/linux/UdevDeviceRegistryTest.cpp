@@ -1,0 +1,152 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "device/linux/UdevDeviceRegistry.h"
+#include "tests/device/linux/PrivateMounts.h"
+#include "tests/device/linux/Testbed.h"
+
+namespace kestrav {
+
+void PrintTo(const UsbDevice& device, std::ostream* out) {
+    *out << device.id << ' ' << device.name << ' ' << device.disk.value_or("(no disk)");
+}
+
+namespace {
+
+using ::testing::AllOf;
+using ::testing::ElementsAre;
+using ::testing::Field;
+using ::testing::IsEmpty;
+
+constexpr std::int64_t vendor = 0x10D6;
+constexpr std::int64_t product = 0xFD01;
+
+auto usbDevice(std::uint32_t id, const std::string& name, const std::optional<std::string>& disk) {
+    return AllOf(Field(&UsbDevice::id, id), Field(&UsbDevice::name, name), Field(&UsbDevice::disk, disk));
+}
+
+class UdevRegistry : public ::testing::Test {
+  protected:
+    std::vector<UsbDevice> found(std::int64_t ofVendor = vendor, std::int64_t ofProduct = product) {
+        const RegistryAnswer answer = registry_.usbDevices(ofVendor, ofProduct);
+        EXPECT_EQ(answer.status, 0);
+        EXPECT_TRUE(answer.devices);
+        return answer.devices.value_or(std::vector<UsbDevice>());
+    }
+
+    Testbed bed_;
+    UdevDeviceRegistry registry_;
+};
+
+TEST_F(UdevRegistry, FindsTheAccessory) {
+    bed_.plugInSimulated("accessory");
+    EXPECT_THAT(found(), ElementsAre(usbDevice(0x10002, "Kestrav Accessory", "sdzz")));
+}
+
+TEST_F(UdevRegistry, FindsTwoAccessoriesInTheOrderOfTheirPorts) {
+    bed_.plugInSimulated("two-accessories");
+    EXPECT_THAT(found(), ElementsAre(usbDevice(0x10002, "Kestrav Accessory", "sdzy"),
+                                     usbDevice(0x10003, "Kestrav Accessory", "sdzz")));
+}
+
+TEST_F(UdevRegistry, FindsAnAccessoryWithoutADisk) {
+    bed_.plugInSimulated("accessory-without-disk");
+    EXPECT_THAT(found(), ElementsAre(usbDevice(0x10002, "Kestrav Accessory", std::nullopt)));
+}
+
+TEST_F(UdevRegistry, CallsANamelessAccessoryByItsPort) {
+    bed_.plugInSimulated("accessory-without-name");
+    EXPECT_THAT(found(), ElementsAre(usbDevice(0x10002, "1-2", "sdzz")));
+}
+
+TEST_F(UdevRegistry, CallsAnAccessoryWithAnEmptyNameByItsPort) {
+    bed_.plugIn(
+        "P: /devices/usb1/1-7\nE: SUBSYSTEM=usb\nE: DEVTYPE=usb_device\n"
+        "A: idVendor=10d6\nA: idProduct=fd01\nA: product=\n");
+    EXPECT_THAT(found(), ElementsAre(usbDevice(0, "1-7", std::nullopt)));
+}
+
+TEST_F(UdevRegistry, TellsNothingOfOtherDevices) {
+    bed_.plugInFrom(KESTRAV_OTHER_DEVICES);
+    EXPECT_THAT(found(), IsEmpty());
+    bed_.plugInSimulated("accessory");
+    EXPECT_THAT(found(), ElementsAre(usbDevice(0x10002, "Kestrav Accessory", "sdzz")));
+    EXPECT_THAT(found(0x1d6b, 3), ElementsAre(usbDevice(0x20004, "Other Device 3", std::nullopt)));
+    EXPECT_THAT(found(0x1d6b, 10), ElementsAre(usbDevice(0x2000b, "Other Device 10", "stick10")));
+}
+
+TEST_F(UdevRegistry, NeedsBothIdentifiersToMatch) {
+    bed_.plugInSimulated("accessory");
+    EXPECT_THAT(found(vendor, product + 1), IsEmpty());
+    EXPECT_THAT(found(vendor + 1, product), IsEmpty());
+    EXPECT_THAT(found(product, vendor), IsEmpty());
+}
+
+TEST_F(UdevRegistry, MatchesNothingThatNoDeviceCanHave) {
+    bed_.plugInSimulated("accessory");
+    for (const std::int64_t wrap : {std::int64_t{0x10000}, std::int64_t{-0x10000}, std::int64_t{1} << 32}) {
+        EXPECT_THAT(found(vendor + wrap, product), IsEmpty()) << wrap;
+        EXPECT_THAT(found(vendor, product + wrap), IsEmpty()) << wrap;
+    }
+    for (const std::int64_t other : {std::int64_t{-1}, INT64_MIN, INT64_MAX}) {
+        EXPECT_THAT(found(other, product), IsEmpty()) << other;
+        EXPECT_THAT(found(vendor, other), IsEmpty()) << other;
+    }
+}
+
+TEST_F(UdevRegistry, LosesAnUnpluggedAccessory) {
+    bed_.plugInSimulated("accessory");
+    EXPECT_EQ(found().size(), 1U);
+    bed_.unplug("/sys/devices/pci0000:00/0000:00:14.0/usb1/1-2");
+    EXPECT_THAT(found(), IsEmpty());
+}
+
+TEST_F(UdevRegistry, FindsNothingWhereNothingIsPluggedIn) {
+    EXPECT_THAT(found(), IsEmpty());
+}
+
+TEST_F(UdevRegistry, TakesTheFirstOfTwoDisks) {
+    bed_.plugIn(
+        "P: /devices/usb1/1-7\nE: SUBSYSTEM=usb\nE: DEVTYPE=usb_device\n"
+        "A: idVendor=10d6\nA: idProduct=fd01\nA: product=Two\nA: busnum=3\nA: devnum=127\n\n"
+        "P: /devices/usb1/1-7/1-7:1.0/host1/1:0:0:1/block/sdzd\nE: SUBSYSTEM=block\nE: DEVTYPE=disk\n\n"
+        "P: /devices/usb1/1-7/1-7:1.0/host1/1:0:0:0/block/sdze\nE: SUBSYSTEM=block\nE: DEVTYPE=disk\n\n"
+        "P: /devices/usb1/1-7/1-7:1.0/host1/1:0:0:0/block/sdze/sdze1\nE: SUBSYSTEM=block\n"
+        "E: DEVTYPE=partition\n");
+    EXPECT_THAT(found(), ElementsAre(usbDevice(0x3007f, "Two", "sdze")));
+}
+
+TEST_F(UdevRegistry, TakesNoPartitionForADisk) {
+    bed_.plugIn(
+        "P: /devices/usb1/1-7\nE: SUBSYSTEM=usb\nE: DEVTYPE=usb_device\n"
+        "A: idVendor=10d6\nA: idProduct=fd01\nA: product=Part\n\n"
+        "P: /devices/usb1/1-7/block/sdze/sdze1\nE: SUBSYSTEM=block\nE: DEVTYPE=partition\n");
+    EXPECT_THAT(found(), ElementsAre(usbDevice(0, "Part", std::nullopt)));
+}
+
+TEST_F(UdevRegistry, TakesNoInterfaceForADevice) {
+    bed_.plugIn(
+        "P: /devices/usb1/1-7/1-7:1.0\nE: SUBSYSTEM=usb\nE: DEVTYPE=usb_interface\n"
+        "A: idVendor=10d6\nA: idProduct=fd01\n");
+    EXPECT_THAT(found(), IsEmpty());
+}
+
+TEST_F(UdevRegistry, TakesTheNamesBytesAsTheyAre) {
+    bed_.plugIn(
+        "P: /devices/usb1/1-7\nE: SUBSYSTEM=usb\nE: DEVTYPE=usb_device\n"
+        "A: idVendor=10d6\nA: idProduct=fd01\nA: product=%s%n \u00e9 $(x)\n");
+    EXPECT_THAT(found(), ElementsAre(usbDevice(0, "%s%n \u00e9 $(x)", std::nullopt)));
+}
+
+TEST(UdevRegistryWithoutSysfs, IsOutOfReachWithStatus5) {
+    const int result = withPrivateMounts([] {
+        if (::mount("none", "/sys", "tmpfs", 0, nullptr) != 0) return 3;
+        const RegistryAnswer answer = UdevDeviceRegistry().usbDevices(vendor, product);
+        return answer.devices ? 2 : answer.status == 5 ? 0 : 1;
+    });
+    if (result == -2) GTEST_SKIP() << "mounting takes root";
+    EXPECT_EQ(result, 0);
+}
+
+}  // namespace
+}  // namespace kestrav

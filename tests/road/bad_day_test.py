@@ -1,0 +1,163 @@
+"""Updates that fail: what is said, how the program ends, and that the disk is untouched."""
+
+import os
+import signal
+import subprocess
+import time
+
+from road import FINISH, FIRMWARE, MIB, PRELUDE, PROGRAMS, AnsweringService, RoadTest, content, loaded
+
+
+class BadDay(RoadTest):
+    def finished(self, path, size):
+        """The lines of an update that was handed over, whatever became of it."""
+        return [loaded(path, size), *PRELUDE, *FINISH]
+
+    def test_no_service(self):
+        before = self.digest()
+        path = self.image(1000)
+        result = self.kestravctl("firmware", path)
+        self.assert_said(result, self.finished(path, 1000))
+        self.assert_reported(result, "SocketError.unknownError")
+        self.assertEqual(self.digest(), before)
+
+    def test_no_service_is_seen_by_verification(self):
+        result = self.kestravctl("firmware", "--verify", self.image(1000))
+        self.assertEqual(result.returncode, 4)
+        self.assert_reported(result, "Verification failed: the disk differs from the image at byte 0")
+
+    def test_no_accessory(self):
+        self.start_service()
+        path = self.image(1000)
+        result = self.kestravctl("firmware", path, plugged=False)
+        self.assert_said(result, [loaded(path, 1000), *PRELUDE, "Device not ready yet!", "Failed writing to device."], 1)
+
+    def test_an_accessory_without_a_disk(self):
+        self.start_service("accessory-without-disk")
+        path = self.image(1000)
+        result = self.kestravctl("firmware", path, device="accessory-without-disk")
+        self.assert_said(result, self.finished(path, 1000))
+        self.assert_reported(result, "/dev/rnil")
+
+    def test_the_accessory_is_gone_when_the_service_looks(self):
+        self.start_service("accessory-without-disk")
+        before = self.digest()
+        path = self.image(1000)
+        result = self.kestravctl("firmware", path)
+        self.assert_said(result, self.finished(path, 1000))
+        self.assert_reported(result, "/dev/rsdzz")
+        self.assertEqual(self.digest(), before)
+
+    def test_an_image_longer_than_the_disk_is_refused_before_a_byte_is_written(self):
+        self.start_service()
+        before = self.digest()
+        path = self.image(16 * MIB - FIRMWARE * 512 + 1)
+        result = self.kestravctl("firmware", path)
+        self.assert_said(result, self.finished(path, path.stat().st_size))
+        self.assert_reported(result, "Refused")
+        self.assertEqual(self.digest(), before)
+
+    def test_an_image_that_just_fits_is_written(self):
+        self.start_service()
+        size = 16 * MIB - FIRMWARE * 512
+        self.kestravctl("firmware", self.image(size))
+        self.assertTrue(self.disk_bytes(FIRMWARE, size) == content(size))
+
+    def test_an_empty_image(self):
+        path = self.image(0)
+        self.assert_said(self.kestravctl("firmware", path), [f"Unabled to read file: {path}"], 1)
+
+    def test_a_missing_image(self):
+        result = self.kestravctl("firmware", self.folder / "none")
+        self.assert_said(result, [], 2)
+        self.assert_reported(result, "No such file")
+
+    def test_a_folder_as_image(self):
+        result = self.kestravctl("icon", self.folder)
+        self.assert_said(result, [], 2)
+        self.assert_reported(result, "is a folder")
+
+    def test_a_pipe_as_image(self):
+        os.mkfifo(self.folder / "pipe")
+        result = self.kestravctl("icon", self.folder / "pipe", timeout=20)
+        self.assert_said(result, [], 2)
+        self.assert_reported(result, "is a pipe")
+
+    def test_an_image_that_its_owner_may_only_read(self):
+        self.start_service()
+        path = self.image(1000)
+        path.chmod(0o400)
+        self.assert_said(self.kestravctl("firmware", path), self.finished(path, 1000))
+        self.assertEqual(self.disk_bytes(FIRMWARE, 1000), content(1000))
+
+    def test_a_reply_with_percent_signs_is_shown_as_it_is(self):
+        with AnsweringService(lambda peer: peer.send(b"100 %s %n %p done")):
+            self.assert_reported(self.kestravctl("firmware", self.image(10)), "kestravctl: 100 %s %n %p done")
+
+    def test_a_reply_that_would_steer_the_terminal_is_escaped(self):
+        with AnsweringService(lambda peer: peer.send(b"\x1b[2Jcleared")):
+            self.assert_reported(self.kestravctl("firmware", self.image(10)), "kestravctl: \\x1b[2Jcleared")
+
+    def test_a_reply_of_20000_bytes_is_cut(self):
+        with AnsweringService(lambda peer: peer.sendall(b"a" * 20000)):
+            shown = self.kestravctl("pull", 0, 1).stderr.decode()
+        self.assertIn("a" * 100, shown)
+        self.assertLessEqual(shown.count("a" * 10), 1024)
+
+    def test_a_reply_that_is_no_text_is_dropped(self):
+        with AnsweringService(lambda peer: peer.send(b"\xff\xfe binary")):
+            self.assertEqual(self.kestravctl("pull", 0, 1).stderr, b"")
+
+    def test_a_service_that_closes_at_once(self):
+        path = self.image(10)
+        with AnsweringService(lambda peer: None):
+            result = self.kestravctl("firmware", path)
+        self.assert_said(result, self.finished(path, 10))
+        self.assertEqual(result.stderr, b"")
+
+    def test_a_service_that_claims_success_is_found_out_by_verification(self):
+        with AnsweringService(lambda peer: peer.send(b"Wrote 10 bytes, verified.")):
+            result = self.kestravctl("firmware", "--verify", self.image(10))
+        self.assertEqual(result.returncode, 4)
+
+    def test_a_service_killed_in_mid_write_harms_no_later_update(self):
+        with open(self.disk, "r+b") as disk:
+            disk.truncate(1024 * MIB)
+        service = self.start_service()
+        big = self.folder / "big"
+        with open(big, "wb") as image:
+            image.truncate(900 * MIB)
+        sender = subprocess.Popen(
+            self.plugged_in([PROGRAMS / "kestravctl", "icon", big]), stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        time.sleep(0.5)
+        for pid in self.processes_named("kestrav-commandd"):
+            os.kill(pid, signal.SIGKILL)
+        service.wait(timeout=30)
+        sender.communicate(timeout=90)
+        self.start_service()
+        path = self.image(5000)
+        self.assert_said(self.kestravctl("firmware", path), self.finished(path, 5000))
+        self.assertEqual(self.disk_bytes(FIRMWARE, 5000), content(5000))
+
+    def processes_named(self, name):
+        """Processes of this program that were given this case's disk to see, that is our own."""
+        found = []
+        for entry in os.listdir("/proc"):
+            try:
+                if entry.isdigit() and os.readlink(f"/proc/{entry}/exe") == str(PROGRAMS / name):
+                    environment = open(f"/proc/{entry}/environ", "rb").read()
+                    if f"UMOCKDEV_DIR={self.folder}/".encode() in environment:
+                        found.append(int(entry))
+            except OSError:
+                continue
+        self.assertTrue(found)
+        return found
+
+    def test_a_taken_port_is_a_clear_error(self):
+        import socket
+
+        with socket.create_server(("127.0.0.1", 9090)):
+            result = subprocess.run(
+                self.plugged_in([PROGRAMS / "kestrav-commandd"]), stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=20)
+        self.assertEqual(result.returncode, 1)
+        self.assertIn(b"9090", result.stderr)

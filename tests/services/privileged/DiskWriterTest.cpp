@@ -1,0 +1,167 @@
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <string>
+#include <unistd.h>
+
+#include "services/privileged/DiskWriter.h"
+#include "tests/services/TemporaryFolder.h"
+#include "tests/services/privileged/FakeDisk.h"
+
+namespace kestrav {
+namespace {
+
+constexpr std::size_t mebibyte = std::size_t{1} << 20U;
+
+class WriteImage : public testing::Test {
+  protected:
+    ImageFile image(const std::string& bytes) {
+        path_ = folder_.file("image", bytes);
+        auto opened = ImageFile::open(path_, callerWithUid(::geteuid()).value());
+        return std::move(opened.value());
+    }
+
+    /// The sentence of the failure, empty after a success.
+    static std::string failure(const Outcome<WriteReport>& outcome) {
+        return outcome ? std::string() : outcome.problem().sentence;
+    }
+
+    TemporaryFolder folder_;
+    std::string path_;
+};
+
+struct PlaceRow {
+    std::string name;
+    std::size_t imageBytes;
+    std::uint64_t offset;
+    std::uint32_t blockSize;
+};
+
+class ImagePlace : public WriteImage, public testing::WithParamInterface<PlaceRow> {};
+
+TEST_P(ImagePlace, ChangesNoByteBesideTheImage) {
+    const auto& [name, size, offset, blockSize] = GetParam();
+    const std::string before = patternOf(4 * mebibyte, 7);
+    const std::string bytes = patternOf(size, 3);
+    FakeDisk disk(before, blockSize);
+    const auto report = writeImage(image(bytes), disk, offset, "sdb");
+    ASSERT_TRUE(report) << failure(report);
+    EXPECT_EQ(report.value().bytes, size);
+    EXPECT_TRUE(report.value().verified);
+    std::string expected = before;
+    expected.replace(offset, size, bytes);
+    EXPECT_TRUE(disk.bytes == expected);
+    EXPECT_FALSE(disk.wasMisused);
+    EXPECT_EQ(disk.unflushedWrites, 0U);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, ImagePlace,
+                         testing::Values(PlaceRow{"OneByte", 1, 786432, 512}, PlaceRow{"OneBlock", 512, 786432, 512},
+                                         PlaceRow{"FortyThousand", 40000, 786432, 512},
+                                         PlaceRow{"WholePieces", 2 * mebibyte, 0, 512},
+                                         PlaceRow{"OneByteMoreThanAPiece", mebibyte + 1, 1048576, 512},
+                                         PlaceRow{"OneByteLessThanAPiece", mebibyte - 1, 1048576, 512},
+                                         PlaceRow{"UpToTheEnd", mebibyte, 3 * mebibyte, 512},
+                                         PlaceRow{"LastByteFree", mebibyte - 1, 3 * mebibyte, 512},
+                                         PlaceRow{"LastBlock", 512, 4 * mebibyte - 512, 512},
+                                         PlaceRow{"WithinOneLargeBlock", 700, 512, 4096},
+                                         PlaceRow{"LargeBlocksBothEdges", 40000, 512 * 3, 4096},
+                                         PlaceRow{"LargeBlocksHeadOnly", 4096 * 2 - 512, 512, 4096},
+                                         PlaceRow{"LargeBlocksManyPieces", 2 * mebibyte + 100, 512 * 7, 4096},
+                                         PlaceRow{"LargestBlocks", 70000, 512, 65536}),
+                         [](const auto& row) { return row.param.name; });
+
+TEST_F(WriteImage, SaysWhereAWriteFailed) {
+    FakeDisk disk(patternOf(4 * mebibyte));
+    disk.failsWriteAt = mebibyte + 5;
+    const auto report = writeImage(image(patternOf(2 * mebibyte, 3)), disk, 0, "sdb");
+    ASSERT_FALSE(report);
+    EXPECT_EQ(report.problem().kind, Problem::Kind::failed);
+    EXPECT_NE(failure(report).find("writing sdb from block 2048 on: Input/output error. "), std::string::npos);
+    EXPECT_NE(failure(report).find("repeat the update"), std::string::npos);
+}
+
+TEST_F(WriteImage, SaysThatNothingWasWrittenWhenTheEdgeCannotBeRead) {
+    const std::string before = patternOf(mebibyte);
+    FakeDisk disk(before);
+    disk.failsReadAt = 512;
+    const auto report = writeImage(image(patternOf(700, 3)), disk, 0, "sdb");
+    EXPECT_NE(failure(report).find("reading sdb around block 0: Input/output error. Nothing was written."),
+              std::string::npos);
+    EXPECT_EQ(disk.bytes, before);
+}
+
+TEST_F(WriteImage, FailsWhenTheDiskDoesNotConfirm) {
+    FakeDisk disk(patternOf(mebibyte));
+    disk.flushResult = std::make_error_code(std::errc::io_error);
+    const auto report = writeImage(image(patternOf(700, 3)), disk, 0, "sdb");
+    EXPECT_NE(failure(report).find("did not confirm that it kept the bytes: Input/output error"), std::string::npos);
+}
+
+TEST_F(WriteImage, NoticesEveryByteThatTheDiskLost) {
+    for (const std::size_t lost : {std::size_t{0}, mebibyte - 1, mebibyte, 2 * mebibyte + 699}) {
+        FakeDisk disk(patternOf(4 * mebibyte, 7));
+        const std::string bytes = patternOf(2 * mebibyte + 700, 3);
+        disk.bytes[lost] = static_cast<char>(bytes[lost] ^ 1);
+        disk.losesByteAt = lost;
+        const auto report = writeImage(image(bytes), disk, 0, "sdb");
+        EXPECT_NE(failure(report).find("holds other bytes than were written"), std::string::npos) << lost;
+    }
+}
+
+TEST_F(WriteImage, NoticesThatItsNeighbourWasChanged) {
+    FakeDisk disk(patternOf(mebibyte, 7));
+    disk.afterFlush = [&disk] { disk.bytes[1000] = static_cast<char>(disk.bytes[1000] ^ 1); };
+    const auto report = writeImage(image(patternOf(700, 3)), disk, 0, "sdb");
+    EXPECT_NE(failure(report).find("holds other bytes than were written"), std::string::npos);
+}
+
+TEST_F(WriteImage, SaysWhereReadingBackFailed) {
+    FakeDisk disk(patternOf(2 * mebibyte));
+    disk.failsReadBackAt = mebibyte;
+    const auto report = writeImage(image(patternOf(mebibyte + 1, 3)), disk, 0, "sdb");
+    EXPECT_NE(failure(report).find("reading sdb back at block 2048: Input/output error"), std::string::npos);
+}
+
+TEST_F(WriteImage, DoesNotClaimAVerifiedWriteFromTheSystemsMemory) {
+    FakeDisk disk(patternOf(mebibyte));
+    disk.cached = true;
+    const auto report = writeImage(image(patternOf(700, 3)), disk, 0, "sdb");
+    ASSERT_TRUE(report);
+    EXPECT_FALSE(report.value().verified);
+}
+
+TEST_F(WriteImage, FailsWhenTheImageGotShorterMeanwhile) {
+    FakeDisk disk(patternOf(4 * mebibyte));
+    const ImageFile file = image(patternOf(3 * mebibyte, 3));
+    disk.afterWrite = [this] { std::filesystem::resize_file(path_, mebibyte + 1); };
+    const auto report = writeImage(file, disk, 0, "sdb");
+    EXPECT_NE(failure(report).find("the image got shorter while it was read. sdb was written up to block 2048."),
+              std::string::npos)
+        << failure(report);
+}
+
+TEST_F(WriteImage, FailsWhenTheImageGrewMeanwhile) {
+    FakeDisk disk(patternOf(4 * mebibyte));
+    const ImageFile file = image(patternOf(700, 3));
+    disk.afterWrite = [this] { std::filesystem::resize_file(path_, 701); };
+    EXPECT_NE(failure(writeImage(file, disk, 0, "sdb")).find("the image was changed"), std::string::npos);
+}
+
+TEST_F(WriteImage, FailsWhenTheImageBecameAnotherOneMeanwhile) {
+    FakeDisk disk(patternOf(4 * mebibyte));
+    const ImageFile file = image(patternOf(2 * mebibyte, 3));
+    disk.afterWrite = [this] { folder_.file("image", patternOf(2 * mebibyte, 4)); };
+    EXPECT_NE(failure(writeImage(file, disk, 0, "sdb")).find("the image was changed"), std::string::npos);
+}
+
+TEST_F(WriteImage, SucceedsWhenTheImageWasOnlyTouchedMeanwhile) {
+    FakeDisk disk(patternOf(4 * mebibyte));
+    const std::string bytes = patternOf(2 * mebibyte + 1, 3);
+    const ImageFile file = image(bytes);
+    disk.afterWrite = [this, &bytes] { folder_.file("image", bytes); };
+    const auto report = writeImage(file, disk, 512, "sdb");
+    EXPECT_TRUE(report) << failure(report);
+}
+
+}  // namespace
+}  // namespace kestrav

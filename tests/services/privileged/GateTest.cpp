@@ -1,0 +1,164 @@
+#include <fcntl.h>
+#include <filesystem>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <string>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "base/UniqueFd.h"
+#include "services/privileged/Gate.h"
+#include "services/privileged/UdevBlockDevices.h"
+#include "tests/services/RecordingLog.h"
+#include "tests/services/SimulatedAccessory.h"
+#include "tests/services/TemporaryFolder.h"
+
+namespace kestrav {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::MatchesRegex;
+using testing::StartsWith;
+
+constexpr std::size_t diskBytes = std::size_t{4} << 20U;
+
+class GateOnSimulatedDisk : public testing::Test {
+  protected:
+    std::string perform(std::string_view command, const std::vector<std::string>& arguments) {
+        return Gate(devices_, mounts_, log_).perform(callerWithUid(::geteuid()).value(), command, arguments);
+    }
+    std::string write(const std::string& image, std::uint64_t block) {
+        return perform("dd", {"if=" + image, "of=/dev/rsdzz", "seek=" + std::to_string(block), "bs=512"});
+    }
+    std::string read(std::uint64_t block, std::uint64_t count) {
+        return perform("dd", {"if=/dev/rsdzz", "skip=" + std::to_string(block), "count=" + std::to_string(count)});
+    }
+    std::string diskWith(const std::string& image, std::uint64_t block) const {
+        std::string disk = before_;
+        return disk.replace(block * 512, image.size(), image);
+    }
+
+    const std::string before_ = patternOf(diskBytes, 7);
+    SimulatedAccessory accessory_{before_};
+    TemporaryFolder folder_;
+    UdevBlockDevices devices_;
+    MountinfoTable mounts_;
+    RecordingLog log_;
+};
+
+TEST_F(GateOnSimulatedDisk, WritesAFirmware) {
+    const std::string image = patternOf(40000, 3);
+    const std::string answer = write(folder_.file("a b=c.fds", image), 1536);
+    EXPECT_THAT(answer, MatchesRegex("Wrote 40000 bytes to sdzz at block 1536, verified, [0-9]+\\.[0-9] MB/s\\."));
+    EXPECT_TRUE(accessory_.diskBytes() == diskWith(image, 1536));
+    const std::string who = "user " + std::to_string(::geteuid());
+    EXPECT_THAT(log_.entries, ElementsAre(StartsWith(who + ": dd if=" + (folder_.path() / "a b=c.fds").string() +
+                                                     " of=/dev/rsdzz seek=1536 bs=512: Wrote 40000 bytes")));
+}
+
+TEST_F(GateOnSimulatedDisk, WritesAnIcon) {
+    const std::string image = patternOf(1, 3);
+    EXPECT_THAT(write(folder_.file("icon", image), 2048), StartsWith("Wrote 1 bytes to sdzz at block 2048, verified"));
+    EXPECT_TRUE(accessory_.diskBytes() == diskWith(image, 2048));
+}
+
+TEST_F(GateOnSimulatedDisk, SaysWhenAFirmwareReachesIntoTheIcon) {
+    const std::string most = patternOf(262144, 3);
+    EXPECT_THAT(write(folder_.file("most", most), 1536), Not(HasSubstr("icon area")));
+    const std::string more = patternOf(262145, 3);
+    EXPECT_THAT(write(folder_.file("more", more), 1536),
+                HasSubstr("It reaches into the icon area: blocks 1536 to 2048 were written."));
+    EXPECT_TRUE(accessory_.diskBytes() == diskWith(more, 1536));
+}
+
+TEST_F(GateOnSimulatedDisk, SaysThatBlockZeroHeldThePartitionTable) {
+    EXPECT_THAT(write(folder_.file("image", "x"), 0), HasSubstr("This replaced the disk's partition table."));
+}
+
+TEST_F(GateOnSimulatedDisk, WritesUpToTheLastByte) {
+    const std::string image = patternOf(diskBytes - 1536 * 512, 3);
+    EXPECT_THAT(write(folder_.file("image", image), 1536), HasSubstr("verified"));
+    EXPECT_TRUE(accessory_.diskBytes() == diskWith(image, 1536));
+}
+
+TEST_F(GateOnSimulatedDisk, RefusesAnImageLongerThanTheRoomBeforeAByteIsWritten) {
+    const std::string image = folder_.file("image", patternOf(diskBytes - 1536 * 512 + 1, 3));
+    EXPECT_EQ(write(image, 1536),
+              "Refused: the image has 3407873 bytes, but sdzz has room for 3407872 from block 1536 on. Nothing was "
+              "written.");
+    EXPECT_TRUE(accessory_.diskBytes() == before_);
+}
+
+TEST_F(GateOnSimulatedDisk, RefusesABlockPastTheEnd) {
+    const std::string image = folder_.file("image", "x");
+    EXPECT_EQ(write(image, 8192), "Refused: block 8192 lies past the end of sdzz, which has 8192 blocks.");
+    EXPECT_THAT(write(image, 9223372036854775807U), StartsWith("Refused: block 9223372036854775807 lies past"));
+    EXPECT_TRUE(accessory_.diskBytes() == before_);
+}
+
+TEST_F(GateOnSimulatedDisk, RefusesWhatIsNoImage) {
+    const std::string fifo = folder_.path() / "fifo";
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+    EXPECT_THAT(write(fifo, 1536), MatchesRegex("Refused: the image .*fifo is not a regular file\\."));
+    EXPECT_THAT(write(folder_.path(), 1536), HasSubstr("is not a regular file"));
+    EXPECT_THAT(write(folder_.file("empty", ""), 1536), HasSubstr("is empty"));
+    EXPECT_THAT(write("/missing", 1536), HasSubstr("No such file or directory"));
+    EXPECT_TRUE(accessory_.diskBytes() == before_);
+}
+
+TEST_F(GateOnSimulatedDisk, RefusesAnotherUsersFile) {
+    if (::geteuid() != 0) GTEST_SKIP() << "needs root: takes on another user";
+    const std::string image = folder_.file("image", "of root");
+    ASSERT_EQ(::chmod(image.c_str(), 0600), 0);
+    const std::vector<std::string> arguments{"if=" + image, "of=/dev/rsdzz", "seek=1536", "bs=512"};
+    const std::string answer = Gate(devices_, mounts_, log_).perform(callerWithUid(65534).value(), "dd", arguments);
+    EXPECT_THAT(answer, HasSubstr("can't be opened by user 65534: Permission denied"));
+    EXPECT_TRUE(accessory_.diskBytes() == before_);
+}
+
+TEST_F(GateOnSimulatedDisk, RefusesAnotherDisk) {
+    accessory_.setAttribute(SimulatedAccessory::usbPath, "idVendor", "1d6b");
+    const std::string image = folder_.file("image", "x");
+    EXPECT_EQ(write(image, 1536),
+              "Refused: /dev/sdzz is not on the accessory (USB 10d6:fd01); nothing else is touched.");
+    EXPECT_THAT(read(0, 1), HasSubstr("is not on the accessory"));
+    EXPECT_THAT(perform("umount", {"/dev/sdzzs1"}), HasSubstr("is not on the accessory"));
+    EXPECT_TRUE(accessory_.diskBytes() == before_);
+}
+
+TEST_F(GateOnSimulatedDisk, ReadsBlocksBack) {
+    EXPECT_TRUE(read(1536, 19) == before_.substr(1536 * 512, 19 * 512));
+    EXPECT_TRUE(read(8191, 1) == before_.substr(8191 * 512));
+    EXPECT_THAT(log_.entries.at(0), testing::EndsWith("count=19: read 9728 bytes"));
+}
+
+TEST_F(GateOnSimulatedDisk, RefusesMoreBlocksThanAReplyHolds) {
+    EXPECT_THAT(read(1536, 20), StartsWith("Refused: a reply has room for 19 blocks"));
+    EXPECT_THAT(read(8191, 2), StartsWith("Refused: sdzz has 8192 blocks"));
+}
+
+TEST_F(GateOnSimulatedDisk, AnswersKindlyWhenNothingWasMounted) {
+    EXPECT_EQ(perform("umount", {"/dev/sdzzs1"}), "sdzz1 was not mounted.");
+}
+
+TEST_F(GateOnSimulatedDisk, RefusesEverythingElseInOneHarmlessLine) {
+    const std::string answer = perform("rm\n\x1b[2J\xff%n", {std::string(60'000, '%')});
+    EXPECT_EQ(answer, "Refused: \"rm\\x0a\\x1b[2J\xef\xbf\xbd%n\" is not a command of this service.");
+    EXPECT_EQ(log_.entries.size(), 1U);
+    EXPECT_LT(log_.entries[0].size(), 3000U);
+}
+
+TEST_F(GateOnSimulatedDisk, RefusesADiskThatAnotherServiceHasLocked) {
+    const UniqueFd other(::open((accessory_.nodes() / "sdzz").c_str(), O_RDWR | O_CLOEXEC));
+    ASSERT_EQ(::flock(other.get(), LOCK_EX), 0);
+    EXPECT_THAT(write(folder_.file("image", "x"), 1536), StartsWith("Refused: the disk sdzz is in use by"));
+    EXPECT_THAT(read(0, 1), StartsWith("Refused: the disk sdzz is in use by"));
+    ASSERT_EQ(::flock(other.get(), LOCK_UN), 0);
+    EXPECT_THAT(write(folder_.file("image", "x"), 1536), StartsWith("Wrote 1 bytes"));
+    EXPECT_THAT(write(folder_.file("image", "x"), 1536), StartsWith("Wrote 1 bytes"));  // and left no lock behind
+}
+
+}  // namespace
+}  // namespace kestrav

@@ -1,0 +1,349 @@
+// The gate on real block devices, real mounts and real exclusive opening. Needs root.
+
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <functional>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <optional>
+#include <poll.h>
+#include <string>
+#include <sys/mman.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <sys/statfs.h>
+#include <sys/sysmacros.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "base/UniqueFd.h"
+#include "services/privileged/AccessoryNode.h"
+#include "services/privileged/Gate.h"
+#include "services/privileged/NodeBytes.h"
+#include "services/privileged/OpenDisk.h"
+#include "services/privileged/UdevBlockDevices.h"
+#include "tests/services/LoopDisk.h"
+#include "tests/services/RecordingLog.h"
+#include "tests/services/TemporaryFolder.h"
+
+namespace kestrav {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+constexpr std::size_t diskBytes = std::size_t{4} << 20U;
+
+class PrivateMounts : public testing::Environment {
+  public:
+    void SetUp() override {
+        if (::geteuid() == 0) enterPrivateMounts();
+    }
+};
+const auto* const privateMounts = testing::AddGlobalTestEnvironment(new PrivateMounts);
+
+/// The machine's own devices, of which one loop disk passes for the accessory.
+class LoopAsAccessory final : public BlockDevices {
+  public:
+    explicit LoopAsAccessory(const LoopDisk& disk) : disk_(disk) {}
+
+    std::optional<BlockDevice> find(dev_t number) const override {
+        auto device = devices_.find(number);
+        if (device) device->accessory = device->diskName == disk_.name();
+        return device;
+    }
+    std::vector<dev_t> diskAndPartitions(dev_t disk) const override { return devices_.diskAndPartitions(disk); }
+    std::vector<std::string> builtOnTopOf(dev_t disk) const override { return devices_.builtOnTopOf(disk); }
+
+  private:
+    const LoopDisk& disk_;
+    UdevBlockDevices devices_;
+};
+
+/// A process that does `begin` and then waits to be ended.
+class Bystander {
+  public:
+    explicit Bystander(const std::function<bool()>& begin) {
+        int ends[2];
+        if (::pipe2(ends, O_CLOEXEC) != 0) std::abort();
+        const UniqueFd ready(ends[0]);
+        pid_ = ::fork();
+        if (pid_ == 0) {
+            const char done = begin() ? 'y' : 'n';
+            if (::write(ends[1], &done, 1) != 1) ::_exit(1);
+            while (true)
+                ::pause();
+        }
+        ::close(ends[1]);
+        char done = 'n';
+        began_ = ::read(ready.get(), &done, 1) == 1 && done == 'y';
+    }
+    ~Bystander() {
+        ::kill(pid_, SIGKILL);
+        ::waitpid(pid_, nullptr, 0);
+    }
+    Bystander(const Bystander&) = delete;
+    Bystander& operator=(const Bystander&) = delete;
+
+    bool began() const { return began_; }
+    std::string shownName() const { return "kernel_test (" + std::to_string(pid_) + ")"; }
+
+  private:
+    pid_t pid_;
+    bool began_ = false;
+};
+
+class GateOnKernel : public testing::Test {
+  protected:
+    void SetUp() override {
+        if (::geteuid() != 0) GTEST_SKIP() << "needs root: loop devices and mounts";
+        fs::create_directories(place_);
+        disk_.emplace(folder_.file("disk", before_));
+        devices_.emplace(*disk_);
+        makeNode("/dev/" + disk_->name(), disk_->number());
+        makeNode("/dev/" + disk_->partitionName(), disk_->partitionNumber());
+        fs::remove("/dev/r" + disk_->name());
+        fs::remove("/dev/" + disk_->name() + "s1");
+        fs::create_symlink(disk_->name(), "/dev/r" + disk_->name());
+        fs::create_symlink(disk_->partitionName(), "/dev/" + disk_->name() + "s1");
+    }
+    void TearDown() override {
+        while (::umount2(place_.c_str(), MNT_DETACH) == 0) {
+        }
+    }
+
+    void makeFileSystem() {
+        const std::string command = "mkfs.ext4 -q -F /dev/" + disk_->partitionName() + " >/dev/null 2>&1";
+        ASSERT_EQ(std::system(command.c_str()), 0);
+    }
+    void mountAt(const fs::path& place) {
+        fs::create_directories(place);
+        const std::string node = "/dev/" + disk_->partitionName();
+        ASSERT_EQ(::mount(node.c_str(), place.c_str(), "ext4", 0, nullptr), 0);
+    }
+    bool isMounted() const { return !MountinfoTable().placesOf(disk_->partitionNumber()).empty(); }
+
+    std::string perform(std::string_view command, const std::vector<std::string>& arguments) {
+        return Gate(*devices_, mounts_, log_).perform(callerWithUid(0).value(), command, arguments);
+    }
+    std::string unmount() { return perform("umount", {"/dev/" + disk_->name() + "s1"}); }
+    std::string write(const std::string& image, std::uint64_t block = 1536) {
+        const std::string of = "of=/dev/r" + disk_->name();
+        return perform("dd", {"if=" + image, of, "seek=" + std::to_string(block), "bs=512"});
+    }
+    std::string onDisk() const { return contentsOf(folder_.path() / "disk"); }
+
+    const std::string before_ = patternOf(diskBytes, 7);
+    TemporaryFolder folder_;
+    const fs::path place_ = folder_.path() / "mounted here";
+    std::optional<LoopDisk> disk_;
+    std::optional<LoopAsAccessory> devices_;
+    MountinfoTable mounts_;
+    RecordingLog log_;
+};
+
+TEST_F(GateOnKernel, WritesPastTheSystemsCache) {
+    const std::string image = patternOf(3'000'001, 3);
+    EXPECT_THAT(write(folder_.file("image", image)), HasSubstr("block 1536, verified, "));
+    std::string expected = before_;
+    expected.replace(1536 * 512, image.size(), image);
+    EXPECT_TRUE(onDisk() == expected);
+}
+
+TEST_F(GateOnKernel, UnmountsAndSaysFromWhere) {
+    makeFileSystem();
+    mountAt(place_);
+    mountAt(folder_.path() / "second");
+    EXPECT_EQ(unmount(), "Unmounted " + disk_->partitionName() + " from " + (folder_.path() / "second").string() +
+                             " and " + place_.string() + ".");
+    EXPECT_FALSE(isMounted());
+    EXPECT_EQ(unmount(), disk_->partitionName() + " was not mounted.");
+}
+
+TEST_F(GateOnKernel, UnmountsOnceMoreBeforeAWrite) {
+    makeFileSystem();
+    mountAt(place_);
+    EXPECT_THAT(write(folder_.file("image", "x")), StartsWith("Wrote 1 bytes to " + disk_->name()));
+    EXPECT_FALSE(isMounted());
+}
+
+TEST_F(GateOnKernel, NamesWhoStandsInTheMount) {
+    makeFileSystem();
+    mountAt(place_);
+    const Bystander other([this] { return ::chdir(place_.c_str()) == 0; });
+    ASSERT_TRUE(other.began());
+    const std::string before = onDisk();
+    const std::string expected = "still mounted at " + place_.string() + ": Device or resource busy. It is in use by " +
+                                 other.shownName() + "; close that and try again.";
+    EXPECT_EQ(unmount(), "Refused: " + disk_->partitionName() + " is " + expected);
+    EXPECT_EQ(write(folder_.file("image", "x")), "Refused: " + disk_->name() + " is " + expected);
+    EXPECT_TRUE(isMounted());
+    EXPECT_TRUE(onDisk().substr(1536 * 512, 512) == before.substr(1536 * 512, 512));
+}
+
+TEST_F(GateOnKernel, NamesWhoHasAFileOfTheMountOpen) {
+    makeFileSystem();
+    mountAt(place_);
+    const Bystander other([this] { return ::open((place_ / "file").c_str(), O_CREAT | O_RDWR, 0600) >= 0; });
+    ASSERT_TRUE(other.began());
+    EXPECT_THAT(unmount(), HasSubstr(other.shownName()));
+}
+
+TEST_F(GateOnKernel, NamesWhoHasAFileOfTheMountMapped) {
+    makeFileSystem();
+    mountAt(place_);
+    const Bystander other([this] {
+        const UniqueFd file(::open((place_ / "file").c_str(), O_CREAT | O_RDWR, 0600));
+        return ::ftruncate(file.get(), 4096) == 0 &&
+               ::mmap(nullptr, 4096, PROT_READ, MAP_SHARED, file.get(), 0) != MAP_FAILED;
+    });
+    ASSERT_TRUE(other.began());
+    EXPECT_THAT(unmount(), HasSubstr(other.shownName()));
+}
+
+TEST_F(GateOnKernel, WaitsForAShortLookAtTheMount) {
+    makeFileSystem();
+    mountAt(place_);
+    const Bystander other([this] {
+        const pid_t looker = ::fork();
+        if (looker != 0) return looker > 0;
+        if (::chdir(place_.c_str()) != 0) ::_exit(1);
+        ::usleep(300'000);
+        ::_exit(0);
+    });
+    ::usleep(50'000);
+    EXPECT_THAT(unmount(), StartsWith("Unmounted"));
+}
+
+TEST_F(GateOnKernel, RefusesWhenAnotherMountHidesTheDisks) {
+    makeFileSystem();
+    mountAt(place_);
+    ASSERT_EQ(::mount("tmpfs", place_.c_str(), "tmpfs", 0, nullptr), 0);
+    EXPECT_THAT(unmount(), HasSubstr("where something else hides it"));
+    struct statfs on {};
+    ASSERT_EQ(::statfs(place_.c_str(), &on), 0);
+    EXPECT_EQ(on.f_type, 0x01021994);  // the tmpfs is still there
+}
+
+TEST_F(GateOnKernel, NamesWhoHasItMountedWhereTheServiceDoesNotSee) {
+    makeFileSystem();
+    mountAt(place_);
+    const Bystander other([] { return ::unshare(CLONE_NEWNS) == 0; });
+    ASSERT_TRUE(other.began());
+    const std::string answer = write(folder_.file("image", "x"));
+    EXPECT_THAT(answer, StartsWith("Refused: the disk " + disk_->name() + " is in use by " + other.shownName()));
+}
+
+TEST_F(GateOnKernel, NamesWhoUsesTheDiskExclusively) {
+    const Bystander other(
+        [this] { return ::open(("/dev/" + disk_->name()).c_str(), O_RDWR | O_EXCL | O_CLOEXEC) >= 0; });
+    ASSERT_TRUE(other.began());
+    EXPECT_EQ(write(folder_.file("image", "x")), "Refused: the disk " + disk_->name() + " is in use by " +
+                                                     other.shownName() + "; wait until that is done and try again.");
+    EXPECT_TRUE(onDisk() == before_);
+}
+
+TEST_F(GateOnKernel, RefusesAnImageOnTheAccessoryItself) {
+    makeFileSystem();
+    mountAt(place_);
+    std::ofstream(place_ / "image") << "x";
+    EXPECT_EQ(write(place_ / "image"),
+              "Refused: the image lies on the accessory itself; copy it to another disk first.");
+    EXPECT_TRUE(isMounted());
+}
+
+TEST_F(GateOnKernel, LetsTwoWritersNeverShareADisk) {
+    const std::string one = patternOf(3'000'000, 3);
+    const std::string two = patternOf(3'000'000, 4);
+    const std::string images[] = {folder_.file("one", one), folder_.file("two", two)};
+    std::vector<pid_t> writers;
+    for (const std::string& image : images) {
+        writers.push_back(::fork());
+        if (writers.back() == 0) ::_exit(write(image).starts_with("Wrote") ? 0 : 1);
+    }
+    int successes = 0;
+    for (const pid_t writer : writers) {
+        int status = 0;
+        ::waitpid(writer, &status, 0);
+        successes += status == 0 ? 1 : 0;
+    }
+    EXPECT_GE(successes, 1);
+    const std::string disk = onDisk().substr(1536 * 512, one.size());
+    EXPECT_TRUE(disk == one || disk == two);
+}
+
+TEST_F(GateOnKernel, RefusesADiskThatWasPutInTheJudgedOnesPlace) {
+    const auto judged = findDisk(*devices_, "/dev/r" + disk_->name(), disk_->name());
+    ASSERT_TRUE(judged) << judged.problem().sentence;
+    ASSERT_TRUE(judged.value().device.diskSequence);
+    ASSERT_TRUE(openDisk(*devices_, judged.value(), DiskUse::write));
+    disk_->swapFor(folder_.file("other", before_));  // same name, number and size
+    const auto disk = openDisk(*devices_, judged.value(), DiskUse::write);
+    ASSERT_FALSE(disk);
+    EXPECT_EQ(disk.problem().sentence, "another disk took the place of " + disk_->name() + " meanwhile.");
+}
+
+TEST_F(GateOnKernel, RefusesAWriteProtectedDisk) {
+    disk_.reset();
+    disk_.emplace(folder_.path() / "disk", true);
+    makeNode("/dev/" + disk_->name(), disk_->number());
+    fs::remove("/dev/r" + disk_->name());
+    fs::create_symlink(disk_->name(), "/dev/r" + disk_->name());
+    const std::string answer = write(folder_.file("image", "x"));
+    EXPECT_EQ(answer, "Refused: the disk " + disk_->name() + " is write-protected.");
+    EXPECT_TRUE(onDisk() == before_);
+}
+
+TEST_F(GateOnKernel, ReadsBackThroughABufferedNodeFromTheDiskItself) {
+    UniqueFd node(::open(("/dev/" + disk_->name()).c_str(), O_RDWR | O_CLOEXEC));
+    ASSERT_TRUE(node);
+    NodeBytes bytes(std::move(node), diskBytes, 512);
+    alignas(4096) static std::byte buffer[65536];
+    ASSERT_FALSE(bytes.write(65536, buffer));
+    ASSERT_FALSE(bytes.flush());
+    const auto [error, fromDisk] = bytes.readBack(65536, buffer);
+    EXPECT_FALSE(error);
+    EXPECT_TRUE(fromDisk);
+}
+
+TEST(NodeBytes, AdmitsThatItReadMemory) {
+    char path[] = "/dev/shm/kestrav-XXXXXX";  // a file system that is memory and nothing else
+    if (::geteuid() == 0) std::strcpy(path, "/dev/kestrav-XXXXXX");
+    UniqueFd file(::mkstemp(path));
+    ASSERT_TRUE(file);
+    ::unlink(path);
+    NodeBytes bytes(std::move(file), 65536, 512);
+    alignas(4096) static std::byte buffer[65536];
+    ASSERT_FALSE(bytes.write(0, buffer));
+    ASSERT_FALSE(bytes.flush());
+    const auto [error, fromDisk] = bytes.readBack(0, buffer);
+    EXPECT_FALSE(error);
+    EXPECT_FALSE(fromDisk);
+}
+
+TEST(NodeBytes, CallsADiskThatEndsEarlyAnError) {
+    const TemporaryFolder folder;
+    UniqueFd file(::open(folder.file("short", "x").c_str(), O_RDWR | O_CLOEXEC));
+    NodeBytes bytes(std::move(file), 65536, 512);
+    alignas(4096) static std::byte buffer[512];
+    EXPECT_EQ(bytes.read(0, buffer), std::errc::io_error);
+}
+
+TEST(NodeBytes, ReportsAFullDisk) {
+    UniqueFd full(::open("/dev/full", O_RDWR | O_CLOEXEC));
+    if (!full) {
+        ASSERT_EQ(::mknod("/dev/full", S_IFCHR | 0666, makedev(1, 7)), 0);
+        full.reset(::open("/dev/full", O_RDWR | O_CLOEXEC));
+    }
+    ASSERT_TRUE(full);
+    NodeBytes bytes(std::move(full), 65536, 512);
+    alignas(4096) static std::byte buffer[512];
+    EXPECT_EQ(bytes.write(0, buffer), std::errc::no_space_on_device);
+}
+
+}  // namespace
+}  // namespace kestrav
