@@ -28,7 +28,7 @@ constexpr AuthorizationFlags kAuthorizationPreAuthorize = 16;
 /// so that a number in a log means the same wherever the log was written.
 enum class AuthorizationStatus : std::int32_t {
     success = 0,
-    denied = -60005,                 ///< wrong password, or somebody who may not administer this computer
+    denied = -60005,                 ///< no password or a wrong one, or a rule that says no
     canceled = -60006,               ///< the prompt was dismissed
     interactionNotAllowed = -60007,  ///< there is no prompt: no authentication agent runs
     internal = -60008,               ///< the authorization service can't be reached, or failed in the middle

@@ -10,7 +10,7 @@ std::string authorizationSentence(std::int32_t status) {
         case AuthorizationStatus::success:
             return "the authorization service gave no handle";
         case AuthorizationStatus::denied:
-            return "the password was wrong, or you may not administer this computer";
+            return "an administrator's password was not given or was wrong, or a rule of this computer forbids it";
         case AuthorizationStatus::canceled:
             return "the request for an administrator's password was dismissed";
         case AuthorizationStatus::interactionNotAllowed:

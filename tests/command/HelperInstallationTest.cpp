@@ -204,7 +204,8 @@ INSTANTIATE_TEST_SUITE_P(
                 {},
                 "Nobody may be asked for an administrator's consent here."},
         CaseRow{SMJError::authorizationFailed(-60005), authorizationFailed, -60005,
-                kNotInstalled + "the password was wrong, or you may not administer this computer (status -60005)."},
+                kNotInstalled + "an administrator's password was not given or was wrong, or a rule of this computer "
+                                "forbids it (status -60005)."},
         CaseRow{SMJError::authorizationFailed(-60006), authorizationFailed, -60006,
                 kNotInstalled + "the request for an administrator's password was dismissed (status -60006)."},
         CaseRow{SMJError::authorizationFailed(-60007), authorizationFailed, -60007,
