@@ -1,0 +1,126 @@
+#include "app/qt/MainWindow.h"
+
+#include <QCloseEvent>
+#include <QDir>
+#include <QEventLoop>
+#include <QHBoxLayout>
+#include <QIcon>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QShortcut>
+#include <QVBoxLayout>
+#include <exception>
+#include <thread>
+
+#include "app/LogBox.h"
+#include "app/ViewController.h"
+#include "app/qt/ImageChooser.h"
+#include "app/qt/InputBarrier.h"
+#include "app/qt/LogTextEdit.h"
+#include "app/qt/StatusLine.h"
+#include "app/qt/outlets.h"
+
+namespace kestrav {
+
+MainWindow::MainWindow()
+    : firmwareButton_(makeButton("firmwareBtn", tr("Update &Firmware…"),
+                                 tr("Choose a firmware image, an fds file, and write it to the accessory"))),
+      iconButton_(makeButton("iconBtn", tr("Update &Icon…"),
+                             tr("Choose an icon image, a fif file, and write it to the accessory"))),
+      log_(new LogTextEdit(this)),
+      progress_(new QProgressBar(this)),
+      statusLine_(new StatusLine(this)),
+      folder_(QDir::homePath()),
+      logBoxOutlet_(std::make_shared<LogBox>()),
+      logTextOutlet_(std::make_shared<LogTextOutlet>(*log_)),
+      firmwareOutlet_(std::make_shared<PushButtonOutlet>(*firmwareButton_)),
+      iconOutlet_(std::make_shared<PushButtonOutlet>(*iconButton_)),
+      indicatorOutlet_(std::make_shared<ProgressBarOutlet>(*progress_)) {
+    setWindowTitle(tr("Kestrav"));
+    log_->setAccessibleName(tr("Log"));
+    log_->setAccessibleDescription(tr("What was done, one line a step"));
+    statusLine_->setAccessibleName(tr("System message"));
+    statusLine_->setAccessibleDescription(tr("The newest line that went to the system log"));
+    progress_->setAccessibleName(tr("Update in progress"));
+    layOut();
+    for (const auto key : {QKeySequence::Quit, QKeySequence::Close}) {
+        connect(new QShortcut(key, this), &QShortcut::activated, this, &QWidget::close);
+    }
+}
+
+MainWindow::~MainWindow() = default;
+
+QPushButton* MainWindow::makeButton(const QString& name, const QString& text, const QString& description) {
+    auto* button = new QPushButton(text, this);
+    button->setObjectName(name);
+    button->setAccessibleDescription(description);
+    button->setToolTip(description);
+    button->setAutoDefault(true);
+    return button;
+}
+
+void MainWindow::layOut() {
+    progress_->setRange(0, 0);
+    progress_->setTextVisible(false);
+    progress_->setMaximumHeight(fontMetrics().height() / 2);
+    QSizePolicy place = progress_->sizePolicy();
+    place.setRetainSizeWhenHidden(true);
+    progress_->setSizePolicy(place);
+    progress_->hide();
+
+    auto* buttons = new QHBoxLayout;
+    buttons->addWidget(firmwareButton_);
+    buttons->addWidget(iconButton_);
+    auto* all = new QVBoxLayout(this);
+    all->addLayout(buttons);
+    all->addWidget(log_, 1);
+    all->addWidget(progress_);
+    all->addWidget(statusLine_);
+    firmwareButton_->setFocus();
+}
+
+void MainWindow::connectTo(ViewController& controller) {
+    controller.setLogBox(logBoxOutlet_);
+    controller.setLogText(logTextOutlet_);
+    controller.setProcessFirmwareBtn(firmwareOutlet_);
+    controller.setProcessIconBtn(iconOutlet_);
+    controller.setLoaderBar(indicatorOutlet_);
+    const auto act = [&controller](QPushButton* button, const Button& sender) {
+        controller.browseFile(sender);
+        // Being disabled took the focus from it, and who works with the keyboard would have to find it again.
+        button->setFocus();
+    };
+    connect(firmwareButton_, &QPushButton::clicked, this, [=, this] { act(firmwareButton_, *firmwareOutlet_); });
+    connect(iconButton_, &QPushButton::clicked, this, [=, this] { act(iconButton_, *iconOutlet_); });
+}
+
+void MainWindow::setPreferredContentSize(int width, int height) {
+    resize(width, height);
+}
+
+std::unique_ptr<OpenPanel> MainWindow::makeOpenPanel() {
+    return std::make_unique<ImageChooser>(this, folder_);
+}
+
+void MainWindow::whileBusy(const std::function<void()>& task) {
+    const InputBarrier barrier;
+    QEventLoop loop;
+    std::exception_ptr failure;
+    std::thread worker([&] {
+        try {
+            task();
+        } catch (...) {
+            failure = std::current_exception();
+        }
+        QMetaObject::invokeMethod(&loop, &QEventLoop::quit, Qt::QueuedConnection);
+    });
+    loop.exec();
+    worker.join();
+    if (failure) std::rethrow_exception(failure);
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+    event->setAccepted(mayClose_());
+}
+
+}  // namespace kestrav

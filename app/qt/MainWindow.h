@@ -1,0 +1,63 @@
+#pragma once
+
+#include <QWidget>
+#include <functional>
+#include <memory>
+
+#include "app/MainView.h"
+
+class QCloseEvent;
+class QProgressBar;
+class QPushButton;
+
+namespace kestrav {
+
+class ActivityIndicator;
+class Button;
+class LogBox;
+class LogText;
+class LogTextEdit;
+class StatusLine;
+class ViewController;
+
+/// The only window: two buttons, the log, the indicator and the newest line of the system log.
+class MainWindow final : public QWidget, public MainView {
+  public:
+    MainWindow();
+    ~MainWindow() override;
+
+    /// Gives the controller the window's parts and the buttons their action. Both live as long as this object.
+    void connectTo(ViewController& controller);
+    /// Asked when the person wants to close the window, which stays open on false.
+    void setMayClose(std::function<bool()> mayClose) { mayClose_ = std::move(mayClose); }
+
+    StatusLine& statusLine() { return *statusLine_; }
+
+    void setPreferredContentSize(int width, int height) override;
+    std::unique_ptr<OpenPanel> makeOpenPanel() override;
+    /// Runs `task` on a thread of its own.
+    void whileBusy(const std::function<void()>& task) override;
+
+  protected:
+    void closeEvent(QCloseEvent* event) override;
+
+  private:
+    QPushButton* makeButton(const QString& name, const QString& text, const QString& description);
+    void layOut();
+
+    QPushButton* firmwareButton_;
+    QPushButton* iconButton_;
+    LogTextEdit* log_;
+    QProgressBar* progress_;
+    StatusLine* statusLine_;
+    QString folder_;
+    std::function<bool()> mayClose_ = [] { return true; };
+
+    std::shared_ptr<LogBox> logBoxOutlet_;
+    std::shared_ptr<LogText> logTextOutlet_;
+    std::shared_ptr<Button> firmwareOutlet_;
+    std::shared_ptr<Button> iconOutlet_;
+    std::shared_ptr<ActivityIndicator> indicatorOutlet_;
+};
+
+}  // namespace kestrav
