@@ -74,7 +74,9 @@ std::int32_t ImageChooser::runModal() {
     ImageChooserDialog dialog(parent_, types_, canChooseDirectories_);
     setUp(dialog);
     if (dialog.exec() != QDialog::Accepted) return 0;
-    folder_ = dialog.directory().absolutePath();
+    // A path that was typed may lead elsewhere than to the folder that was shown.
+    const QFileInfo chosen(dialog.chosenPath());
+    folder_ = chosen.isDir() ? dialog.directory().absolutePath() : chosen.absolutePath();
     path_ = dialog.chosenPath().toStdString();
     return kResponseOK;
 }

@@ -5,7 +5,6 @@
 #include <QEventLoop>
 #include <QHBoxLayout>
 #include <QIcon>
-#include <QProgressBar>
 #include <QPushButton>
 #include <QShortcut>
 #include <QVBoxLayout>
@@ -14,6 +13,7 @@
 
 #include "app/LogBox.h"
 #include "app/ViewController.h"
+#include "app/qt/ActivityBar.h"
 #include "app/qt/ImageChooser.h"
 #include "app/qt/InputBarrier.h"
 #include "app/qt/LogTextEdit.h"
@@ -28,14 +28,14 @@ MainWindow::MainWindow()
       iconButton_(makeButton("iconBtn", tr("Update &Icon…"),
                              tr("Choose an icon image, a fif file, and write it to the accessory"))),
       log_(new LogTextEdit(this)),
-      progress_(new QProgressBar(this)),
+      progress_(new ActivityBar(this)),
       statusLine_(new StatusLine(this)),
       folder_(QDir::homePath()),
       logBoxOutlet_(std::make_shared<LogBox>()),
       logTextOutlet_(std::make_shared<LogTextOutlet>(*log_)),
       firmwareOutlet_(std::make_shared<PushButtonOutlet>(*firmwareButton_)),
       iconOutlet_(std::make_shared<PushButtonOutlet>(*iconButton_)),
-      indicatorOutlet_(std::make_shared<ProgressBarOutlet>(*progress_)) {
+      indicatorOutlet_(std::make_shared<ActivityBarOutlet>(*progress_)) {
     setWindowTitle(tr("Kestrav"));
     log_->setAccessibleName(tr("Log"));
     log_->setAccessibleDescription(tr("What was done, one line a step"));
@@ -56,26 +56,24 @@ QPushButton* MainWindow::makeButton(const QString& name, const QString& text, co
     button->setAccessibleDescription(description);
     button->setToolTip(description);
     button->setAutoDefault(true);
+    // A text that nobody has translated keeps its own direction in a window that runs the other way.
+    button->setLayoutDirection(text.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
     return button;
 }
 
 void MainWindow::layOut() {
-    progress_->setRange(0, 0);
-    progress_->setTextVisible(false);
-    progress_->setMaximumHeight(fontMetrics().height() / 2);
-    QSizePolicy place = progress_->sizePolicy();
-    place.setRetainSizeWhenHidden(true);
-    progress_->setSizePolicy(place);
     progress_->hide();
 
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(firmwareButton_);
     buttons->addWidget(iconButton_);
-    auto* all = new QVBoxLayout(this);
+    auto* content = new QWidget;
+    auto* all = new QVBoxLayout(content);
     all->addLayout(buttons);
     all->addWidget(log_, 1);
     all->addWidget(progress_);
     all->addWidget(statusLine_);
+    setCentralWidget(content);
     firmwareButton_->setFocus();
 }
 

@@ -1,17 +1,17 @@
 #pragma once
 
-#include <QWidget>
+#include <QMainWindow>
 #include <functional>
 #include <memory>
 
 #include "app/MainView.h"
 
 class QCloseEvent;
-class QProgressBar;
 class QPushButton;
 
 namespace kestrav {
 
+class ActivityBar;
 class ActivityIndicator;
 class Button;
 class LogBox;
@@ -21,7 +21,7 @@ class StatusLine;
 class ViewController;
 
 /// The only window: two buttons, the log, the indicator and the newest line of the system log.
-class MainWindow final : public QWidget, public MainView {
+class MainWindow final : public QMainWindow, public MainView {
   public:
     MainWindow();
     ~MainWindow() override;
@@ -48,7 +48,7 @@ class MainWindow final : public QWidget, public MainView {
     QPushButton* firmwareButton_;
     QPushButton* iconButton_;
     LogTextEdit* log_;
-    QProgressBar* progress_;
+    ActivityBar* progress_;
     StatusLine* statusLine_;
     QString folder_;
     std::function<bool()> mayClose_ = [] { return true; };

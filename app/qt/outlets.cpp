@@ -27,11 +27,11 @@ void PushButtonOutlet::setEnabled(bool enabled) {
     if (button_) button_->setEnabled(enabled);
 }
 
-void ProgressBarOutlet::startAnimation(const Button& /*sender*/) {
+void ActivityBarOutlet::startAnimation(const Button& /*sender*/) {
     if (bar_) bar_->setVisible(true);
 }
 
-void ProgressBarOutlet::stopAnimation(const Button& /*sender*/) {
+void ActivityBarOutlet::stopAnimation(const Button& /*sender*/) {
     if (bar_) bar_->setVisible(false);
 }
 

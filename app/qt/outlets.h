@@ -1,12 +1,12 @@
 #pragma once
 
 #include <QPointer>
-#include <QProgressBar>
 #include <QPushButton>
 
 #include "app/ActivityIndicator.h"
 #include "app/Button.h"
 #include "app/LogText.h"
+#include "app/qt/ActivityBar.h"
 #include "app/qt/LogTextEdit.h"
 
 // The window's widgets as the controller knows them. Each outlives its widget harmlessly.
@@ -25,16 +25,16 @@ class PushButtonOutlet final : public Button {
     QPointer<QPushButton> button_;
 };
 
-/// A bar that runs to and fro, and is not to be seen when it rests.
-class ProgressBarOutlet final : public ActivityIndicator {
+/// Shown while it turns.
+class ActivityBarOutlet final : public ActivityIndicator {
   public:
-    explicit ProgressBarOutlet(QProgressBar& bar) : bar_(&bar) {}
+    explicit ActivityBarOutlet(ActivityBar& bar) : bar_(&bar) {}
 
     void startAnimation(const Button& sender) override;
     void stopAnimation(const Button& sender) override;
 
   private:
-    QPointer<QProgressBar> bar_;
+    QPointer<ActivityBar> bar_;
 };
 
 /// Crosses over to the main thread when used on another, and waits there until the line is painted.

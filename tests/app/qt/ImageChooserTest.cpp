@@ -167,5 +167,14 @@ TEST_F(Chooser, LeavesTheFolderOfTheChoiceForTheNextOne) {
     EXPECT_EQ(place_, QString::fromStdString(folder_.path() / "inner"));
 }
 
+TEST_F(Chooser, LeavesTheFolderOfATypedPathForTheNextOne) {
+    std::ofstream(folder_.path() / "inner" / "deep.fds") << "x";
+    run([this](ImageChooserDialog& dialog) {
+        type(dialog, place_ + "/inner/deep.fds");
+        dialog.accept();
+    });
+    EXPECT_EQ(place_, QString::fromStdString(folder_.path() / "inner"));
+}
+
 }  // namespace
 }  // namespace kestrav

@@ -209,6 +209,13 @@ TEST_F(Window, ShowsTheIndicatorForTheLengthOfTheWork) {
     EXPECT_FALSE(bar().isVisible());
 }
 
+TEST_F(Window, MovesTheIndicatorWhileItIsShown) {
+    controller_->loaderBar()->startAnimation(*controller_->processIconBtn());
+    const QImage before = bar().grab().toImage();
+    QTest::qWait(300);
+    EXPECT_NE(bar().grab().toImage(), before);
+}
+
 TEST_F(Window, ShowsTheNewestSystemMessageFromAnyThread) {
     log_.write("first");
     window_.whileBusy([&] { log_.write("second <b>%s\n\x1b"); });
