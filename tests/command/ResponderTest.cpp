@@ -20,7 +20,7 @@ struct Line {
 class RunResponderWithResp : public ::testing::TestWithParam<Line> {};
 
 TEST_P(RunResponderWithResp, LogsTheDebugForm) {
-    kestrav::testing::RecordedLog log;
+    kestrav::RecordedLog log;
     CommandService(log).runResponderWithResp(GetParam().response);
     EXPECT_THAT(log.entries(), ElementsAre(GetParam().logged));
 }
