@@ -1,0 +1,138 @@
+#include <arpa/inet.h>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <optional>
+#include <string>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "services/commandd/CallerJudge.h"
+#include "services/commandd/PeerIdentity.h"
+#include "services/commandd/RequestRunner.h"
+#include "services/privileged/Gate.h"
+#include "tests/services/CommandDaemon.h"
+#include "tests/services/RecordingLog.h"
+
+namespace kestrav {
+namespace {
+
+struct Connected {
+    Connected() : listener(listenOnFreePort(port)), client(port), service(::accept(listener.get(), nullptr, nullptr)) {}
+
+    std::uint16_t port = 0;
+    UniqueFd listener;
+    Client client;
+    UniqueFd service;
+};
+
+TEST(PeerIdentity, IsTheOtherEndsSocket) {
+    const Connected pair;
+    struct stat status {};
+    ASSERT_EQ(::fstat(pair.client.socket(), &status), 0);
+    const auto identity = peerIdentity(pair.service.get());
+    ASSERT_TRUE(identity);
+    EXPECT_EQ(identity->uid, ::geteuid());
+    EXPECT_EQ(identity->inode, status.st_ino);
+}
+
+TEST(PeerIdentity, StaysWhenThePeerOnlyEndsItsSending) {
+    const Connected pair;
+    const auto before = peerIdentity(pair.service.get());
+    pair.client.finishSending();
+    EXPECT_TRUE(before);
+    EXPECT_EQ(peerIdentity(pair.service.get()), before);
+}
+
+TEST(PeerIdentity, IsNobodyOnceThePeerHasClosed) {
+    Connected pair;
+    pair.client.close();
+    EXPECT_FALSE(peerIdentity(pair.service.get()));
+}
+
+TEST(PeerIdentity, IsNotAnotherSocketOnThePeersPort) {
+    Connected pair;
+    sockaddr_in peer{};
+    socklen_t length = sizeof peer;
+    ASSERT_EQ(::getpeername(pair.service.get(), reinterpret_cast<sockaddr*>(&peer), &length), 0);
+    // Reset, so that the connection leaves nothing behind and its port is free at once.
+    const linger reset{1, 0};
+    ASSERT_EQ(::setsockopt(pair.client.socket(), SOL_SOCKET, SO_LINGER, &reset, sizeof reset), 0);
+    sockaddr_in local = peer;
+    const auto askAgain = [&] { return peerIdentity(pair.service.get()); };
+    pair.client.close();
+    const UniqueFd other(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    ASSERT_EQ(::bind(other.get(), reinterpret_cast<const sockaddr*>(&local), sizeof local), 0);
+    ASSERT_EQ(::listen(other.get(), 1), 0);
+    EXPECT_FALSE(askAgain());
+}
+
+TEST(PeerIdentity, IsNobodyOnOtherSockets) {
+    int ends[2];
+    ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM, 0, ends), 0);
+    const UniqueFd one(ends[0]);
+    const UniqueFd two(ends[1]);
+    EXPECT_FALSE(peerIdentity(one.get()));
+    EXPECT_FALSE(peerIdentity(-1));
+}
+
+TEST(RootAndOwnUser, TurnsEveryoneElseAway) {
+    const RootAndOwnUser judge(1000);
+    EXPECT_FALSE(judge.refusal(0));
+    EXPECT_FALSE(judge.refusal(1000));
+    EXPECT_EQ(judge.refusal(1001), "user 1001 may not write the accessory; an administrator has to.");
+    EXPECT_TRUE(judge.refusal(65534));
+}
+
+/// No device at all, and a note of having been asked.
+class NoDevices final : public BlockDevices {
+  public:
+    std::optional<BlockDevice> find(dev_t) const override { return std::nullopt; }
+    std::vector<dev_t> diskAndPartitions(dev_t) const override { return {}; }
+    std::vector<std::string> builtOnTopOf(dev_t) const override { return {}; }
+};
+
+class RunRequest : public testing::Test {
+  protected:
+    NoDevices devices_;
+    MountinfoTable mounts_;
+    RecordingLog log_;
+    Gate gate_{devices_, mounts_, log_};
+    RequestRunner runner_{gate_, log_};
+    Connected pair_;
+};
+
+TEST_F(RunRequest, AnswersThroughTheGate) {
+    const auto peer = peerIdentity(pair_.service.get());
+    ASSERT_TRUE(peer);
+    runner_.run(pair_.service.get(), *peer, R"({"command":"rm","arguments":["-rf","/"]})");
+    EXPECT_EQ(pair_.client.readOnce(), "Refused: \"rm\" is not a command of this service.");
+}
+
+TEST_F(RunRequest, BeginsNothingForAPeerThatHasGone) {
+    const auto peer = peerIdentity(pair_.service.get());
+    ASSERT_TRUE(peer);
+    pair_.client.close();
+    runner_.run(pair_.service.get(), *peer, R"({"command":"rm","arguments":["-rf","/"]})");
+    ASSERT_EQ(log_.entries.size(), 1U);
+    EXPECT_NE(log_.entries[0].find("gone before the request was begun"), std::string::npos);
+}
+
+TEST_F(RunRequest, BeginsNothingForAnotherPeer) {
+    auto peer = peerIdentity(pair_.service.get());
+    ASSERT_TRUE(peer);
+    ++peer->inode;
+    runner_.run(pair_.service.get(), *peer, R"({"command":"rm","arguments":["-rf","/"]})");
+    EXPECT_NE(log_.entries.at(0).find("gone before the request was begun"), std::string::npos);
+}
+
+TEST_F(RunRequest, RefusesABrokenRequestAndLogsIt) {
+    const auto peer = peerIdentity(pair_.service.get());
+    ASSERT_TRUE(peer);
+    runner_.run(pair_.service.get(), *peer, "{]");
+    EXPECT_EQ(pair_.client.readOnce(), "Refused: the request is not JSON, which shows at byte 1.");
+    EXPECT_EQ(log_.entries.size(), 1U);
+}
+
+}  // namespace
+}  // namespace kestrav
