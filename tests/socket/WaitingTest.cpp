@@ -6,7 +6,6 @@
 namespace kestrav {
 namespace {
 
-using namespace kestrav::testing;
 
 TEST(WaitUntilReadable, FailsOnAClosedDescriptor) {
     UniqueFd fd = boundSocket(SOCK_STREAM);
