@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <memory>
+#include <ostream>
 #include <poll.h>
 #include <string>
 #include <sys/resource.h>
@@ -90,6 +91,8 @@ struct BadBytesRow {
     std::string name;
     std::string bytes;
     std::string said;
+
+    friend void PrintTo(const BadBytesRow& row, std::ostream* out) { *out << row.name; }
 };
 
 class BadBytes : public Daemon, public testing::WithParamInterface<BadBytesRow> {};
@@ -179,7 +182,8 @@ TEST_F(Daemon, ServesSixtyFourPeersAndTellsTheNextToComeBack) {
         peers.push_back(std::make_unique<Client>(daemon_.port()));
     int served = 0;
     int toldToComeBack = 0;
-    for (const auto& peer : peers) peer->send(requestFor("umount", {"/dev/sdzzs1"}));
+    for (const auto& peer : peers)
+        peer->send(requestFor("umount", {"/dev/sdzzs1"}));
     for (const auto& peer : peers) {
         const std::string reply = peer->readOnce();
         served += reply == nothingDone ? 1 : 0;
