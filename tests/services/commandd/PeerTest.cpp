@@ -1,6 +1,7 @@
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <optional>
 #include <string>
 #include <sys/socket.h>
@@ -55,16 +56,18 @@ TEST(PeerIdentity, IsNotAnotherSocketOnThePeersPort) {
     sockaddr_in peer{};
     socklen_t length = sizeof peer;
     ASSERT_EQ(::getpeername(pair.service.get(), reinterpret_cast<sockaddr*>(&peer), &length), 0);
-    // Reset, so that the connection leaves nothing behind and its port is free at once.
-    const linger reset{1, 0};
-    ASSERT_EQ(::setsockopt(pair.client.socket(), SOL_SOCKET, SO_LINGER, &reset, sizeof reset), 0);
-    sockaddr_in local = peer;
-    const auto askAgain = [&] { return peerIdentity(pair.service.get()); };
+    // In repair mode a socket vanishes without a word to its peer, which goes on believing in the connection.
+    const int yes = 1;
+    if (::setsockopt(pair.client.socket(), IPPROTO_TCP, TCP_REPAIR, &yes, sizeof yes) != 0) {
+        GTEST_SKIP() << "needs root: TCP_REPAIR";
+    }
     pair.client.close();
     const UniqueFd other(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    ASSERT_EQ(::bind(other.get(), reinterpret_cast<const sockaddr*>(&local), sizeof local), 0);
+    ASSERT_EQ(::setsockopt(other.get(), SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes), 0);
+    ASSERT_EQ(::bind(other.get(), reinterpret_cast<const sockaddr*>(&peer), length), 0);
     ASSERT_EQ(::listen(other.get(), 1), 0);
-    EXPECT_FALSE(askAgain());
+    ASSERT_EQ(::getpeername(pair.service.get(), reinterpret_cast<sockaddr*>(&peer), &length), 0);  // it still does
+    EXPECT_FALSE(peerIdentity(pair.service.get()));
 }
 
 TEST(PeerIdentity, IsNobodyOnOtherSockets) {
