@@ -1,4 +1,5 @@
 #include <arpa/inet.h>
+#include <chrono>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
@@ -6,9 +7,11 @@
 #include <string>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 
 #include "services/commandd/CallerJudge.h"
+#include "services/commandd/Connection.h"
 #include "services/commandd/PeerIdentity.h"
 #include "services/commandd/RequestRunner.h"
 #include "services/privileged/Gate.h"
@@ -77,6 +80,34 @@ TEST(PeerIdentity, IsNobodyOnOtherSockets) {
     const UniqueFd two(ends[1]);
     EXPECT_FALSE(peerIdentity(one.get()));
     EXPECT_FALSE(peerIdentity(-1));
+}
+
+TEST(DrainUntilClosed, TakesAllThatStillComes) {
+    using namespace std::chrono_literals;
+    Connected pair;
+    std::thread sending([&pair] {
+        for (int i = 0; i < 3; ++i) {
+            pair.client.send("more");
+            std::this_thread::sleep_for(50ms);
+        }
+        pair.client.close();
+    });
+    const auto start = std::chrono::steady_clock::now();
+    drainUntilClosed(pair.service.get());
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 1900ms);
+    char byte = 0;
+    EXPECT_EQ(::recv(pair.service.get(), &byte, 1, MSG_DONTWAIT), 0);  // the end, with nothing left before it
+    sending.join();
+}
+
+TEST(DrainUntilClosed, DoesNotWaitForeverForASilentPeer) {
+    using namespace std::chrono_literals;
+    const Connected pair;
+    const auto start = std::chrono::steady_clock::now();
+    drainUntilClosed(pair.service.get());
+    const auto taken = std::chrono::steady_clock::now() - start;
+    EXPECT_GE(taken, 1900ms);
+    EXPECT_LT(taken, 4s);
 }
 
 TEST(RootAndOwnUser, TurnsEveryoneElseAway) {
