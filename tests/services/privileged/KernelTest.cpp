@@ -287,6 +287,28 @@ TEST_F(GateOnKernel, RefusesADiskThatWasPutInTheJudgedOnesPlace) {
     EXPECT_EQ(disk.problem().sentence, "another disk took the place of " + disk_->name() + " meanwhile.");
 }
 
+/// A register that has not heard of the change yet.
+class LateDevices final : public BlockDevices {
+  public:
+    explicit LateDevices(BlockDevice known) : known_(std::move(known)) {}
+    std::optional<BlockDevice> find(dev_t) const override { return known_; }
+    std::vector<dev_t> diskAndPartitions(dev_t disk) const override { return {disk}; }
+    std::vector<std::string> builtOnTopOf(dev_t) const override { return {}; }
+
+  private:
+    BlockDevice known_;
+};
+
+TEST_F(GateOnKernel, TrustsTheOpenedDisksOwnSequenceNumberMost) {
+    const auto judged = findDisk(*devices_, "/dev/r" + disk_->name(), disk_->name());
+    ASSERT_TRUE(judged);
+    const LateDevices late(judged.value().device);
+    ASSERT_TRUE(openDisk(late, judged.value(), DiskUse::write));
+    disk_->swapFor(folder_.file("other", before_));
+    EXPECT_FALSE(openDisk(late, judged.value(), DiskUse::write));
+    EXPECT_FALSE(openDisk(late, judged.value(), DiskUse::read));
+}
+
 TEST_F(GateOnKernel, RefusesAWriteProtectedDisk) {
     disk_.reset();
     disk_.emplace(folder_.path() / "disk", true);
