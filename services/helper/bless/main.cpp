@@ -1,0 +1,75 @@
+#include <climits>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <fcntl.h>
+#include <string>
+#include <string_view>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "services/helper/bless/InstallError.h"
+#include "services/helper/bless/Installer.h"
+
+namespace {
+
+constexpr const char* kUsage =
+    "Usage: kestrav-bless install | uninstall | register-right\n"
+    "Installs the helper that updates a Kestrav accessory, takes it away, or registers the right to reach the\n"
+    "accessory's disk. Only root can do that; desktop programs ask for it through pkexec.\n";
+
+/// Whoever started this program also shaped what it inherits; none of it may matter.
+void forgetInheritance() {
+    ::clearenv();
+    ::umask(022);
+    ::close_range(3, UINT_MAX, 0);
+    // A missing standard stream would give its number to the first file that is opened.
+    while (true) {
+        const int fd = ::open("/dev/null", O_RDWR);
+        if (fd < 0) ::_exit(1);
+        if (fd > STDERR_FILENO) {
+            ::close(fd);
+            break;
+        }
+    }
+    for (const int number : {SIGPIPE, SIGXFSZ})
+        std::signal(number, SIG_IGN);
+    if (::chdir("/") != 0) ::_exit(1);
+}
+
+std::string ownFolder() {
+    char path[PATH_MAX];
+    const ssize_t length = ::readlink("/proc/self/exe", path, sizeof path);
+    if (length <= 0 || length == static_cast<ssize_t>(sizeof path)) {
+        throw kestrav::InstallError("The installer can't tell where it stands.");
+    }
+    const std::string_view text(path, static_cast<std::size_t>(length));
+    return std::string(text.substr(0, text.rfind('/')));
+}
+
+std::string perform(std::string_view operation) {
+    if (::geteuid() != 0) throw kestrav::InstallError("Only root can do that: run it through pkexec or sudo.");
+    if (operation == "install") return kestrav::installHelper(ownFolder());
+    if (operation == "uninstall") return kestrav::uninstallHelper();
+    return kestrav::registerRight();
+}
+
+}  // namespace
+
+int main(int argc, char* argv[]) {
+    forgetInheritance();
+    const std::string_view operation = argc == 2 ? argv[1] : "";
+    if (operation != "install" && operation != "uninstall" && operation != "register-right") {
+        std::fputs(kUsage, stderr);
+        return 2;
+    }
+    try {
+        std::puts(perform(operation).c_str());
+        return 0;
+    } catch (const std::exception& error) {
+        // One sentence and nothing else: it is shown to the person as it stands.
+        std::fprintf(stderr, "%s\n", error.what());
+        return 1;
+    }
+}

@@ -1,0 +1,378 @@
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <map>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "tests/room/SystemRoom.h"
+#include "tests/room/runProgram.h"
+
+namespace kestrav {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+
+constexpr const char* kOwn = "/usr/libexec/kestrav";
+constexpr const char* kBless = "/usr/libexec/kestrav/kestrav-bless";
+constexpr const char* kSource = "/usr/libexec/kestrav/kestrav-helper";
+constexpr const char* kProgram = "/usr/local/libexec/com.corvatel.KestravHelper";
+constexpr const char* kPolicy = "/etc/dbus-1/system.d/com.corvatel.KestravHelper.conf";
+constexpr const char* kUnit = "/etc/systemd/system/com.corvatel.KestravHelper.service";
+constexpr const char* kRules = "/etc/udev/rules.d/60-kestrav.rules";
+constexpr const char* kActivation = "/usr/local/share/dbus-1/system-services/com.corvatel.KestravHelper.service";
+constexpr const char* kRight = "/usr/share/polkit-1/actions/com.corvitel.KestravHelper.policy";
+constexpr const char* kUnfinished = "/usr/local/libexec/.com.corvatel.KestravHelper.unfinished";
+
+std::string contents(const fs::path& path) {
+    std::ostringstream text;
+    text << std::ifstream(path).rdbuf();
+    return text.str();
+}
+
+void write(const fs::path& path, const std::string& text) {
+    std::ofstream(path) << text;
+}
+
+mode_t modeOf(const char* path) {
+    struct stat status {};
+    return ::lstat(path, &status) == 0 ? status.st_mode & 07777 : 0;
+}
+
+/// What a file is, so that any change of it shows.
+std::string identity(const fs::path& path) {
+    struct stat status {};
+    if (::lstat(path.c_str(), &status) != 0) return "none";
+    return std::to_string(status.st_ino) + " " + std::to_string(status.st_mode) + " " +
+           std::to_string(status.st_mtim.tv_sec) + "." + std::to_string(status.st_mtim.tv_nsec);
+}
+
+class Bless : public testing::Test {
+  protected:
+    void SetUp() override {
+        if (!SystemRoom::isPossible()) GTEST_SKIP() << "needs root";
+        room_.emplace();
+        fs::create_directory(kOwn);
+        fs::copy_file(KESTRAV_BLESS, kBless);
+        write(kSource, "the helper's program");
+    }
+
+    static ProgramRun bless(const std::string& operation, const ProgramOptions& options = {}) {
+        return runProgram({kBless, operation}, options);
+    }
+
+    static std::vector<fs::path> leftOver() {
+        std::vector<fs::path> found;
+        for (const char* folder : {"/etc/dbus-1/system.d", "/etc/systemd/system", "/etc/udev/rules.d",
+                                   "/usr/local/libexec", "/usr/local/share/dbus-1/system-services"}) {
+            if (!fs::exists(folder)) continue;
+            for (const auto& entry : fs::directory_iterator(folder)) {
+                if (entry.path().filename().string().starts_with(".com.corvatel") ||
+                    entry.path().filename().string().starts_with(".60-kestrav")) {
+                    found.push_back(entry.path());
+                }
+            }
+        }
+        return found;
+    }
+
+    std::optional<SystemRoom> room_;
+};
+
+struct InstalledFile {
+    const char* path;
+    mode_t mode;
+    const char* saying;
+};
+
+class BlessInstalls : public Bless, public testing::WithParamInterface<InstalledFile> {};
+
+TEST_P(BlessInstalls, AFileOfRootThatNobodyElseCanChange) {
+    const auto& [path, mode, saying] = GetParam();
+    const ProgramRun run = bless("install");
+    ASSERT_EQ(run.exitStatus, 0) << run.err;
+    struct stat status {};
+    ASSERT_EQ(::lstat(path, &status), 0);
+    EXPECT_TRUE(S_ISREG(status.st_mode));
+    EXPECT_EQ(status.st_mode & 07777, mode);
+    EXPECT_EQ(status.st_uid, 0U);
+    EXPECT_EQ(status.st_gid, 0U);
+    EXPECT_THAT(contents(path), HasSubstr(saying));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Files, BlessInstalls,
+    testing::Values(InstalledFile{kProgram, 0755, "the helper's program"},
+                    InstalledFile{kPolicy, 0644, "<allow own=\"com.corvatel.KestravHelper\"/>"},
+                    InstalledFile{kUnit, 0644, "Type=dbus\nBusName=com.corvatel.KestravHelper\n"},
+                    InstalledFile{kRules, 0644, "ATTRS{idVendor}==\"10d6\", ATTRS{idProduct}==\"fd01\""},
+                    InstalledFile{kActivation, 0644, "SystemdService=com.corvatel.KestravHelper.service"}));
+
+TEST_F(Bless, SaysInOneLineWhatItDid) {
+    const ProgramRun run = bless("install");
+    EXPECT_EQ(run.out, "The helper is installed.\n");
+    EXPECT_EQ(run.err, "");
+}
+
+TEST_F(Bless, LeavesNothingTemporaryBehind) {
+    ASSERT_EQ(bless("install").exitStatus, 0);
+    EXPECT_THAT(leftOver(), IsEmpty());
+}
+
+TEST_F(Bless, ChangesNothingTheSecondTime) {
+    ASSERT_EQ(bless("install").exitStatus, 0);
+    std::map<std::string, std::string> before;
+    for (const char* path : {kProgram, kPolicy, kUnit, kRules, kActivation})
+        before[path] = identity(path);
+    const ProgramRun again = bless("install");
+    EXPECT_EQ(again.exitStatus, 0);
+    EXPECT_EQ(again.out, "The helper is installed already.\n");
+    for (const auto& [path, was] : before)
+        EXPECT_EQ(identity(path), was) << path;
+}
+
+TEST_F(Bless, ExchangesAnotherProgram) {
+    ASSERT_EQ(bless("install").exitStatus, 0);
+    const std::string unit = identity(kUnit);
+    write(kSource, "a newer program");
+    EXPECT_EQ(bless("install").out, "The helper is installed.\n");
+    EXPECT_EQ(contents(kProgram), "a newer program");
+    EXPECT_EQ(identity(kUnit), unit) << "what was right already was written again";
+}
+
+struct Damage {
+    const char* what;
+    void (*done)();
+};
+
+class BlessRepairs : public Bless, public testing::WithParamInterface<Damage> {};
+
+TEST_P(BlessRepairs, WhatWasDamaged) {
+    ASSERT_EQ(bless("install").exitStatus, 0);
+    const std::string right = contents(kUnit);
+    GetParam().done();
+    ASSERT_EQ(bless("install").out, "The helper is installed.\n");
+    struct stat status {};
+    ASSERT_EQ(::lstat(kUnit, &status), 0);
+    EXPECT_TRUE(S_ISREG(status.st_mode));
+    EXPECT_EQ(status.st_mode & 07777, 0644U);
+    EXPECT_EQ(status.st_uid, 0U);
+    EXPECT_EQ(status.st_nlink, 1U);
+    EXPECT_EQ(contents(kUnit), right);
+}
+
+INSTANTIATE_TEST_SUITE_P(Ways, BlessRepairs,
+                         testing::Values(Damage{"removed", [] { fs::remove(kUnit); }},
+                                         Damage{"changed", [] { write(kUnit, "[Service]\n"); }},
+                                         Damage{"opened", [] { fs::permissions(kUnit, fs::perms(0666)); }},
+                                         Damage{"given away", [] { ASSERT_EQ(::chown(kUnit, 1234, 0), 0); }},
+                                         Damage{"named twice",
+                                                [] { fs::create_hard_link(kUnit, "/etc/systemd/system/second-name"); }},
+                                         Damage{"a link",
+                                                [] {
+                                                    fs::rename(kUnit, "/etc/unit-elsewhere");
+                                                    fs::create_symlink("/etc/unit-elsewhere", kUnit);
+                                                }},
+                                         Damage{"killed before the end",
+                                                [] {
+                                                    write(kUnfinished, "");
+                                                    ::chmod(kUnfinished, 0600);
+                                                }}),
+                         [](const auto& row) {
+                             std::string name = row.param.what;
+                             std::ranges::replace(name, ' ', '_');
+                             return name;
+                         });
+
+TEST_F(Bless, ReplacesALinkAndNotWhatItPointsTo) {
+    write("/etc/precious", "precious");
+    fs::create_directories("/etc/systemd/system");
+    fs::create_symlink("/etc/precious", kUnit);
+    ASSERT_EQ(bless("install").exitStatus, 0);
+    EXPECT_EQ(contents("/etc/precious"), "precious");
+}
+
+TEST_F(Bless, UninstallsEverything) {
+    ASSERT_EQ(bless("install").exitStatus, 0);
+    ASSERT_EQ(bless("register-right").exitStatus, 0);
+    EXPECT_EQ(bless("uninstall").out, "The helper is uninstalled.\n");
+    for (const char* path : {kProgram, kPolicy, kUnit, kRules, kActivation, kRight})
+        EXPECT_FALSE(fs::exists(path)) << path;
+    EXPECT_THAT(leftOver(), IsEmpty());
+    EXPECT_EQ(bless("uninstall").out, "The helper is not installed.\n");
+    EXPECT_EQ(bless("uninstall").exitStatus, 0);
+}
+
+TEST_F(Bless, RegistersTheRightForAdministratorsAlone) {
+    EXPECT_EQ(bless("register-right").out, "The right is registered.\n");
+    const std::string text = contents(kRight);
+    EXPECT_THAT(text, HasSubstr("<action id=\"com.corvitel.KestravHelper\">"));
+    EXPECT_THAT(text, HasSubstr("<message>Authorize disk access</message>"));
+    for (const char* who : {"any", "inactive", "active"}) {
+        EXPECT_THAT(text, HasSubstr(std::string("<allow_") + who + ">auth_admin</allow_" + who + ">"));
+    }
+    EXPECT_EQ(modeOf(kRight), 0644U);
+    EXPECT_EQ(bless("register-right").out, "The right is registered already.\n");
+}
+
+class BlessRefuses : public Bless, public testing::WithParamInterface<std::vector<std::string>> {};
+
+TEST_P(BlessRefuses, AnythingElse) {
+    std::vector<std::string> words{kBless};
+    words.insert(words.end(), GetParam().begin(), GetParam().end());
+    const ProgramRun run = runProgram(words);
+    EXPECT_EQ(run.exitStatus, 2);
+    EXPECT_THAT(run.err, StartsWith("Usage: kestrav-bless install | uninstall | register-right\n"));
+    EXPECT_FALSE(fs::exists(kProgram));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Arguments, BlessRefuses,
+    testing::Values(std::vector<std::string>{}, std::vector<std::string>{""}, std::vector<std::string>{"Install"},
+                    std::vector<std::string>{"install", "install"}, std::vector<std::string>{"install", "--root=/tmp"},
+                    std::vector<std::string>{"--root=/tmp", "install"}, std::vector<std::string>{"/etc/passwd"}));
+
+TEST_F(Bless, RefusesAnybodyButRoot) {
+    const ProgramRun run = bless("install", {.uid = 65534, .environment = {}, .input = {}});
+    EXPECT_EQ(run.exitStatus, 1);
+    EXPECT_EQ(run.err, "Only root can do that: run it through pkexec or sudo.\n");
+}
+
+struct Opened {
+    const char* folder;
+    uid_t owner;
+    mode_t mode;
+};
+
+class BlessDistrusts : public Bless, public testing::WithParamInterface<Opened> {};
+
+TEST_P(BlessDistrusts, AFolderThatOthersCanWriteTo) {
+    const auto& [folder, owner, mode] = GetParam();
+    fs::create_directories(folder);
+    ASSERT_EQ(::chown(folder, owner, 0), 0);
+    ASSERT_EQ(::chmod(folder, mode), 0);
+    const ProgramRun run = bless("install");
+    EXPECT_EQ(run.exitStatus, 1);
+    EXPECT_THAT(run.err, StartsWith(std::string("Refused: others than root can write to the folder ") + folder));
+    for (const char* path : {kProgram, kPolicy, kUnit, kRules, kActivation})
+        EXPECT_FALSE(fs::exists(path)) << path;
+    EXPECT_THAT(leftOver(), IsEmpty());
+}
+
+INSTANTIATE_TEST_SUITE_P(Folders, BlessDistrusts,
+                         testing::Values(Opened{"/usr/local/libexec", 0, 0777}, Opened{"/usr/local/libexec", 0, 0775},
+                                         Opened{"/usr/local/libexec", 1234, 0755}, Opened{"/usr/local", 0, 01777},
+                                         Opened{"/etc/systemd/system", 0, 0757}, Opened{"/etc/dbus-1", 0, 0770},
+                                         Opened{"/usr/local/share/dbus-1/system-services", 99, 0755},
+                                         Opened{"/etc/udev", 0, 0733}));
+
+TEST_F(Bless, DistrustsALinkOnTheWay) {
+    fs::create_directory("/etc/elsewhere");
+    fs::create_directory_symlink("/etc/elsewhere", "/usr/local/libexec");
+    const ProgramRun run = bless("install");
+    EXPECT_EQ(run.exitStatus, 1);
+    EXPECT_EQ(run.err, "Refused: /usr/local/libexec is not a folder but a link or a file.\n");
+    EXPECT_TRUE(fs::is_empty("/etc/elsewhere"));
+}
+
+TEST_F(Bless, DistrustsAProgramThatOthersCanChange) {
+    ASSERT_EQ(::chmod(kSource, 0775), 0);
+    const ProgramRun run = bless("install");
+    EXPECT_EQ(run.err, "Refused: others than root can change /usr/libexec/kestrav/kestrav-helper.\n");
+    EXPECT_FALSE(fs::exists(kProgram));
+}
+
+TEST_F(Bless, DistrustsItsOwnFolderWhenOthersCanWriteToIt) {
+    ASSERT_EQ(::chmod(kOwn, 0777), 0);
+    EXPECT_THAT(bless("install").err,
+                StartsWith("Refused: others than root can write to the folder /usr/libexec/kestrav"));
+    EXPECT_FALSE(fs::exists(kProgram));
+}
+
+TEST_F(Bless, DoesNotWaitForAPipeInTheProgramsPlace) {
+    fs::remove(kSource);
+    ASSERT_EQ(::mkfifo(kSource, 0644), 0);
+    const ProgramRun run = bless("install");
+    EXPECT_EQ(run.exitStatus, 1);
+    EXPECT_THAT(run.err, StartsWith("Refused: "));
+}
+
+TEST_F(Bless, NeverExitsLikePkexecDoes) {
+    fs::remove(kSource);
+    const ProgramRun run = bless("install");
+    EXPECT_EQ(run.exitStatus, 1);
+    EXPECT_EQ(run.err, "The file /usr/libexec/kestrav/kestrav-helper can't be opened: No such file or directory.\n");
+}
+
+TEST_F(Bless, TrustsNoEnvironment) {
+    const ProgramRun run = bless("install", {.uid = 0,
+                                             .environment = {"PATH=/tmp", "LD_LIBRARY_PATH=/tmp", "TMPDIR=/nonexistent",
+                                                             "DBUS_SYSTEM_BUS_ADDRESS=unix:path=/nonexistent",
+                                                             "HOME=/nonexistent", "LC_ALL=de_DE"},
+                                             .input = {}});
+    EXPECT_EQ(run.exitStatus, 0) << run.err;
+    EXPECT_EQ(modeOf(kProgram), 0755U);
+}
+
+TEST_F(Bless, GivesTheSameAccessUnderAnyUmask) {
+    const mode_t before = ::umask(0);
+    const ProgramRun run = bless("install");
+    ::umask(077);
+    write(kSource, "another");
+    const ProgramRun second = bless("install");
+    ::umask(before);
+    EXPECT_EQ(run.exitStatus, 0);
+    EXPECT_EQ(second.exitStatus, 0);
+    EXPECT_EQ(modeOf(kProgram), 0755U);
+    EXPECT_EQ(modeOf("/usr/local/libexec"), 0755U);
+    EXPECT_EQ(modeOf("/usr/local/share/dbus-1/system-services"), 0755U);
+}
+
+TEST_F(Bless, ExchangesNothingWhenThereIsNoRoomForAll) {
+    ASSERT_EQ(bless("install").exitStatus, 0);
+    write(kSource, std::string(200'000, 'x'));
+    fs::remove(kActivation);
+    rlimit before{};
+    ::getrlimit(RLIMIT_FSIZE, &before);
+    const rlimit small{100'000, before.rlim_max};
+    ::setrlimit(RLIMIT_FSIZE, &small);
+    const ProgramRun run = bless("install");
+    ::setrlimit(RLIMIT_FSIZE, &before);
+    EXPECT_EQ(run.exitStatus, 1);
+    EXPECT_EQ(run.err, std::string("The file ") + kProgram + " can't be written: File too large.\n");
+    EXPECT_EQ(contents(kProgram), "the helper's program");
+    EXPECT_FALSE(fs::exists(kActivation));
+}
+
+TEST_F(Bless, InstallsOnceWhenAskedByTenAtOnce) {
+    std::vector<pid_t> children;
+    for (int i = 0; i < 10; ++i) {
+        const pid_t child = ::fork();
+        if (child == 0) ::_exit(bless("install").exitStatus);
+        children.push_back(child);
+    }
+    for (const pid_t child : children) {
+        int status = -1;
+        ::waitpid(child, &status, 0);
+        EXPECT_EQ(status, 0);
+    }
+    EXPECT_EQ(contents(kProgram), "the helper's program");
+    EXPECT_THAT(leftOver(), IsEmpty());
+}
+
+}  // namespace
+}  // namespace kestrav
