@@ -6,7 +6,7 @@
 #include <unistd.h>
 
 #include "base/SystemLog.h"
-#include "cli/ImageFile.h"
+#include "cli/OrdinaryFile.h"
 #include "cli/OutputFile.h"
 #include "device/KestravDevice.h"
 #include "json/Writer.h"
@@ -96,9 +96,9 @@ class Performer {
     }
 
     ExitCode operator()(const UpdateInvocation& update) const {
-        const auto opened = ImageFile::open(update.file);
+        const auto opened = OrdinaryFile::open(update.file);
         if (const auto* sentence = std::get_if<std::string>(&opened)) return refuse(console_, *sentence);
-        const auto& image = std::get<ImageFile>(opened);
+        const auto& image = std::get<OrdinaryFile>(opened);
         const bool firmware = update.kind == ImageKind::firmware;
         const bool handedOver = firmware ? device_.firmwareUpdate(image.path()) : device_.iconUpdate(image.path());
         if (!handedOver || !update.verify) return codeOf(handedOver);
@@ -106,9 +106,9 @@ class Performer {
     }
 
     ExitCode operator()(const PushInvocation& push) const {
-        const auto opened = ImageFile::open(push.file);
+        const auto opened = OrdinaryFile::open(push.file);
         if (const auto* sentence = std::get_if<std::string>(&opened)) return refuse(console_, *sentence);
-        return codeOf(device_.pushDevice(push.firstBlock, std::get<ImageFile>(opened).path()));
+        return codeOf(device_.pushDevice(push.firstBlock, std::get<OrdinaryFile>(opened).path()));
     }
 
     ExitCode operator()(const PullInvocation& pull) const {
@@ -132,9 +132,9 @@ class Performer {
     }
 
     ExitCode operator()(const WriteInvocation& write) const {
-        const auto opened = ImageFile::open(write.file);
+        const auto opened = OrdinaryFile::open(write.file);
         if (const auto* sentence = std::get_if<std::string>(&opened)) return refuse(console_, *sentence);
-        const auto& file = std::get<ImageFile>(opened);
+        const auto& file = std::get<OrdinaryFile>(opened);
         if (file.size() > kLargestWrite) {
             return refuse(console_, file.path() +
                                         " is larger than the 2147479552 bytes that one write can carry. "
@@ -146,7 +146,7 @@ class Performer {
     }
 
   private:
-    ExitCode verify(const ImageFile& image, std::int64_t areaOffset) const {
+    ExitCode verify(const OrdinaryFile& image, std::int64_t areaOffset) const {
         for (std::int64_t done = 0; done < image.size(); done += kVerifyPiece) {
             const std::vector<std::byte> wanted = image.read(done, kVerifyPiece);
             const std::vector<std::byte> found =

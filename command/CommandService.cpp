@@ -44,8 +44,8 @@ void logReply(SystemLog& log, const std::vector<std::byte>& reply) {
 
 void appendEscaped(std::string& shown, char c) {
     constexpr std::string_view digits = "0123456789ABCDEF";
-    constexpr std::string_view special("\"\\\t\n\r\0", 6);
-    constexpr std::string_view letters = "\"\\tnr0";
+    constexpr std::string_view special("\"'\\\t\n\r\0", 7);
+    constexpr std::string_view letters = "\"'\\tnr0";
     const auto byte = static_cast<unsigned char>(c);
     if (const std::size_t at = special.find(c); at != std::string_view::npos) {
         shown += {'\\', letters[at]};

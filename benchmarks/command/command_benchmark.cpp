@@ -84,7 +84,7 @@ class CountingLog final : public kestrav::SystemLog {
 void bareCalls(benchmark::State& state, std::uint16_t port) {
     const sockaddr_in peer = loopback(port);
     std::array<char, 10240> reply{};
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
         if (::connect(fd, reinterpret_cast<const sockaddr*>(&peer), sizeof peer) != 0 ||
             ::write(fd, request.data(), request.size()) < 0 || ::read(fd, reply.data(), reply.size()) != 4)
@@ -97,7 +97,7 @@ void runWithCommand(benchmark::State& state, std::uint16_t port) {
     const std::vector<std::string> arguments{"if=/tmp/image", "of=/dev/rdisk2", "seek=1536", "bs=512"};
     CountingLog log;
     kestrav::CommandService service(log, {.port = port});
-    for (auto _ : state)
+    while (state.KeepRunning())
         service.runWithCommand("dd", arguments);
     if (log.replies != static_cast<std::int64_t>(state.iterations())) state.SkipWithError("no answer");
 }

@@ -18,7 +18,7 @@ constexpr std::size_t kIconOffset = 2048 * 512;
 constexpr std::uintmax_t kPiece = 64 << 20;
 
 /// kestravctl without its process: an engine on fakes, a folder of its own, and both streams in memory.
-class Commands : public ::testing::Test {
+class Commands : public testing::Test {
   protected:
     void SetUp() override {
         std::string pattern = fs::temp_directory_path() / "kestrav-commands.XXXXXX";
@@ -50,7 +50,7 @@ class Commands : public ::testing::Test {
 
     bool complained(std::string_view words) const { return err.str().find(words) != std::string::npos; }
 
-    testing::LoopbackService service;
+    LoopbackService service;
     EngineOnFakes on{service.port()};
     std::ostringstream out;
     std::ostringstream err;

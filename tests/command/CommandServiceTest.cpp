@@ -22,7 +22,6 @@
 namespace kestrav {
 namespace {
 
-using namespace kestrav::testing;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::KilledBySignal;

@@ -13,7 +13,6 @@
 namespace kestrav {
 namespace {
 
-using namespace kestrav::testing;
 using ::testing::ElementsAre;
 using ::testing::SizeIs;
 using ::testing::StartsWith;

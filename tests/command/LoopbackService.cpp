@@ -10,7 +10,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace kestrav::testing {
+namespace kestrav {
 namespace {
 
 /// Notices the end of the first JSON object in a stream of bytes.
@@ -201,4 +201,4 @@ void LoopbackService::record(const std::string& request) {
     recorded_.notify_all();
 }
 
-}  // namespace kestrav::testing
+}  // namespace kestrav

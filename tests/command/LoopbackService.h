@@ -13,7 +13,7 @@
 
 #include "base/UniqueFd.h"
 
-namespace kestrav::testing {
+namespace kestrav {
 
 /// One connection as a behaviour sees it. Waits end early when the service is being destroyed.
 class LoopbackConnection {
@@ -92,4 +92,4 @@ class LoopbackService {
     std::thread acceptor_;
 };
 
-}  // namespace kestrav::testing
+}  // namespace kestrav

@@ -8,7 +8,7 @@
 
 #include "tests/command/LoopbackService.h"
 
-namespace kestrav::testing {
+namespace kestrav {
 namespace {
 
 using ::testing::ElementsAre;
@@ -58,4 +58,4 @@ TEST(LoopbackService, EndsWhileAConnectionIsWaiting) {
 }
 
 }  // namespace
-}  // namespace kestrav::testing
+}  // namespace kestrav

@@ -7,7 +7,7 @@
 
 #include "base/SystemLog.h"
 
-namespace kestrav::testing {
+namespace kestrav {
 
 /// A system log that keeps its entries. May be written to from several threads.
 class RecordedLog final : public SystemLog {
@@ -26,4 +26,4 @@ class RecordedLog final : public SystemLog {
     std::vector<std::string> entries_;
 };
 
-}  // namespace kestrav::testing
+}  // namespace kestrav

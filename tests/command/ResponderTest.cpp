@@ -20,7 +20,7 @@ struct Line {
 class RunResponderWithResp : public ::testing::TestWithParam<Line> {};
 
 TEST_P(RunResponderWithResp, LogsTheDebugForm) {
-    kestrav::testing::RecordedLog log;
+    kestrav::RecordedLog log;
     CommandService(log).runResponderWithResp(GetParam().response);
     EXPECT_THAT(log.entries(), ElementsAre(GetParam().logged));
 }
@@ -34,7 +34,7 @@ INSTANTIATE_TEST_SUITE_P(Responses, RunResponderWithResp,
                                            Line{"1\t2\n3\r", R"(Response: Optional("1\t2\n3\r"))"},
                                            Line{std::string_view("\0", 1), R"(Response: Optional("\0"))"},
                                            Line{"\x01\x1b[2J\x7f", R"(Response: Optional("\u{01}\u{1B}[2J\u{7F}"))"},
-                                           Line{"it's größe 100 %s", R"(Response: Optional("it's größe 100 %s"))"}));
+                                           Line{"it's größe 100 %s", R"(Response: Optional("it\'s größe 100 %s"))"}));
 
 }  // namespace
 }  // namespace kestrav

@@ -40,7 +40,7 @@ class Update : public ::testing::Test {
     }
 
     TemporaryFolder folder_;
-    testing::LoopbackService service_;
+    LoopbackService service_;
     EngineOnFakes on_{service_.port()};
 };
 
@@ -137,7 +137,7 @@ TEST_P(EitherUpdate, NamesTheDiskNilForADeviceWithoutOne) {
 }
 
 TEST_P(EitherUpdate, LearnsNothingOfAServiceThatFails) {
-    service_.setBehaviour(testing::closesAtOnce());
+    service_.setBehaviour(closesAtOnce());
     const std::string path = imageOf("fff");
     on_.plugIn("disk2");
     EXPECT_TRUE(update(path));

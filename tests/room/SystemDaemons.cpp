@@ -1,6 +1,7 @@
 #include "tests/room/SystemDaemons.h"
 
 #include <chrono>
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -73,6 +74,10 @@ void SystemDaemons::killBus() {
 void SystemDaemons::startPolkitd() {
     polkitd_ = ChildProcess::start({"/usr/lib/polkit-1/polkitd", "--no-debug"});
     waitUntil("polkitd", polkitHasItsName);
+}
+
+void SystemDaemons::stopPolkitd() const {
+    ::kill(polkitd_.pid(), SIGSTOP);
 }
 
 void SystemDaemons::addRule(const std::string& javascript) {

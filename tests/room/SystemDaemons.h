@@ -13,6 +13,8 @@ class SystemDaemons {
     void killBus();
     void startPolkitd();
     void killPolkitd() { polkitd_.end(); }
+    /// Keeps its name on the bus and answers nobody any more.
+    void stopPolkitd() const;
 
     /// A rule of the administrator's, in polkit's JavaScript. Before polkitd is started.
     static void addRule(const std::string& javascript);

@@ -9,7 +9,6 @@
 namespace kestrav {
 namespace {
 
-using namespace kestrav::testing;
 
 constexpr std::int32_t longest = std::numeric_limits<std::int32_t>::max();
 

@@ -58,7 +58,6 @@ ssize_t __wrap_send(int fd, const void* bytes, std::size_t length, int flags) {
 namespace kestrav {
 namespace {
 
-using namespace kestrav::testing;
 
 class Faulty : public ::testing::Test {
   protected:

@@ -12,7 +12,6 @@
 namespace kestrav {
 namespace {
 
-using namespace kestrav::testing;
 
 constexpr std::chrono::milliseconds aWhile(300);
 

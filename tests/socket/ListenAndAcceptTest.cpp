@@ -11,7 +11,6 @@
 namespace kestrav {
 namespace {
 
-using namespace kestrav::testing;
 
 TEST(TcpListen, ListensOnTheAddress) {
     const UniqueFd fd(tcp_listen("127.0.0.1", 0));

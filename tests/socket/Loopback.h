@@ -18,7 +18,7 @@
 
 #include "base/UniqueFd.h"
 
-namespace kestrav::testing {
+namespace kestrav {
 
 using Clock = std::chrono::steady_clock;
 
@@ -143,4 +143,4 @@ class DescriptorsTaken {
     std::vector<UniqueFd> taken_;
 };
 
-}  // namespace kestrav::testing
+}  // namespace kestrav

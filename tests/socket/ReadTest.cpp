@@ -12,7 +12,6 @@
 namespace kestrav {
 namespace {
 
-using namespace kestrav::testing;
 
 std::thread later(int fd, const char* text) {
     return std::thread([fd, text] {

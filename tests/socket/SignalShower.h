@@ -6,7 +6,7 @@
 #include <pthread.h>
 #include <thread>
 
-namespace kestrav::testing {
+namespace kestrav {
 
 /// Interrupts the thread that made it every few milliseconds with a signal whose handler is installed without
 /// SA_RESTART, so that each blocking call of that thread fails with EINTR again and again.
@@ -45,4 +45,4 @@ class SignalShower {
     std::thread showering_;
 };
 
-}  // namespace kestrav::testing
+}  // namespace kestrav

@@ -17,7 +17,7 @@ struct Mode {
 class SocketSetBlocking : public ::testing::TestWithParam<Mode> {};
 
 TEST_P(SocketSetBlocking, ChangesOneFlagAndKeepsTheOthers) {
-    const UniqueFd fd = kestrav::testing::boundSocket(SOCK_STREAM);
+    const UniqueFd fd = kestrav::boundSocket(SOCK_STREAM);
     const int other = O_RDWR | O_ASYNC;
     ASSERT_EQ(::fcntl(fd.get(), F_SETFL, other | GetParam().before), 0);
     socket_set_blocking(fd.get(), GetParam().on);

@@ -13,7 +13,6 @@
 namespace kestrav {
 namespace {
 
-using namespace kestrav::testing;
 using ::testing::KilledBySignal;
 
 constexpr std::int64_t tooLarge = std::int64_t{1} << 31;

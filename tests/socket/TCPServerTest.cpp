@@ -7,7 +7,6 @@
 namespace kestrav {
 namespace {
 
-using namespace kestrav::testing;
 
 TEST(TCPServer, StartsClosedAndAcceptsNothing) {
     TCPServer server("127.0.0.1", 9090);

@@ -12,7 +12,6 @@
 namespace kestrav {
 namespace {
 
-using namespace kestrav::testing;
 using ::testing::KilledBySignal;
 
 template <typename Action>

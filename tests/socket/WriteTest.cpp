@@ -13,7 +13,6 @@
 namespace kestrav {
 namespace {
 
-using namespace kestrav::testing;
 
 bool sigpipeIsPending() {
     sigset_t pending;

@@ -28,7 +28,7 @@ class EngineOnRealParts : public ::testing::Test {
     UdevDeviceRegistry registry_;
     FakeVolumes volumes_;
     PosixDiskCalls disks_;
-    testing::LoopbackService service_;
+    LoopbackService service_;
     LogEntries entries_;
     CommandService commands_{entries_, {.port = service_.port()}};
     std::shared_ptr<LogLines> log_ = std::make_shared<LogLines>();

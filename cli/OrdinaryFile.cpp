@@ -1,4 +1,4 @@
-#include "cli/ImageFile.h"
+#include "cli/OrdinaryFile.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -28,7 +28,7 @@ std::string cannotBeRead(const std::string& path, int error) {
 
 }  // namespace
 
-std::variant<ImageFile, std::string> ImageFile::open(const std::string& path) {
+std::variant<OrdinaryFile, std::string> OrdinaryFile::open(const std::string& path) {
     if (!isValidUTF8(path)) {
         return "The file's name is not valid UTF-8, so it can't be sent to the command service. Rename the file.";
     }
@@ -45,10 +45,10 @@ std::variant<ImageFile, std::string> ImageFile::open(const std::string& path) {
     const std::string absolute = std::filesystem::absolute(path, failed);
     if (failed)
         return path + " has no absolute path: the current folder can't be told. Change to a folder that exists.";
-    return ImageFile(std::move(fd), absolute, status.st_size);
+    return OrdinaryFile(std::move(fd), absolute, status.st_size);
 }
 
-std::vector<std::byte> ImageFile::read(std::int64_t offset, std::int64_t length) const {
+std::vector<std::byte> OrdinaryFile::read(std::int64_t offset, std::int64_t length) const {
     std::vector<std::byte> bytes(static_cast<std::size_t>(std::max<std::int64_t>(0, std::min(length, size_ - offset))));
     std::size_t done = 0;
     while (done < bytes.size()) {
