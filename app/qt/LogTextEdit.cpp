@@ -2,7 +2,6 @@
 
 #include <QContextMenuEvent>
 #include <QFileDialog>
-#include <QFontDatabase>
 #include <QMenu>
 #include <QMessageBox>
 #include <QMimeData>
@@ -38,7 +37,6 @@ LogTextEdit::LogTextEdit(QWidget* parent) : QPlainTextEdit(parent) {
     setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     setUndoRedoEnabled(false);
     setTabChangesFocus(true);
-    setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     const auto* save = new QShortcut(QKeySequence::Save, this, nullptr, nullptr, Qt::WidgetShortcut);
     connect(save, &QShortcut::activated, this, &LogTextEdit::saveAs);
 }

@@ -7,9 +7,11 @@
 #include <QIcon>
 #include <QPushButton>
 #include <QShortcut>
+#include <QTimer>
 #include <QVBoxLayout>
 #include <exception>
 #include <thread>
+#include <utility>
 
 #include "app/LogBox.h"
 #include "app/ViewController.h"
@@ -22,26 +24,14 @@
 
 namespace kestrav {
 
-MainWindow::MainWindow()
-    : firmwareButton_(makeButton("firmwareBtn", tr("Update &Firmware…"),
-                                 tr("Choose a firmware image, an fds file, and write it to the accessory"))),
-      iconButton_(makeButton("iconBtn", tr("Update &Icon…"),
-                             tr("Choose an icon image, a fif file, and write it to the accessory"))),
-      log_(new LogTextEdit(this)),
-      progress_(new ActivityBar(this)),
-      statusLine_(new StatusLine(this)),
-      folder_(QDir::homePath()),
-      logBoxOutlet_(std::make_shared<LogBox>()),
-      logTextOutlet_(std::make_shared<LogTextOutlet>(*log_)),
-      firmwareOutlet_(std::make_shared<PushButtonOutlet>(*firmwareButton_)),
-      iconOutlet_(std::make_shared<PushButtonOutlet>(*iconButton_)),
-      indicatorOutlet_(std::make_shared<ActivityBarOutlet>(*progress_)) {
+MainWindow::MainWindow() : folder_(QDir::homePath()) {
     setWindowTitle(tr("Kestrav"));
-    log_->setAccessibleName(tr("Log"));
-    log_->setAccessibleDescription(tr("What was done, one line a step"));
-    statusLine_->setAccessibleName(tr("System message"));
-    statusLine_->setAccessibleDescription(tr("The newest line that went to the system log"));
-    progress_->setAccessibleName(tr("Update in progress"));
+    resize(480, 270);
+    // The window manager takes as long to bring the window up as the toolkit to load its fonts. Asked first, it does so
+    // while the parts are made; nothing is painted before the event loop runs.
+    show();
+    makeParts();
+    makeOutlets();
     layOut();
     for (const auto key : {QKeySequence::Quit, QKeySequence::Close}) {
         connect(new QShortcut(key, this), &QShortcut::activated, this, &QWidget::close);
@@ -49,6 +39,30 @@ MainWindow::MainWindow()
 }
 
 MainWindow::~MainWindow() = default;
+
+void MainWindow::makeParts() {
+    firmwareButton_ = makeButton("firmwareBtn", tr("Update &Firmware…"),
+                                 tr("Choose a firmware image, an fds file, and write it to the accessory"));
+    iconButton_ = makeButton("iconBtn", tr("Update &Icon…"),
+                             tr("Choose an icon image, a fif file, and write it to the accessory"));
+    log_ = new LogTextEdit(this);
+    log_->setAccessibleName(tr("Log"));
+    log_->setAccessibleDescription(tr("What was done, one line a step"));
+    progress_ = new ActivityBar(this);
+    progress_->setAccessibleName(tr("Update in progress"));
+    progress_->hide();
+    statusLine_ = new StatusLine(this);
+    statusLine_->setAccessibleName(tr("System message"));
+    statusLine_->setAccessibleDescription(tr("The newest line that went to the system log"));
+}
+
+void MainWindow::makeOutlets() {
+    logBoxOutlet_ = std::make_shared<LogBox>();
+    logTextOutlet_ = std::make_shared<LogTextOutlet>(*log_);
+    firmwareOutlet_ = std::make_shared<PushButtonOutlet>(*firmwareButton_);
+    iconOutlet_ = std::make_shared<PushButtonOutlet>(*iconButton_);
+    indicatorOutlet_ = std::make_shared<ActivityBarOutlet>(*progress_);
+}
 
 QPushButton* MainWindow::makeButton(const QString& name, const QString& text, const QString& description) {
     auto* button = new QPushButton(text, this);
@@ -62,8 +76,6 @@ QPushButton* MainWindow::makeButton(const QString& name, const QString& text, co
 }
 
 void MainWindow::layOut() {
-    progress_->hide();
-
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(firmwareButton_);
     buttons->addWidget(iconButton_);
@@ -74,6 +86,7 @@ void MainWindow::layOut() {
     all->addWidget(progress_);
     all->addWidget(statusLine_);
     setCentralWidget(content);
+    content->show();
     firmwareButton_->setFocus();
 }
 
@@ -115,6 +128,11 @@ void MainWindow::whileBusy(const std::function<void()>& task) {
     loop.exec();
     worker.join();
     if (failure) std::rethrow_exception(failure);
+}
+
+void MainWindow::paintEvent(QPaintEvent* event) {
+    QMainWindow::paintEvent(event);
+    if (onceVisible_) QTimer::singleShot(0, this, std::exchange(onceVisible_, nullptr));
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {

@@ -23,6 +23,7 @@ class ViewController;
 /// The only window: two buttons, the log, the indicator and the newest line of the system log.
 class MainWindow final : public QMainWindow, public MainView {
   public:
+    /// Brings the window up.
     MainWindow();
     ~MainWindow() override;
 
@@ -30,6 +31,9 @@ class MainWindow final : public QMainWindow, public MainView {
     void connectTo(ViewController& controller);
     /// Asked when the person wants to close the window, which stays open on false.
     void setMayClose(std::function<bool()> mayClose) { mayClose_ = std::move(mayClose); }
+
+    /// Called once, from the event loop, when the person can see the window.
+    void setOnceVisible(std::function<void()> onceVisible) { onceVisible_ = std::move(onceVisible); }
 
     StatusLine& statusLine() { return *statusLine_; }
 
@@ -40,17 +44,21 @@ class MainWindow final : public QMainWindow, public MainView {
 
   protected:
     void closeEvent(QCloseEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
 
   private:
     QPushButton* makeButton(const QString& name, const QString& text, const QString& description);
+    void makeParts();
+    void makeOutlets();
     void layOut();
 
-    QPushButton* firmwareButton_;
-    QPushButton* iconButton_;
-    LogTextEdit* log_;
-    ActivityBar* progress_;
-    StatusLine* statusLine_;
+    QPushButton* firmwareButton_ = nullptr;
+    QPushButton* iconButton_ = nullptr;
+    LogTextEdit* log_ = nullptr;
+    ActivityBar* progress_ = nullptr;
+    StatusLine* statusLine_ = nullptr;
     QString folder_;
+    std::function<void()> onceVisible_;
     std::function<bool()> mayClose_ = [] { return true; };
 
     std::shared_ptr<LogBox> logBoxOutlet_;

@@ -2,9 +2,10 @@
 #include <QIcon>
 #include <QLibraryInfo>
 #include <QStandardPaths>
-#include <QTimer>
 #include <QTranslator>
+#include <fontconfig/fontconfig.h>
 #include <optional>
+#include <thread>
 
 #include "app/AppDelegate.h"
 #include "app/ViewController.h"
@@ -29,11 +30,7 @@ namespace {
 void introduce(QApplication& application) {
     QCoreApplication::setApplicationName(QStringLiteral("kestrav"));
     QGuiApplication::setDesktopFileName(QStringLiteral("com.corvatel.Kestrav"));
-    QIcon icon;
-    for (const int size : {48, 128}) {
-        icon.addFile(QStringLiteral(":/kestrav-%1.png").arg(size));
-    }
-    QGuiApplication::setWindowIcon(icon);
+    QGuiApplication::setWindowIcon(QIcon(QStringLiteral(":/kestrav-64.png")));
     QGuiApplication::setLayoutDirection(QLocale().textDirection());
     // The dialogs' own texts.
     auto* translator = new QTranslator(&application);
@@ -69,8 +66,7 @@ int run(QApplication& application) {
     QGuiApplication::setQuitOnLastWindowClosed(delegate.applicationShouldTerminateAfterLastWindowClosed());
     QObject::connect(&application, &QCoreApplication::aboutToQuit, [&] { delegate.applicationWillTerminate(); });
 
-    window.show();
-    QTimer::singleShot(0, &window, [&] { delegate.applicationDidFinishLaunching(); });
+    window.setOnceVisible([&] { delegate.applicationDidFinishLaunching(); });
     const int status = QApplication::exec();
     controller->driver()->setParent(nullptr);
     return status;
@@ -80,8 +76,12 @@ int run(QApplication& application) {
 }  // namespace kestrav
 
 int main(int argc, char* argv[]) {
+    // Reading the fonts' configuration is a third of the work until the window is there, and needs nothing of the
+    // toolkit: it is done while the toolkit waits for the display.
+    std::thread fonts([] { FcInit(); });
     std::optional<kestrav::DisplayCheck> check(std::in_place);
     QApplication application(argc, argv);
     check.reset();
+    fonts.join();
     return kestrav::run(application);
 }

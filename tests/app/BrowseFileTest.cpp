@@ -61,7 +61,7 @@ class BrowseFile : public ::testing::TestWithParam<Way> {
     }
 
     TemporaryFolder folder_;
-    kestrav::testing::LoopbackService service_;
+    LoopbackService service_;
     ControllerOnFakes its_{service_.port()};
 };
 

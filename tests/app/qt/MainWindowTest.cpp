@@ -36,7 +36,6 @@ class Window : public ::testing::Test {
     Window() {
         window_.connectTo(*controller_);
         controller_->viewDidLoad();
-        window_.show();
     }
     ~Window() override { controller_->driver()->setParent(nullptr); }
 
@@ -57,7 +56,7 @@ class Window : public ::testing::Test {
     FakeDisks disks_;
     RecordingLog systemLog_;
     StatusLineLog log_{systemLog_, window_.statusLine()};
-    kestrav::testing::LoopbackService service_;
+    LoopbackService service_;
     CommandService commands_{log_, {.port = service_.port()}};
     FakeAuthorization authorization_;
     HelperInstallation installation_{authorization_, log_};
@@ -104,6 +103,17 @@ TEST_F(Window, ClosesOnlyWhenItMay) {
     EXPECT_TRUE(window_.isVisible());
     may = true;
     EXPECT_TRUE(window_.close());
+}
+
+TEST_F(Window, SaysOnceThatItCanBeSeen) {
+    int seen = 0;
+    MainWindow other;
+    other.setOnceVisible([&] { ++seen; });
+    EXPECT_EQ(seen, 0);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return seen > 0; }));
+    other.repaint();
+    QTest::qWait(20);
+    EXPECT_EQ(seen, 1);
 }
 
 TEST_F(Window, RunsABusyTaskOnAnotherThreadAndComesBackWhenItIsDone) {

@@ -116,4 +116,4 @@ class Looks(DesktopTest):
         window = self.xdotool("search", "--onlyvisible", "--name", "^Kestrav$").split()[-1]
         properties = run("xprop", "-id", window, "WM_CLASS", "_NET_WM_ICON", "WM_NAME", env=self.environment)
         self.assertIn('WM_CLASS(STRING) = "kestrav", "kestrav"', properties)
-        self.assertIn("Icon (48 x 48)", properties)
+        self.assertIn("Icon (64 x 64)", properties)
