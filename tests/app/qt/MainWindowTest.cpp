@@ -5,6 +5,7 @@
 #include <QTest>
 #include <QThread>
 #include <QTimer>
+#include <atomic>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <stdexcept>
@@ -199,6 +200,33 @@ TEST_F(Window, ShowsEachLineBeforeTheTaskGoesOn) {
         }
     });
     EXPECT_EQ(seen, (std::vector<std::string>{"a\n", "a\nb\n"}));
+}
+
+/// Counts how often a widget was painted.
+class PaintCounter final : public QObject {
+  public:
+    explicit PaintCounter(QWidget& widget) { widget.installEventFilter(this); }
+    std::atomic<int> count = 0;
+
+  protected:
+    bool eventFilter(QObject* /*receiver*/, QEvent* event) override {
+        if (event->type() == QEvent::Paint) ++count;
+        return false;
+    }
+};
+
+TEST_F(Window, PaintsEachLineBeforeTheTaskGoesOn) {
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window_));
+    PaintCounter counter(*logEdit().viewport());
+    std::vector<bool> painted;
+    window_.whileBusy([&] {
+        for (int line = 0; line < 20; ++line) {
+            const int before = counter.count;
+            controller_->log("line");
+            painted.push_back(counter.count > before);
+        }
+    });
+    EXPECT_EQ(painted, std::vector<bool>(20, true));
 }
 
 TEST_F(Window, StopsTakingLinesWhenTheLogIsGone) {
