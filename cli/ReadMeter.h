@@ -1,0 +1,33 @@
+#pragma once
+
+#include "device/DiskCalls.h"
+
+namespace kestrav {
+
+/// The disk calls of another object, with a look at how much the last read moved: the engine counts a read that ends
+/// early as a success and fills the rest with zeros, which must not pass for bytes of the disk.
+class ReadMeter final : public DiskCalls {
+  public:
+    /// `disks` is not owned and outlives this object.
+    explicit ReadMeter(DiskCalls& disks) : disks_(disks) {}
+
+    /// Bytes that the last read gave; negative when it failed, 0 when there was none yet.
+    std::int64_t lastRead() const noexcept { return lastRead_; }
+
+    int open(const std::string& path, DiskAccess access) override { return disks_.open(path, access); }
+    void close(int descriptor) override { disks_.close(descriptor); }
+    std::int64_t pread(int descriptor, std::span<std::byte> buffer, std::int64_t offset) override {
+        lastRead_ = disks_.pread(descriptor, buffer, offset);
+        return lastRead_;
+    }
+    std::int64_t pwrite(int descriptor, std::span<const std::byte> data, std::int64_t offset) override {
+        return disks_.pwrite(descriptor, data, offset);
+    }
+    void unmount(const std::string& path) override { disks_.unmount(path); }
+
+  private:
+    DiskCalls& disks_;
+    std::int64_t lastRead_ = 0;
+};
+
+}  // namespace kestrav
