@@ -9,7 +9,7 @@
 #include "base/utf8.h"
 #include "cli/OrdinaryFile.h"
 #include "cli/OutputFile.h"
-#include "cli/ReadMeter.h"
+#include "cli/TransferMeter.h"
 #include "device/KestravDevice.h"
 #include "device/imageSize.h"
 #include "json/Writer.h"
@@ -47,6 +47,11 @@ std::string cannotBeReadToItsEnd(const OrdinaryFile& file) {
     return file.path() + " can't be read to its end. Copy it to a sound disk and try again.";
 }
 
+std::string partly(std::int64_t done, std::int64_t wanted, std::string_view what) {
+    return "Only " + std::to_string(done) + " of " + std::to_string(wanted) + " bytes could be " + std::string(what) +
+           ".";
+}
+
 void printJson(const Console& console, const Tree& tree) {
     console.out << dataWithJSONObject(tree) << std::endl;
 }
@@ -69,7 +74,7 @@ void printDevice(const Console& console, const DeviceObject& device, bool json) 
 /// Carries out one kind of invocation after the other; one object serves one call.
 class Performer {
   public:
-    Performer(KestravDevice& device, const ReadMeter& meter, const Console& console)
+    Performer(KestravDevice& device, const TransferMeter& meter, const Console& console)
         : device_(device),
           meter_(meter),
           console_(console) {}
@@ -138,8 +143,7 @@ class Performer {
             return ExitCode::failure;
         }
         if (meter_.lastRead() < read.length) {
-            complain(console_, "Only " + std::to_string(meter_.lastRead()) + " of " + std::to_string(read.length) +
-                                   " bytes could be read.");
+            complain(console_, partly(meter_.lastRead(), read.length, "read"));
             bytes.resize(static_cast<std::size_t>(meter_.lastRead()));
         }
         if (read.output) {
@@ -161,8 +165,12 @@ class Performer {
         }
         const std::vector<std::byte> bytes = file.read(0, file.size());
         if (std::ssize(bytes) != file.size()) return refuse(console_, cannotBeReadToItsEnd(file));
-        if (device_.writeDevice(write.offset, file.size(), bytes)) return ExitCode::success;
-        complain(console_, "Nothing was written.");
+        if (!device_.writeDevice(write.offset, file.size(), bytes)) {
+            complain(console_, "Nothing was written.");
+            return ExitCode::failure;
+        }
+        if (meter_.lastWritten() == file.size()) return ExitCode::success;
+        complain(console_, partly(meter_.lastWritten(), file.size(), "written"));
         return ExitCode::failure;
     }
 
@@ -189,13 +197,14 @@ class Performer {
     }
 
     KestravDevice& device_;
-    const ReadMeter& meter_;
+    const TransferMeter& meter_;
     const Console& console_;
 };
 
 }  // namespace
 
-ExitCode carryOut(const Invocation& invocation, KestravDevice& device, const ReadMeter& meter, const Console& console) {
+ExitCode carryOut(const Invocation& invocation, KestravDevice& device, const TransferMeter& meter,
+                  const Console& console) {
     const ExitCode code = std::visit(Performer(device, meter, console), invocation);
     if (console.out.flush()) return code;
     complain(console, "Standard output can't be written; what was printed is not complete.");

@@ -8,7 +8,7 @@
 namespace kestrav {
 
 class KestravDevice;
-class ReadMeter;
+class TransferMeter;
 
 /// Where a command says what it has to say. Neither stream is owned.
 struct Console {
@@ -19,6 +19,7 @@ struct Console {
 /// Carries one invocation out on `device`, which reads disks through `meter` and whose progress lines must already lead
 /// to the right stream of `console`. Files are checked before the engine sees them, since the engine stops the process
 /// on an unreadable image.
-ExitCode carryOut(const Invocation& invocation, KestravDevice& device, const ReadMeter& meter, const Console& console);
+ExitCode carryOut(const Invocation& invocation, KestravDevice& device, const TransferMeter& meter,
+                  const Console& console);
 
 }  // namespace kestrav

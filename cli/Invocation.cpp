@@ -20,7 +20,8 @@ Progress goes to standard output, or to standard error when data goes to standar
 service answers goes to the system log and to standard error; an update counts as handed over, and its exit status
 is 0, whatever the service answers: read its line, or use --verify.
 
-Before read, write and --verify touch the disk they unmount the first drive that 'kestravctl drives' lists.
+Before read, write and --verify touch the disk they unmount the first drive that 'kestravctl drives' lists;
+--verify does so again for every 64 MiB that it compares.
 
 Examples:
   kestravctl detect --json

@@ -4,8 +4,8 @@
 
 #include "base/SystemLog.h"
 #include "cli/Commands.h"
-#include "cli/ReadMeter.h"
 #include "cli/TerminalLog.h"
+#include "cli/TransferMeter.h"
 #include "command/CommandService.h"
 #include "device/KestravDevice.h"
 #include "device/linux/MountinfoVolumes.h"
@@ -22,7 +22,7 @@ int perform(const kestrav::Invocation& invocation) {
     UdevDeviceRegistry registry;
     MountinfoVolumes volumes;
     PosixDiskCalls diskCalls;
-    ReadMeter meter(diskCalls);
+    TransferMeter meter(diskCalls);
     KestravDevice device(registry, volumes, meter, commandService, progress);
     device.setParent(std::make_shared<TerminalLog>(progress));
     return static_cast<int>(carryOut(invocation, device, meter, {std::cout, std::cerr}));
@@ -33,7 +33,9 @@ int perform(const kestrav::Invocation& invocation) {
 int main(int argc, char** argv) {
     using namespace kestrav;
     const auto parsed = parseCommandLine(argc, argv, std::cout, std::cerr);
-    if (const auto* code = std::get_if<ExitCode>(&parsed)) return static_cast<int>(*code);
+    if (const auto* code = std::get_if<ExitCode>(&parsed)) {
+        return static_cast<int>(std::cout.flush() ? *code : ExitCode::wrongCall);
+    }
     try {
         return perform(std::get<Invocation>(parsed));
     } catch (const std::bad_alloc&) {

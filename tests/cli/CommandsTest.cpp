@@ -4,7 +4,7 @@
 #include <sstream>
 
 #include "cli/Commands.h"
-#include "cli/ReadMeter.h"
+#include "cli/TransferMeter.h"
 #include "tests/command/LoopbackService.h"
 #include "tests/device/fakes/EngineOnFakes.h"
 #include "tests/device/fakes/bytes.h"
@@ -53,7 +53,7 @@ class Commands : public testing::Test {
 
     LoopbackService service;
     EngineOnFakes on{service.port()};
-    ReadMeter meter{on.disks};
+    TransferMeter meter{on.disks};
     KestravDevice engine{on.registry, on.volumes, meter, on.commands, on.console};
     std::ostringstream out;
     std::ostringstream err;
@@ -167,6 +167,12 @@ TEST_F(Write, PutsTheFilesBytesOnTheBlockNode) {
     EXPECT_EQ(std::vector(disk.begin() + 2, disk.begin() + 7), bytes(std::string_view("\0abc\0", 5)));
 }
 
+TEST_F(Write, FailsWhenTheDiskTakesOnlyAPart) {
+    plugIn(512);
+    EXPECT_EQ(carriedOut(WriteInvocation{510, made("f", "abc")}), ExitCode::failure);
+    EXPECT_TRUE(complained("Only 2 of 3 bytes could be written."));
+}
+
 TEST_F(Write, RefusesMoreThanOneWriteCanCarry) {
     plugIn(512);
     EXPECT_EQ(carriedOut(WriteInvocation{0, sparse("f", 2147479553)}), ExitCode::wrongCall);
@@ -203,10 +209,11 @@ TEST_P(UnusableFile, IsRefusedByEveryCommandBeforeTheEngineSeesIt) {
 
 INSTANTIATE_TEST_SUITE_P(Files, UnusableFile, testing::Values("/none", "/", "/dev/null", "/dev/stdin/none"));
 
-TEST_F(Commands, RefuseAnImageThatCannotBeReadToItsEnd) {
-    // An ordinary file, by its kind, whose bytes can't be read: nothing is mapped at the lowest addresses.
-    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, "/proc/self/mem", false}), ExitCode::wrongCall);
-    EXPECT_TRUE(complained("can't be read to its end"));
+TEST_F(Commands, RefuseAnImageThatCannotBeRead) {
+    // An ordinary file by its kind that can only be written to.
+    const char* const writeOnly = "/sys/bus/platform/drivers_probe";
+    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, writeOnly, false}), ExitCode::wrongCall);
+    EXPECT_TRUE(complained("can't be read"));
 }
 
 TEST_F(Commands, ListDrivesWhoseNamesAreNotUtf8) {

@@ -147,6 +147,10 @@ class FrontEnd(RoadTest):
         self.assertEqual(result.returncode, 1)
         self.assert_reported(result, "Unabled to open /dev/rnil")
 
+    def test_help_onto_a_full_disk(self):
+        with open("/dev/full", "wb") as full:
+            self.assertEqual(subprocess.run([PROGRAMS / "kestravctl", "--help"], stdout=full).returncode, 2)
+
     def test_a_wrong_call(self):
         result = self.kestravctl("push", "-5", "file")
         self.assert_said(result, [], 2)
