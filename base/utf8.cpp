@@ -56,4 +56,15 @@ std::size_t validUTF8Length(std::string_view text) noexcept {
     return at;
 }
 
+std::string repairedUTF8(std::string_view text) {
+    std::string result;
+    for (;;) {
+        const std::size_t good = validUTF8Length(text);
+        result += text.substr(0, good);
+        if (good == text.size()) return result;
+        result += "\xEF\xBF\xBD";
+        text.remove_prefix(good + 1);
+    }
+}
+
 }  // namespace kestrav

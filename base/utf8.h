@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 
 namespace kestrav {
@@ -15,5 +16,8 @@ std::size_t validUTF8Length(std::string_view text) noexcept;
 inline bool isValidUTF8(std::string_view text) noexcept {
     return validUTF8Length(text) == text.size();
 }
+
+/// `text` with U+FFFD in place of each byte that is not part of well-formed UTF-8.
+std::string repairedUTF8(std::string_view text);
 
 }  // namespace kestrav

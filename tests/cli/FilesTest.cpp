@@ -99,6 +99,21 @@ TEST_F(OrdinaryFiles, AreRefusedWhenTheNameIsNotUtf8) {
     EXPECT_NE(refusal(made("\xff", "x")).find("not valid UTF-8"), std::string::npos);
 }
 
+TEST_F(OrdinaryFiles, AreRefusedWhenTheirFolderIsNotUtf8) {
+    const fs::path folder = path("\xff");
+    fs::create_directory(folder);
+    const fs::path before = fs::current_path();
+    made("\xff/image", "x");
+    fs::current_path(folder);
+    const std::string sentence = refusal("image");
+    fs::current_path(before);
+    EXPECT_NE(sentence.find("not valid UTF-8"), std::string::npos);
+}
+
+TEST_F(OrdinaryFiles, AreRefusedWhenTheServiceWouldSeeAnotherFile) {
+    EXPECT_NE(refusal("/proc/self/status").find("another file to the command service"), std::string::npos);
+}
+
 TEST_F(OutputFiles, AreWrittenWhole) {
     EXPECT_EQ(writeWhole(path("out"), bytes("content")), std::nullopt);
     EXPECT_EQ(content(path("out")), "content");

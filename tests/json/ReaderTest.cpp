@@ -179,6 +179,9 @@ INSTANTIATE_TEST_SUITE_P(
         NumberRow{"0.100000000000000001", kDecimal, "0.100000000000000001"},
         NumberRow{"3.1415926535897932384626433832795028841", kDecimal, "3.1415926535897932384626433832795028841"},
         NumberRow{"1.7976931348623157e308", kFloating, "1.7976931348623157e+308"},
+        // Nothing but zeros is left of what lies behind 38 digits.
+        NumberRow{"-92233720368540000000000000000000000000000000000000000139957801930009064", kFloating,
+                  "-9.223372036854e+70"},
         NumberRow{"1.8e308", kDecimal, "1.8e+308"}, NumberRow{"-1e400", kDecimal, "-1e+400"},
         NumberRow{"1e-400", kDecimal, "1e-400"}, NumberRow{"5e-324", kFloating, "5e-324"},
         NumberRow{"0e99999", kFloating, "0"}, NumberRow{"2.2250738585072011e-308", kFloating, "2.225073858507201e-308"},
