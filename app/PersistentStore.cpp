@@ -73,9 +73,7 @@ std::optional<ApplicationError> PersistentStore::open() {
 
 std::optional<ApplicationError> PersistentStore::take(const std::string& content) {
     pugi::xml_document document;
-    // As they are: attributes would lose their line ends otherwise.
-    const unsigned options = pugi::parse_default & ~pugi::parse_wconv_attribute & ~pugi::parse_eol;
-    const pugi::xml_parse_result parsed = document.load_buffer(content.data(), content.size(), options);
+    const pugi::xml_parse_result parsed = document.load_buffer(content.data(), content.size());
     const pugi::xml_node store = document.child("store");
     if (!parsed) return systemError(EILSEQ, "understand " + file_.string() + " (" + parsed.description() + ")");
     if (store.attribute("model").value() != modelName_) {
