@@ -179,7 +179,8 @@ TEST_F(Daemon, ServesSixtyFourPeersAndTellsTheNextToComeBack) {
         peers.push_back(std::make_unique<Client>(daemon_.port()));
     int served = 0;
     int toldToComeBack = 0;
-    for (const auto& peer : peers) peer->send(requestFor("umount", {"/dev/sdzzs1"}));
+    for (const auto& peer : peers)
+        peer->send(requestFor("umount", {"/dev/sdzzs1"}));
     for (const auto& peer : peers) {
         const std::string reply = peer->readOnce();
         served += reply == nothingDone ? 1 : 0;
@@ -217,7 +218,7 @@ TEST_F(Daemon, KeepsNothingOpenAfterManyRequests) {
     EXPECT_TRUE(daemon_.children().empty());
 }
 
-TEST_F(Daemon, RefusesAnotherUser) {
+TEST_F(Daemon, RefusesAnotherUserWithoutConsent) {
     if (::geteuid() != 0) GTEST_SKIP() << "needs root: connects as another user";
     const std::string request = requestFor("dd", writeOf(folder_.file("image", "x")));
     const pid_t stranger = ::fork();
@@ -225,8 +226,8 @@ TEST_F(Daemon, RefusesAnotherUser) {
         if (::setresuid(65534, 65534, 65534) != 0) ::_exit(2);
         const Client client(daemon_.port());
         client.send(request);
-        const std::string expected = "Refused: user 65534 may not write the accessory; an administrator has to.";
-        ::_exit(client.readOnce() == expected ? 0 : 1);
+        // What polkit says, or that it can't be asked, depends on the machine; consent it is not.
+        ::_exit(client.readOnce().starts_with("Refused: ") ? 0 : 1);
     }
     int status = -1;
     ASSERT_EQ(::waitpid(stranger, &status, 0), stranger);

@@ -1,4 +1,5 @@
 #include <arpa/inet.h>
+#include <functional>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <optional>
@@ -6,10 +7,13 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <variant>
+#include <vector>
 
 #include "services/commandd/CallerJudge.h"
 #include "services/commandd/PeerIdentity.h"
 #include "services/commandd/RequestRunner.h"
+#include "services/privileged/Consent.h"
 #include "services/privileged/Gate.h"
 #include "tests/services/CommandDaemon.h"
 #include "tests/services/RecordingLog.h"
@@ -76,6 +80,11 @@ TEST(PeerIdentity, IsNobodyOnOtherSockets) {
     EXPECT_FALSE(peerIdentity(-1));
 }
 
+TEST(EverybodyWithConsent, TurnsNobodyAway) {
+    EXPECT_FALSE(EverybodyWithConsent().refusal(0));
+    EXPECT_FALSE(EverybodyWithConsent().refusal(1001));
+}
+
 TEST(RootAndOwnUser, TurnsEveryoneElseAway) {
     const RootAndOwnUser judge(1000);
     EXPECT_FALSE(judge.refusal(0));
@@ -92,13 +101,26 @@ class NoDevices final : public BlockDevices {
     std::vector<std::string> builtOnTopOf(dev_t) const override { return {}; }
 };
 
+/// Answers as it is told, and keeps who was asked about.
+class FakeConsent final : public Consent {
+  public:
+    std::optional<Problem> answer;
+    std::vector<AskingProcess> askedAbout;
+
+    std::optional<Problem> refusal(const ConsentSubject& subject, bool, const std::function<bool()>&) override {
+        askedAbout.push_back(std::get<AskingProcess>(subject));
+        return answer;
+    }
+};
+
 class RunRequest : public testing::Test {
   protected:
+    FakeConsent consent_;
     NoDevices devices_;
     MountinfoTable mounts_;
     RecordingLog log_;
     Gate gate_{devices_, mounts_, log_};
-    RequestRunner runner_{gate_, log_};
+    RequestRunner runner_{consent_, gate_, log_};
     Connected pair_;
 };
 
@@ -107,6 +129,14 @@ TEST_F(RunRequest, AnswersThroughTheGate) {
     ASSERT_TRUE(peer);
     runner_.run(pair_.service.get(), *peer, R"({"command":"rm","arguments":["-rf","/"]})");
     EXPECT_EQ(pair_.client.readOnce(), "Refused: \"rm\" is not a command of this service.");
+}
+
+TEST_F(RunRequest, AsksNobodyAboutTheServicesOwnUser) {
+    const auto peer = peerIdentity(pair_.service.get());
+    ASSERT_TRUE(peer);
+    consent_.answer = refused("no.");
+    runner_.run(pair_.service.get(), *peer, R"({"command":"umount","arguments":["/dev/sdzzs1"]})");
+    EXPECT_EQ(consent_.askedAbout.size(), 0U);
 }
 
 TEST_F(RunRequest, BeginsNothingForAPeerThatHasGone) {
