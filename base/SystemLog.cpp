@@ -1,10 +1,29 @@
 #include "base/SystemLog.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <syslog.h>
 #include <utility>
 
+#include "base/utf8.h"
+
 namespace kestrav {
+namespace {
+
+bool isControl(std::string_view character) {
+    const auto first = static_cast<unsigned char>(character.front());
+    if (character.size() == 1) return first < 0x20 || first == 0x7f;
+    // U+0080 to U+009F, of which some terminals take U+009B for the beginning of a command.
+    return first == 0xc2 && static_cast<unsigned char>(character[1]) < 0xa0;
+}
+
+void appendHexadecimal(std::string& shown, char byte) {
+    constexpr std::string_view digits = "0123456789abcdef";
+    const auto value = static_cast<unsigned char>(byte);
+    shown += {'\\', 'x', digits[value >> 4U], digits[value & 15U]};
+}
+
+}  // namespace
 
 SyslogSystemLog::SyslogSystemLog(std::string ident) : ident_(std::move(ident)) {
     ::openlog(ident_.c_str(), LOG_PID, LOG_USER);
@@ -23,18 +42,18 @@ void SyslogSystemLog::write(std::string_view entry) {
 }
 
 std::string escapedForTerminal(std::string_view text) {
-    constexpr char digits[] = "0123456789abcdef";
     std::string shown;
     shown.reserve(text.size());
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte >= 0x20 && byte != 0x7f) {
-            shown += c;
-            continue;
+    while (!text.empty()) {
+        const std::size_t length = validUTF8SequenceLength(text);
+        const std::string_view character = text.substr(0, std::max<std::size_t>(length, 1));
+        if (length != 0 && !isControl(character)) {
+            shown += character;
+        } else {
+            for (const char byte : character)
+                appendHexadecimal(shown, byte);
         }
-        shown += "\\x";
-        shown += digits[byte >> 4];
-        shown += digits[byte & 0x0f];
+        text.remove_prefix(character.size());
     }
     return shown;
 }

@@ -31,7 +31,8 @@ class SyslogSystemLog final : public SystemLog {
     std::string ident_;
 };
 
-/// `text` with every control character (below 0x20, and 0x7f) written as \xNN, for one line on a terminal.
+/// `text` for one line on a terminal: the bytes of control characters (U+0000 to U+001F, U+007F to U+009F), and bytes
+/// that are not well-formed UTF-8, are written as \xNN.
 std::string escapedForTerminal(std::string_view text);
 
 }  // namespace kestrav

@@ -28,6 +28,12 @@ std::size_t sequenceLength(const unsigned char* at, std::size_t left) {
 
 }  // namespace
 
+std::size_t validUTF8SequenceLength(std::string_view text) noexcept {
+    if (text.empty()) return 0;
+    const auto* bytes = reinterpret_cast<const unsigned char*>(text.data());
+    return bytes[0] < 0x80 ? 1 : sequenceLength(bytes, text.size());
+}
+
 std::size_t validUTF8Length(std::string_view text) noexcept {
     constexpr std::uint64_t kHighBits = 0x8080808080808080U;
     const auto* bytes = reinterpret_cast<const unsigned char*>(text.data());
@@ -48,6 +54,17 @@ std::size_t validUTF8Length(std::string_view text) noexcept {
         }
     }
     return at;
+}
+
+std::string repairedUTF8(std::string_view text) {
+    std::string result;
+    for (;;) {
+        const std::size_t good = validUTF8Length(text);
+        result += text.substr(0, good);
+        if (good == text.size()) return result;
+        result += "\xEF\xBF\xBD";
+        text.remove_prefix(good + 1);
+    }
 }
 
 }  // namespace kestrav

@@ -6,9 +6,12 @@
 #include <unistd.h>
 
 #include "base/SystemLog.h"
-#include "cli/ImageFile.h"
+#include "base/utf8.h"
+#include "cli/OrdinaryFile.h"
 #include "cli/OutputFile.h"
+#include "cli/TransferMeter.h"
 #include "device/KestravDevice.h"
+#include "device/imageSize.h"
 #include "json/Writer.h"
 
 namespace kestrav {
@@ -40,6 +43,15 @@ ExitCode codeOf(bool succeeded) {
     return succeeded ? ExitCode::success : ExitCode::failure;
 }
 
+std::string cannotBeReadToItsEnd(const OrdinaryFile& file) {
+    return file.path() + " can't be read to its end. Copy it to a sound disk and try again.";
+}
+
+std::string partly(std::int64_t done, std::int64_t wanted, std::string_view what) {
+    return "Only " + std::to_string(done) + " of " + std::to_string(wanted) + " bytes could be " + std::string(what) +
+           ".";
+}
+
 void printJson(const Console& console, const Tree& tree) {
     console.out << dataWithJSONObject(tree) << std::endl;
 }
@@ -62,7 +74,10 @@ void printDevice(const Console& console, const DeviceObject& device, bool json) 
 /// Carries out one kind of invocation after the other; one object serves one call.
 class Performer {
   public:
-    Performer(KestravDevice& device, const Console& console) : device_(device), console_(console) {}
+    Performer(KestravDevice& device, const TransferMeter& meter, const Console& console)
+        : device_(device),
+          meter_(meter),
+          console_(console) {}
 
     ExitCode operator()(const DetectInvocation& detect) const {
         if (device_.detect(device_.vendorID(), device_.productID()) != 0) {
@@ -87,7 +102,7 @@ class Performer {
         if (drives.json) {
             Tree list = Tree::list();
             for (const std::string& path : paths)
-                list.append(Tree(path));
+                list.append(Tree(repairedUTF8(path)));
             printJson(console_, list);
         } else if (paths.empty()) {
             complain(console_, "No drive is mounted below /media or /run/media.");
@@ -96,9 +111,10 @@ class Performer {
     }
 
     ExitCode operator()(const UpdateInvocation& update) const {
-        const auto opened = ImageFile::open(update.file);
+        const auto opened = OrdinaryFile::open(update.file);
         if (const auto* sentence = std::get_if<std::string>(&opened)) return refuse(console_, *sentence);
-        const auto& image = std::get<ImageFile>(opened);
+        const auto& image = std::get<OrdinaryFile>(opened);
+        if (!imageSize(image.path())) return refuse(console_, cannotBeReadToItsEnd(image));
         const bool firmware = update.kind == ImageKind::firmware;
         const bool handedOver = firmware ? device_.firmwareUpdate(image.path()) : device_.iconUpdate(image.path());
         if (!handedOver || !update.verify) return codeOf(handedOver);
@@ -106,9 +122,9 @@ class Performer {
     }
 
     ExitCode operator()(const PushInvocation& push) const {
-        const auto opened = ImageFile::open(push.file);
+        const auto opened = OrdinaryFile::open(push.file);
         if (const auto* sentence = std::get_if<std::string>(&opened)) return refuse(console_, *sentence);
-        return codeOf(device_.pushDevice(push.firstBlock, std::get<ImageFile>(opened).path()));
+        return codeOf(device_.pushDevice(push.firstBlock, std::get<OrdinaryFile>(opened).path()));
     }
 
     ExitCode operator()(const PullInvocation& pull) const {
@@ -121,8 +137,15 @@ class Performer {
         if (!read.output && ::isatty(STDOUT_FILENO) == 1) {
             return refuse(console_, "The bytes would upset the terminal. Name a file with -o, or redirect the output.");
         }
-        const std::vector<std::byte> bytes = device_.readDevice(read.offset, read.length);
-        if (bytes.empty()) return ExitCode::failure;
+        std::vector<std::byte> bytes = device_.readDevice(read.offset, read.length);
+        if (bytes.empty()) {
+            complain(console_, "Nothing was read.");
+            return ExitCode::failure;
+        }
+        if (meter_.lastRead() < read.length) {
+            complain(console_, partly(meter_.lastRead(), read.length, "read"));
+            bytes.resize(static_cast<std::size_t>(meter_.lastRead()));
+        }
         if (read.output) {
             const auto sentence = writeWhole(*read.output, bytes);
             return sentence ? refuse(console_, *sentence) : ExitCode::success;
@@ -132,26 +155,32 @@ class Performer {
     }
 
     ExitCode operator()(const WriteInvocation& write) const {
-        const auto opened = ImageFile::open(write.file);
+        const auto opened = OrdinaryFile::open(write.file);
         if (const auto* sentence = std::get_if<std::string>(&opened)) return refuse(console_, *sentence);
-        const auto& file = std::get<ImageFile>(opened);
+        const auto& file = std::get<OrdinaryFile>(opened);
         if (file.size() > kLargestWrite) {
             return refuse(console_, file.path() +
                                         " is larger than the 2147479552 bytes that one write can carry. "
                                         "Split it, or send it with 'kestravctl push'.");
         }
         const std::vector<std::byte> bytes = file.read(0, file.size());
-        if (std::ssize(bytes) != file.size()) return refuse(console_, file.path() + " can't be read to its end.");
-        return codeOf(device_.writeDevice(write.offset, file.size(), bytes));
+        if (std::ssize(bytes) != file.size()) return refuse(console_, cannotBeReadToItsEnd(file));
+        if (!device_.writeDevice(write.offset, file.size(), bytes)) {
+            complain(console_, "Nothing was written.");
+            return ExitCode::failure;
+        }
+        if (meter_.lastWritten() == file.size()) return ExitCode::success;
+        complain(console_, partly(meter_.lastWritten(), file.size(), "written"));
+        return ExitCode::failure;
     }
 
   private:
-    ExitCode verify(const ImageFile& image, std::int64_t areaOffset) const {
+    ExitCode verify(const OrdinaryFile& image, std::int64_t areaOffset) const {
         for (std::int64_t done = 0; done < image.size(); done += kVerifyPiece) {
             const std::vector<std::byte> wanted = image.read(done, kVerifyPiece);
-            const std::vector<std::byte> found =
-                device_.readDevice(areaOffset + done, std::min(kVerifyPiece, image.size() - done));
-            if (found.empty()) return verificationFailed("the disk can't be read back");
+            const std::int64_t length = std::min(kVerifyPiece, image.size() - done);
+            const std::vector<std::byte> found = device_.readDevice(areaOffset + done, length);
+            if (found.empty() || meter_.lastRead() != length) return verificationFailed("the disk can't be read back");
             const auto [difference, end] = std::ranges::mismatch(found, wanted);
             if (difference == found.end() && end == wanted.end()) continue;
             return verificationFailed("the disk differs from the image at byte " +
@@ -168,13 +197,15 @@ class Performer {
     }
 
     KestravDevice& device_;
+    const TransferMeter& meter_;
     const Console& console_;
 };
 
 }  // namespace
 
-ExitCode carryOut(const Invocation& invocation, KestravDevice& device, const Console& console) {
-    const ExitCode code = std::visit(Performer(device, console), invocation);
+ExitCode carryOut(const Invocation& invocation, KestravDevice& device, const TransferMeter& meter,
+                  const Console& console) {
+    const ExitCode code = std::visit(Performer(device, meter, console), invocation);
     if (console.out.flush()) return code;
     complain(console, "Standard output can't be written; what was printed is not complete.");
     return code == ExitCode::success ? ExitCode::wrongCall : code;

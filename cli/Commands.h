@@ -8,6 +8,7 @@
 namespace kestrav {
 
 class KestravDevice;
+class TransferMeter;
 
 /// Where a command says what it has to say. Neither stream is owned.
 struct Console {
@@ -15,8 +16,10 @@ struct Console {
     std::ostream& err;  ///< standard error: refusals, and the progress when `out` carries data
 };
 
-/// Carries one invocation out on `device`, whose progress lines must already lead to the right stream of `console`.
-/// Files are checked before the engine sees them, since the engine stops the process on an unreadable image.
-ExitCode carryOut(const Invocation& invocation, KestravDevice& device, const Console& console);
+/// Carries one invocation out on `device`, which reads disks through `meter` and whose progress lines must already lead
+/// to the right stream of `console`. Files are checked before the engine sees them, since the engine stops the process
+/// on an unreadable image.
+ExitCode carryOut(const Invocation& invocation, KestravDevice& device, const TransferMeter& meter,
+                  const Console& console);
 
 }  // namespace kestrav

@@ -20,13 +20,16 @@ Progress goes to standard output, or to standard error when data goes to standar
 service answers goes to the system log and to standard error; an update counts as handed over, and its exit status
 is 0, whatever the service answers: read its line, or use --verify.
 
-Before read, write and --verify touch the disk they unmount the first drive that 'kestravctl drives' lists.
+Before read, write and --verify touch the disk they unmount the first drive that 'kestravctl drives' lists;
+--verify does so again for every 64 MiB that it compares.
 
 Examples:
   kestravctl detect --json
   kestravctl firmware --verify new.fds
   kestravctl icon logo.fif
-  kestravctl read 786432 512 -o first-block.bin)";
+  kestravctl read 786432 512 -o first-block.bin
+
+'read' puts no bytes on a terminal: redirect it, or name a file.)";
 
 /// Decimal digits only: no sign, no 0x, and a leading zero means nothing.
 std::int64_t decimal(const std::string& name, const std::string& text) {
@@ -102,8 +105,9 @@ class CommandLine {
         addNumber(push, "BLOCK", push_.firstBlock, "First 512-byte block to write");
         addFile(push, push_.file, "The file to send, an ordinary file");
 
-        CLI::App& pull = addCommand("pull", "Have the command service read blocks; its reply goes to the system log",
-                                    [this] { return pull_; });
+        CLI::App& pull = addCommand(
+            "pull", "Have the command service read up to 19 blocks; a reply that is text goes to the system log",
+            [this] { return pull_; });
         addNumber(pull, "BLOCK", pull_.firstBlock, "First 512-byte block to read");
         addNumber(pull, "COUNT", pull_.count, "Number of 512-byte blocks");
     }
@@ -112,7 +116,7 @@ class CommandLine {
         CLI::App& read = addCommand("read", "Read bytes straight from the disk (needs the right to open it)",
                                     [this] { return read_; });
         addNumber(read, "OFFSET", read_.offset, "First byte to read");
-        addNumber(read, "LENGTH", read_.length, "Number of bytes; what lies past the end of the disk reads as zeros");
+        addNumber(read, "LENGTH", read_.length, "Number of bytes; fewer at the end of the disk");
         read.add_option("-o,--output", read_.output, "Write to this file instead of standard output")
             ->type_name("FILE");
 

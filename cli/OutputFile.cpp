@@ -24,7 +24,7 @@ bool writeAll(int fd, std::span<const std::byte> bytes) {
 }
 
 std::string cannotBeWritten(const std::string& path, int error) {
-    return path + " can't be written: " + std::strerror(error) + ". Nothing of it was kept; choose another place.";
+    return path + " can't be written: " + std::strerror(error) + ". Choose another place.";
 }
 
 std::optional<std::string> writeInPlace(const std::string& path, std::span<const std::byte> bytes) {

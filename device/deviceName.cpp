@@ -9,21 +9,10 @@ namespace {
 // The registry's name buffer has 128 bytes, and the last one is its NUL.
 constexpr std::size_t longestName = 127;
 
-std::string repaired(std::string_view text) {
-    std::string result;
-    for (;;) {
-        const std::size_t good = validUTF8Length(text);
-        result += text.substr(0, good);
-        if (good == text.size()) return result;
-        result += "\xEF\xBF\xBD";
-        text.remove_prefix(good + 1);
-    }
-}
-
 }  // namespace
 
 std::string deviceName(std::string_view reported) {
-    std::string name = repaired(reported.substr(0, reported.find('\0')));
+    std::string name = repairedUTF8(reported.substr(0, reported.find('\0')));
     if (name.size() > longestName) name.resize(validUTF8Length(std::string_view(name).substr(0, longestName)));
     return name;
 }

@@ -69,6 +69,7 @@ void finish(ScannedDecimal& scan, DigitCollector& collector, std::int64_t expone
     exponent += collector.dropped + zeros;
     // A carry out of 38 nines leaves one digit more than were kept.
     const int left = std::max(collector.kept - zeros, 1);
+    scan.significant = left;
     const std::int64_t leading = exponent + left - 1;
     scan.outOfRange = leading > Decimal::kMaxExponent || leading < -Decimal::kMaxExponent;
     if (scan.outOfRange) return;
@@ -89,8 +90,6 @@ ScannedDecimal scanDecimal(std::string_view text) noexcept {
     }
     DigitCollector collector;
     std::int64_t exponent = 0;
-    std::int64_t read = 0;  // from the first digit that isn't zero
-    std::int64_t trailingZeros = 0;
     bool any = false;
     bool point = false;
     for (; at < text.size(); ++at) {
@@ -103,17 +102,13 @@ ScannedDecimal scanDecimal(std::string_view text) noexcept {
         const int digit = text[at] - '0';
         collector.add(digit);
         if (point) --exponent;
-        if (read == 0 && digit == 0) continue;
-        ++read;
-        trailingZeros = digit == 0 ? trailingZeros + 1 : 0;
-        if (!point) ++scan.integerDigits;
+        if (!point && collector.kept > 0) ++scan.integerDigits;
     }
     if (!any) return scan;
     const std::size_t mantissaEnd = at;
     exponent += scanExponent(text, at);
     scan.isInteger = !point && at == mantissaEnd;
     scan.length = at;
-    scan.significant = read - trailingZeros;
     finish(scan, collector, exponent);
     return scan;
 }

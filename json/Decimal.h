@@ -27,7 +27,7 @@ struct Decimal {
 struct ScannedDecimal {
     Decimal value;                   ///< not a number when `length` is 0 or `outOfRange`
     std::size_t length = 0;          ///< bytes that belong to the number; 0 when there is none
-    std::int64_t significant = 0;    ///< digits from the first to the last that is not zero
+    std::int64_t significant = 0;    ///< how many digits `value` has
     std::int64_t integerDigits = 0;  ///< digits before the point, leading zeros left out
     bool isInteger = true;           ///< neither a point nor an exponent
     bool outOfRange = false;         ///< the leading digit stands too high or too low for a Decimal

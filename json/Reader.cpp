@@ -12,9 +12,15 @@ namespace {
 /// Digits that every double keeps; a longer number is more than the double nearest to it.
 constexpr std::int64_t kDoubleDigits = 17;
 
-/// Texts this short hold no more than 17 digits: a point or an exponent takes a place, for without either a number of
-/// this length is an integer.
-constexpr std::size_t kSurelyDouble = 18;
+/// Whether a number that isn't an integer of 64 bits has so few digits that a double keeps them, as far as a quick look
+/// tells: zeros at its end count, those in front don't. An integer beyond 64 bits has more.
+bool surelySuitsDouble(std::string_view text) {
+    const std::size_t first = text.find_first_not_of("-0.");
+    std::int64_t digits = 0;
+    for (std::size_t at = first; at < text.size() && (text[at] | 0x20) != 'e'; ++at)
+        digits += text[at] != '.' ? 1 : 0;
+    return digits <= kDoubleDigits;
+}
 
 bool suitsDouble(const ScannedDecimal& scan) {
     if (scan.isInteger && scan.integerDigits <= Decimal::kMaxDigits) return false;
@@ -32,7 +38,7 @@ bool TreeBuilder::addNumber(std::string_view text, Error& error) {
     double value = 0;
     const char* end = text.data() + text.size();
     const bool fits = std::from_chars(text.data(), end, value).ec == std::errc{};
-    if (fits && text.size() <= kSurelyDouble) return add(Tree(value));
+    if (fits && surelySuitsDouble(text)) return add(Tree(value));
     const ScannedDecimal scan = scanDecimal(text);
     if (scan.outOfRange) {
         error = boost::json::error::exponent_overflow;

@@ -1,8 +1,8 @@
 #include "json/TextOutput.h"
 
-#include <charconv>
-#include <cstdint>
-#include <cstring>
+#include <algorithm>
+#include <bit>
+#include <cmath>
 
 #include "base/utf8.h"
 #include "json/numberText.h"
@@ -13,53 +13,108 @@ namespace {
 constexpr std::uint64_t kOnes = 0x0101010101010101U;
 constexpr std::uint64_t kHighBits = kOnes * 0x80U;
 
-/// The high bit of each byte that is less than `limit`, right for bytes below 0x80 when no lower byte is marked.
-constexpr std::uint64_t below(std::uint64_t word, std::uint64_t limit) {
-    return (word - kOnes * limit) & ~word & kHighBits;
+/// Marks, with the high bit of its byte, the first byte that can't be copied unseen: a control character, a quote, a
+/// backslash, or the beginning of anything but ASCII. Bytes above it may be marked wrongly, bytes below never.
+constexpr std::uint64_t special(std::uint64_t word) {
+    const std::uint64_t quote = word ^ (kOnes * '"');
+    const std::uint64_t backslash = word ^ (kOnes * '\\');
+    const std::uint64_t low = (word - kOnes * 0x20) | (quote - kOnes) | (backslash - kOnes);
+    return ((low & ~word) | word) & kHighBits;
 }
 
-constexpr bool isPlain(char c) {
-    return static_cast<unsigned char>(c) >= 0x20 && c != '"' && c != '\\';
+constexpr bool isEscaped(unsigned char c) {
+    return c < 0x20 || c == '"' || c == '\\';
 }
 
-/// How many bytes from `at` on are written as they are. Only judges whole words of plain ASCII, then single bytes.
-std::size_t plainRun(std::string_view text, std::size_t at) {
-    const std::size_t start = at;
-    std::uint64_t word = 0;
-    for (; text.size() - at >= sizeof word; at += sizeof word) {
-        std::memcpy(&word, text.data() + at, sizeof word);
-        const std::uint64_t special =
-            below(word, 0x20) | below(word ^ kOnes * '"', 1) | below(word ^ kOnes * '\\', 1) | (word & kHighBits);
-        if (special != 0) break;
-    }
-    while (at < text.size() && isPlain(text[at]))
-        ++at;
-    return at - start;
-}
+constexpr std::size_t kFirstBlock = 4096;
+constexpr std::size_t kLargestBlock = std::size_t{1} << 20U;
 
 }  // namespace
 
-void TextOutput::put(std::string_view text) {
-    if (text.size() > buffer_.size() - used_) {
-        flush();
-        if (text.size() > buffer_.size()) {
-            text_.append(text);
-            return;
-        }
-    }
-    std::memcpy(buffer_.data() + used_, text.data(), text.size());
-    used_ += text.size();
+void TextOutput::closeBlock() {
+    if (!blocks_.empty()) blocks_.back().used = static_cast<std::size_t>(at_ - blocks_.back().bytes.get());
 }
 
-bool TextOutput::putText(std::string_view text) {
-    if (!isValidUTF8(text)) return false;
-    put('"');
-    for (std::size_t at = 0; at < text.size();) {
-        const std::size_t run = plainRun(text, at);
-        put(text.substr(at, run));
-        at += run;
-        if (at < text.size() && !isPlain(text[at])) putEscaped(text[at++]);
+void TextOutput::newBlock(std::size_t size) {
+    closeBlock();
+    const std::size_t grown = kFirstBlock << std::min<std::size_t>(2 * blocks_.size(), 8);
+    const std::size_t capacity = std::max(std::min(grown, kLargestBlock), size);
+    blocks_.push_back({std::unique_ptr<char[]>(new char[capacity]), 0});
+    at_ = blocks_.back().bytes.get();
+    end_ = at_ + capacity;
+}
+
+std::string TextOutput::take() {
+    closeBlock();
+    std::size_t size = 0;
+    for (const Block& block : blocks_)
+        size += block.used;
+    std::string text;
+    text.reserve(size);
+    for (Block& block : blocks_) {
+        text.append(block.bytes.get(), block.used);
+        block.bytes.reset();
     }
+    return text;
+}
+
+bool TextOutput::putText(const Tree& text) {
+    if (TreeNodes::form(text) == TreeNodes::Form::shortText && putShortText(TreeNodes::words(text))) return true;
+    return putLongText(TreeNodes::textView(text));
+}
+
+/// Writes a short text as it lies in its two words, all of it at once. False when it has to be looked at.
+bool TextOutput::putShortText(TreeWords words) {
+    constexpr std::size_t kBoth = sizeof words;
+    const std::size_t size = words.meta >> 60U;
+    // Behind the text there are zeros and the tag: only what is marked below that counts.
+    const auto within = [](std::size_t bytes) {
+        return bytes >= 8 ? ~std::uint64_t{0} : (std::uint64_t{1} << 8 * bytes) - 1;
+    };
+    const std::uint64_t first = special(words.payload) & within(size);
+    const std::uint64_t second = size <= 8 ? 0 : special(words.meta) & within(size - 8);
+    if ((first | second) != 0) return false;
+    char* to = room(kBoth + 2);
+    *to = '"';
+    std::memcpy(to + 1, &words, kBoth);
+    to[size + 1] = '"';
+    at_ += size + 2;
+    return true;
+}
+
+bool TextOutput::putLongText(std::string_view text) {
+    std::uint64_t word = 0;
+    const char* from = text.data();
+    const char* const end = from + text.size();
+    put('"');
+    char* to = room(text.size() + sizeof word);
+    const auto copied = [&] { at_ = to; };
+    while (from != end) {
+        while (end - from >= static_cast<std::ptrdiff_t>(sizeof word)) {
+            std::memcpy(&word, from, sizeof word);
+            std::memcpy(to, &word, sizeof word);
+            const std::uint64_t marks = special(word);
+            const auto plain = marks == 0 ? sizeof word : static_cast<std::size_t>(std::countr_zero(marks)) / 8;
+            from += plain;
+            to += plain;
+            if (marks != 0) break;
+        }
+        if (from == end) break;
+        const auto next = static_cast<unsigned char>(*from);
+        if (isEscaped(next)) {
+            copied();
+            putEscaped(*from++);
+            to = room(static_cast<std::size_t>(end - from) + sizeof word);
+        } else if (next < 0x80) {
+            *to++ = *from++;
+        } else {
+            const std::size_t length = validUTF8SequenceLength({from, static_cast<std::size_t>(end - from)});
+            if (length == 0) return false;
+            to = std::copy_n(from, length, to);
+            from += length;
+        }
+    }
+    copied();
     put('"');
     return true;
 }
@@ -89,35 +144,39 @@ void TextOutput::putEscaped(char c) {
 }
 
 bool TextOutput::putLeaf(const Tree& leaf) {
-    switch (leaf.kind()) {
-        case Tree::Kind::null:
+    const TreeWords words = TreeNodes::words(leaf);
+    switch (TreeNodes::form(leaf)) {
+        case TreeNodes::Form::null:
             put("null");
             return true;
-        case Tree::Kind::boolean:
-            put(*leaf.boolean() ? "true" : "false");
+        case TreeNodes::Form::boolean:
+            put(words.payload != 0 ? "true" : "false");
             return true;
-        case Tree::Kind::number:
-            return putNumber(leaf);
-        case Tree::Kind::text:
-            return putText(*leaf.text());
-        case Tree::Kind::list:
-        case Tree::Kind::map:
-        case Tree::Kind::object:
+        case TreeNodes::Form::integer:
+            at_ = writeNumber(static_cast<std::int64_t>(words.payload), room(kNumberText));
+            return true;
+        case TreeNodes::Form::unsignedInteger:
+            at_ = writeNumber(words.payload, room(kNumberText));
+            return true;
+        case TreeNodes::Form::floating: {
+            const auto value = std::bit_cast<double>(words.payload);
+            if (!std::isfinite(value)) return false;
+            at_ = writeNumber(value, room(kNumberText));
+            return true;
+        }
+        case TreeNodes::Form::decimal: {
+            const Decimal& value = TreeNodes::node<TreeDecimalNode>(leaf)->value;
+            put(textOf(value));
+            return !value.notANumber;
+        }
+        case TreeNodes::Form::shortText:
+        case TreeNodes::Form::longText:
+        case TreeNodes::Form::list:
+        case TreeNodes::Form::map:
+        case TreeNodes::Form::object:
             return false;
     }
     return false;
-}
-
-bool TextOutput::putNumber(const Tree& leaf) {
-    const Number number = *leaf.number();
-    if (!number.isFinite()) return false;
-    if (number.kind() == Number::Kind::decimal) {
-        put(textOf(number.decimal()));
-        return true;
-    }
-    char* const to = room(kNumberText);
-    used_ += static_cast<std::size_t>(writeNumber(number, to) - to);
-    return true;
 }
 
 }  // namespace kestrav

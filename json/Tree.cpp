@@ -51,34 +51,6 @@ Tree Tree::list(std::vector<Tree> elements) {
     return tree;
 }
 
-Tree Tree::map() {
-    return Tree(0, metaOf(Form::map));
-}
-
-Tree::Kind Tree::kind() const noexcept {
-    switch (form()) {
-        case Form::null:
-            return Kind::null;
-        case Form::boolean:
-            return Kind::boolean;
-        case Form::integer:
-        case Form::unsignedInteger:
-        case Form::floating:
-        case Form::decimal:
-            return Kind::number;
-        case Form::shortText:
-        case Form::longText:
-            return Kind::text;
-        case Form::list:
-            return Kind::list;
-        case Form::map:
-            return Kind::map;
-        case Form::object:
-            return Kind::object;
-    }
-    stopProcess();
-}
-
 std::optional<bool> Tree::boolean() const noexcept {
     if (form() != Form::boolean) return std::nullopt;
     return payload_ != 0;
@@ -90,11 +62,6 @@ std::optional<Number> Tree::number() const noexcept {
     if (form() == Form::unsignedInteger) return Number(payload_);
     if (form() == Form::floating) return Number(std::bit_cast<double>(payload_));
     return Number(TreeNodes::node<TreeDecimalNode>(*this)->value);
-}
-
-std::optional<std::string_view> Tree::text() const noexcept {
-    if (form() != Form::shortText && form() != Form::longText) return std::nullopt;
-    return TreeNodes::textView(*this);
 }
 
 std::shared_ptr<const TreeObject> Tree::object() const {
@@ -115,18 +82,17 @@ const Tree& Tree::element(std::size_t index) const noexcept {
 
 const Tree* Tree::member(std::string_view key) const noexcept {
     if (!isMap() || payload_ == 0) return nullptr;
-    const TreeMember* found = TreeNodes::find(TreeNodes::node<TreeMapNode>(*this), TreeNodes::key(key));
-    return found == nullptr ? nullptr : &found->value;
+    return TreeNodes::find(TreeNodes::node<TreeMapNode>(*this), TreeNodes::key(key));
 }
 
 std::string_view Tree::keyAt(std::size_t index) const noexcept {
     require(isMap() && index < size());
-    return TreeNodes::textView(TreeNodes::node<TreeMapNode>(*this)->members()[index].key);
+    return TreeNodes::textView(TreeNodes::node<TreeMapNode>(*this)->key(index));
 }
 
 const Tree& Tree::valueAt(std::size_t index) const noexcept {
     require(isMap() && index < size());
-    return TreeNodes::node<TreeMapNode>(*this)->members()[index].value;
+    return TreeNodes::node<TreeMapNode>(*this)->value(index);
 }
 
 void Tree::append(Tree value) {
@@ -145,8 +111,8 @@ void Tree::setMember(std::string_view key, Tree value) {
     require(isMap());
     Tree name(key);  // before anything moves: `key` may lie in this tree
     TreeMapNode* node = TreeNodes::ownMap(*this, 1);
-    if (TreeMember* found = TreeNodes::find(node, TreeNodes::key(name))) {
-        found->value = std::move(value);
+    if (Tree* found = TreeNodes::find(node, name)) {
+        *found = std::move(value);
     } else {
         TreeNodes::add(node, std::move(name), std::move(value));
     }
@@ -160,7 +126,7 @@ Tree* Tree::mutableElement(std::size_t index) {
 Tree* Tree::mutableMember(std::string_view key) {
     if (member(key) == nullptr) return nullptr;
     const Tree name(key);  // before anything moves: `key` may lie in this tree
-    return &TreeNodes::find(TreeNodes::ownMap(*this, 0), TreeNodes::key(name))->value;
+    return TreeNodes::find(TreeNodes::ownMap(*this, 0), name);
 }
 
 void Tree::retain() const noexcept {

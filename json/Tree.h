@@ -54,11 +54,12 @@ class Tree {
     explicit Tree(const Decimal& number);
     /// A null pointer becomes null.
     explicit Tree(std::shared_ptr<const TreeObject> object);
-    static Tree list(std::vector<Tree> elements = {});
-    static Tree map();
+    static Tree list() noexcept { return Tree(0, metaOf(Form::list)); }
+    static Tree list(std::vector<Tree> elements);
+    static Tree map() noexcept { return Tree(0, metaOf(Form::map)); }
 
-    Tree(const Tree& other) noexcept : payload_(other.payload_), meta_(other.meta_) {
-        if (hasNode()) retain();
+    Tree(const Tree& other) noexcept : Tree(other.payload_, other.meta_) {
+        if (other.hasNode()) retain();
     }
     Tree(Tree&& other) noexcept : payload_(std::exchange(other.payload_, 0)), meta_(std::exchange(other.meta_, 0)) {}
     Tree& operator=(const Tree& other) noexcept {
@@ -79,16 +80,22 @@ class Tree {
         std::swap(meta_, other.meta_);
     }
 
-    Kind kind() const noexcept;
-    bool isNull() const noexcept { return kind() == Kind::null; }
+    Kind kind() const noexcept { return kKinds[(meta_ >> kTagShift) & 15U]; }
+    bool isNull() const noexcept { return form() == Form::null; }
     bool isText() const noexcept { return kind() == Kind::text; }
     bool isList() const noexcept { return form() == Form::list; }
     bool isMap() const noexcept { return form() == Form::map; }
+    bool isObject() const noexcept { return hasNode() && form() == Form::object; }
 
     /// What the tree holds, or nothing when it is of another kind.
     std::optional<bool> boolean() const noexcept;
     std::optional<Number> number() const noexcept;
-    std::optional<std::string_view> text() const noexcept;
+    std::optional<std::string_view> text() const noexcept {
+        if (form() == Form::shortText)
+            return std::string_view(reinterpret_cast<const char*>(this), meta_ >> kSizeShift);
+        if (form() == Form::longText) return std::string_view(longText(), meta_ & kLongSize);
+        return std::nullopt;
+    }
     std::shared_ptr<const TreeObject> object() const;
 
     /// The number of elements or members; 0 for every other kind.
@@ -132,14 +139,22 @@ class Tree {
         map = 11,
         object = 12,
     };
+    /// The kind of each form; null where there is no such form.
+    static constexpr Kind kKinds[16] = {
+        Kind::null,   Kind::boolean, Kind::number, Kind::number, Kind::number, Kind::text, Kind::null, Kind::null,
+        Kind::number, Kind::text,    Kind::list,   Kind::map,    Kind::object, Kind::null, Kind::null, Kind::null};
     static constexpr int kTagShift = 56;
+    static constexpr int kSizeShift = 60;
     static constexpr std::size_t kShortText = 15;
+    static constexpr std::uint64_t kLongSize = (std::uint64_t{1} << kTagShift) - 1;
 
     static constexpr std::uint64_t metaOf(Form form) noexcept { return static_cast<std::uint64_t>(form) << kTagShift; }
     Tree(std::uint64_t payload, std::uint64_t meta) noexcept : payload_(payload), meta_(meta) {}
 
     Form form() const noexcept { return static_cast<Form>((meta_ >> kTagShift) & 15U); }
     bool hasNode() const noexcept { return (meta_ >> (kTagShift + 3) & 1U) != 0; }
+    /// A long text's bytes follow the count of its node's references.
+    const char* longText() const noexcept { return std::bit_cast<const char*>(payload_) + sizeof(std::uintptr_t); }
     void retain() const noexcept;
     void release() noexcept;
 

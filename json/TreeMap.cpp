@@ -8,8 +8,7 @@
 namespace kestrav {
 namespace {
 
-/// Up to here the keys are compared one by one; above, an index leads to them.
-constexpr std::size_t kUnindexed = 16;
+constexpr std::size_t kUnindexed = TreeNodes::kUnindexed;
 
 /// The index's slots; each holds a member's position plus one, or 0. At most two of three are taken.
 std::size_t slotCount(std::size_t capacity) noexcept {
@@ -19,7 +18,7 @@ std::size_t slotCount(std::size_t capacity) noexcept {
 TreeMapNode* newMap(std::size_t capacity) {
     require(capacity <= TreeNodes::kMaxMembers);
     const std::size_t slots = slotCount(capacity);
-    const std::size_t bytes = sizeof(TreeMapNode) + capacity * sizeof(TreeMember) + slots * sizeof(std::uint32_t);
+    const std::size_t bytes = sizeof(TreeMapNode) + capacity * 2 * sizeof(Tree) + slots * sizeof(std::uint32_t);
     auto* node = new (::operator new(bytes)) TreeMapNode;
     node->capacity = capacity;
     for (std::size_t slot = 0; slot < slots; ++slot)
@@ -68,13 +67,12 @@ std::uint64_t hashOf(const TreeKey& key) {
     return hashOfLong(key.text, chosen.first ^ key.words.meta, chosen.second);
 }
 
-TreeMember* findIndexed(TreeMapNode* map, std::size_t slots, const TreeKey& key) {
+Tree* findIndexed(TreeMapNode* map, std::size_t slots, const TreeKey& key) {
     const std::uint32_t* index = map->index();
     for (std::uint64_t slot = hashOf(key);; ++slot) {
         const std::uint32_t position = index[slot & (slots - 1)];
         if (position == 0) return nullptr;
-        TreeMember& member = map->members()[position - 1];
-        if (key.names(member.key)) return &member;
+        if (key.names(map->key(position - 1))) return &map->value(position - 1);
     }
 }
 
@@ -92,8 +90,8 @@ void addOrReplace(TreeMapNode* map, Tree key, Tree value, std::uint64_t& seen) {
     const std::uint64_t bit = bitOf(key);
     const bool mayBeThere = map->capacity > kUnindexed || (seen & bit) != 0;
     seen |= bit;
-    if (TreeMember* found = mayBeThere ? TreeNodes::find(map, TreeNodes::key(key)) : nullptr) {
-        found->value = std::move(value);
+    if (Tree* found = mayBeThere ? TreeNodes::find(map, key) : nullptr) {
+        *found = std::move(value);
     } else {
         TreeNodes::add(map, std::move(key), std::move(value));
     }
@@ -101,12 +99,16 @@ void addOrReplace(TreeMapNode* map, Tree key, Tree value, std::uint64_t& seen) {
 
 }  // namespace
 
-TreeMember* TreeNodes::find(TreeMapNode* map, const TreeKey& key) noexcept {
+Tree* TreeNodes::find(TreeMapNode* map, const TreeKey& key) noexcept {
     if (const std::size_t slots = slotCount(map->capacity)) return findIndexed(map, slots, key);
-    for (TreeMember& member : std::span(map->members(), map->size)) {
-        if (key.names(member.key)) return &member;
+    for (std::size_t position = 0; position < map->size; ++position) {
+        if (key.names(map->key(position))) return &map->value(position);
     }
     return nullptr;
+}
+
+Tree* TreeNodes::findByKey(TreeMapNode* map, const Tree& text) noexcept {
+    return find(map, key(text));
 }
 
 void TreeNodes::add(TreeMapNode* map, Tree key, Tree value) noexcept {
@@ -116,7 +118,9 @@ void TreeNodes::add(TreeMapNode* map, Tree key, Tree value) noexcept {
             ++slot;
         map->index()[slot & (slots - 1)] = static_cast<std::uint32_t>(map->size + 1);
     }
-    new (map->members() + map->size++) TreeMember{std::move(key), std::move(value)};
+    new (&map->key(map->size)) Tree(std::move(key));
+    new (&map->value(map->size)) Tree(std::move(value));
+    ++map->size;
 }
 
 TreeWords TreeNodes::map(std::span<const TreeWords> keysAndValues) {
@@ -136,8 +140,9 @@ TreeMapNode* TreeNodes::ownMap(Tree& tree, std::size_t more) {
     if (alone && old->capacity - size >= more) return old;
     TreeMapNode* own = newMap(more == 0 ? size : std::max({size + more, size * 2, std::size_t{4}}));
     for (std::size_t at = 0; at < size; ++at) {
-        TreeMember& member = old->members()[at];
-        add(own, alone ? std::move(member.key) : member.key, alone ? std::move(member.value) : member.value);
+        Tree& key = old->key(at);
+        Tree& value = old->value(at);
+        add(own, alone ? std::move(key) : key, alone ? std::move(value) : value);
     }
     tree = adopt(wordsOf(Form::map, own));
     return own;

@@ -7,13 +7,6 @@
 namespace kestrav {
 namespace {
 
-template <class Word>
-std::uint64_t load(const char* from) noexcept {
-    Word word;
-    std::memcpy(&word, from, sizeof word);
-    return word;
-}
-
 TreeListNode* newList(std::size_t capacity) {
     require(capacity <= std::numeric_limits<std::size_t>::max() / sizeof(Tree) / 2);
     auto* node = new (::operator new(sizeof(TreeListNode) + capacity * sizeof(Tree))) TreeListNode;
@@ -52,10 +45,8 @@ class ReleaseQueue {
         head_ = node->references.load(std::memory_order_relaxed);
         if (isMap) {
             auto* map = static_cast<TreeMapNode*>(node);
-            for (TreeMember& member : std::span(map->members(), map->size)) {
-                drop(member.key);
-                drop(member.value);
-            }
+            for (Tree& part : std::span(map->parts(), 2 * map->size))
+                drop(part);
         } else {
             auto* list = static_cast<TreeListNode*>(node);
             for (Tree& element : std::span(list->elements(), list->size))
@@ -102,23 +93,6 @@ class ReleaseQueue {
 
 }  // namespace
 
-TreeWords TreeNodes::shortText(std::string_view text) noexcept {
-    const char* from = text.data();
-    const std::size_t size = text.size();
-    TreeWords words{0, Tree::metaOf(Form::shortText) | std::uint64_t{size} << (Tree::kTagShift + 4)};
-    // Overlapping loads instead of a copy whose length isn't known: this is where most keys and texts pass.
-    if (size > 8) {
-        words.payload = load<std::uint64_t>(from);
-        words.meta |= load<std::uint64_t>(from + size - 8) >> (8 * (16 - size));
-    } else if (size >= 4) {
-        words.payload = load<std::uint32_t>(from) | load<std::uint32_t>(from + size - 4) << (8 * (size - 4));
-    } else if (size > 0) {
-        words.payload = load<std::uint8_t>(from) | load<std::uint8_t>(from + size / 2) << (8 * (size / 2)) |
-                        load<std::uint8_t>(from + size - 1) << (8 * (size - 1));
-    }
-    return words;
-}
-
 TreeWords TreeNodes::text(std::string_view first, std::string_view second) {
     const std::size_t size = first.size() + second.size();
     if (size <= Tree::kShortText && second.empty()) return shortText(first);
@@ -135,26 +109,6 @@ TreeWords TreeNodes::text(std::string_view first, std::string_view second) {
     TreeWords words = wordsOf(Form::longText, node);
     words.meta |= size;
     return words;
-}
-
-std::string_view TreeNodes::textView(const Tree& tree) noexcept {
-    if (tree.form() == Form::shortText) {
-        return {reinterpret_cast<const char*>(&tree), tree.meta_ >> (Tree::kTagShift + 4)};
-    }
-    return {node<TreeTextNode>(tree)->bytes(), tree.meta_ & ((std::uint64_t{1} << Tree::kTagShift) - 1)};
-}
-
-TreeKey TreeNodes::key(std::string_view text) noexcept {
-    if (text.size() <= Tree::kShortText) return {text, shortText(text)};
-    return {text, {0, Tree::metaOf(Form::longText) | text.size()}};
-}
-
-bool TreeKey::names(const Tree& key) const noexcept {
-    const TreeWords other = TreeNodes::words(key);
-    // The second words agree in form and size, and in the end of a short text.
-    if (other.meta != words.meta) return false;
-    if (other.payload == words.payload) return true;
-    return TreeNodes::form(key) == TreeNodes::Form::longText && TreeNodes::textView(key) == text;
 }
 
 TreeWords TreeNodes::list(std::span<const TreeWords> elements) {

@@ -19,6 +19,7 @@ struct TreeNode {
 struct TreeTextNode : TreeNode {  // its bytes follow it
     char* bytes() noexcept { return reinterpret_cast<char*>(this + 1); }
 };
+static_assert(sizeof(TreeTextNode) == sizeof(std::uintptr_t));
 struct TreeDecimalNode : TreeNode {
     Decimal value;
 };
@@ -30,15 +31,13 @@ struct TreeListNode : TreeNode {  // its elements follow it
     std::size_t capacity = 0;
     Tree* elements() noexcept { return reinterpret_cast<Tree*>(this + 1); }
 };
-struct TreeMember {
-    Tree key;
-    Tree value;
-};
-struct TreeMapNode : TreeNode {  // its members follow it, and those are followed by the index of a large map
+struct TreeMapNode : TreeNode {  // its keys and values follow it by turns, and those the index of a large map
     std::size_t size = 0;
     std::size_t capacity = 0;
-    TreeMember* members() noexcept { return reinterpret_cast<TreeMember*>(this + 1); }
-    std::uint32_t* index() noexcept { return reinterpret_cast<std::uint32_t*>(members() + capacity); }
+    Tree* parts() noexcept { return reinterpret_cast<Tree*>(this + 1); }
+    Tree& key(std::size_t position) noexcept { return parts()[2 * position]; }
+    Tree& value(std::size_t position) noexcept { return parts()[2 * position + 1]; }
+    std::uint32_t* index() noexcept { return reinterpret_cast<std::uint32_t*>(parts() + 2 * capacity); }
 };
 
 /// The two words of a Tree without its ownership, for building and comparing.
@@ -95,13 +94,73 @@ class TreeNodes {
     static TreeListNode* ownList(Tree& tree, std::size_t more);
     static TreeMapNode* ownMap(Tree& tree, std::size_t more);
 
-    static TreeMember* find(TreeMapNode* map, const TreeKey& key) noexcept;
+    /// Up to this capacity the keys of a map are compared one by one; above, an index leads to them.
+    static constexpr std::size_t kUnindexed = 16;
+
+    /// The value under `key`; a null pointer when there is none.
+    static Tree* find(TreeMapNode* map, const TreeKey& key) noexcept;
+    /// The same for a text that is a Tree. Here to be drawn into lookups: a short key among few takes a handful of
+    /// comparisons.
+    static Tree* find(TreeMapNode* map, const Tree& text) noexcept {
+        if (map->capacity > kUnindexed || text.form() != Form::shortText) return findByKey(map, text);
+        const TreeWords wanted = words(text);
+        for (Tree* part = map->parts(); part != map->parts() + 2 * map->size; part += 2) {
+            if (part->meta_ == wanted.meta && part->payload_ == wanted.payload) return part + 1;
+        }
+        return nullptr;
+    }
     /// Adds a member whose key isn't there yet; there must be room.
     static void add(TreeMapNode* map, Tree key, Tree value) noexcept;
 
     /// Whether the last reference was let go.
     static bool letGo(TreeNode* node) noexcept;
     static void release(Tree::Form form, TreeNode* node) noexcept;
+
+  private:
+    [[gnu::noinline]] static Tree* findByKey(TreeMapNode* map, const Tree& text) noexcept;
+    template <class Word>
+    static std::uint64_t load(const char* from) noexcept;
 };
+
+template <class Word>
+std::uint64_t TreeNodes::load(const char* from) noexcept {
+    Word word;
+    std::memcpy(&word, from, sizeof word);
+    return word;
+}
+
+inline TreeWords TreeNodes::shortText(std::string_view text) noexcept {
+    const char* from = text.data();
+    const std::size_t size = text.size();
+    TreeWords words{0, Tree::metaOf(Form::shortText) | std::uint64_t{size} << (Tree::kTagShift + 4)};
+    // Overlapping loads instead of a copy whose length isn't known: this is where most keys and texts pass.
+    if (size > 8) {
+        words.payload = load<std::uint64_t>(from);
+        words.meta |= load<std::uint64_t>(from + size - 8) >> (8 * (16 - size));
+    } else if (size >= 4) {
+        words.payload = load<std::uint32_t>(from) | load<std::uint32_t>(from + size - 4) << (8 * (size - 4));
+    } else if (size > 0) {
+        words.payload = load<std::uint8_t>(from) | load<std::uint8_t>(from + size / 2) << (8 * (size / 2)) |
+                        load<std::uint8_t>(from + size - 1) << (8 * (size - 1));
+    }
+    return words;
+}
+
+inline std::string_view TreeNodes::textView(const Tree& tree) noexcept {
+    return tree.text().value_or(std::string_view());
+}
+
+inline TreeKey TreeNodes::key(std::string_view text) noexcept {
+    if (text.size() <= Tree::kShortText) return {text, shortText(text)};
+    return {text, {0, Tree::metaOf(Form::longText) | text.size()}};
+}
+
+inline bool TreeKey::names(const Tree& key) const noexcept {
+    const TreeWords other = TreeNodes::words(key);
+    // The second words agree in form and size, and in the end of a short text.
+    if (other.meta != words.meta) return false;
+    if (other.payload == words.payload) return true;
+    return TreeNodes::form(key) == TreeNodes::Form::longText && TreeNodes::textView(key) == text;
+}
 
 }  // namespace kestrav

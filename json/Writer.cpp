@@ -9,26 +9,92 @@
 namespace kestrav {
 namespace {
 
-bool isContainer(const Tree& tree) {
-    return tree.isList() || tree.isMap();
+/// A list or map that is being written. Its parts lie side by side: elements, or each key before its value.
+struct Level {
+    const Tree* next;
+    const Tree* end;
+    bool isMap;
+};
+
+Level levelOf(const Tree& container) {
+    if (container.isMap()) {
+        auto* node = TreeNodes::node<TreeMapNode>(container);
+        if (node == nullptr) return {nullptr, nullptr, true};
+        return {node->parts(), node->parts() + 2 * node->size, true};
+    }
+    auto* node = TreeNodes::node<TreeListNode>(container);
+    if (node == nullptr) return {nullptr, nullptr, false};
+    return {node->elements(), node->elements() + node->size, false};
 }
 
-/// The way down to where the work stands, in place of the call stack.
-class Path {
-  public:
-    struct Step {
-        const Tree* container;
-        std::size_t next;
-    };
+/// The end of a line and the indentation of the next one, at its deepest 64 levels.
+constexpr std::string_view kLineBreak =
+    "\n                                                                "
+    "                                                                ";
+static_assert(kLineBreak.size() == 1 + 2 * 64);
 
-    explicit Path(const Tree& top) { enter(top); }
-    void enter(const Tree& container) { steps_.push_back({&container, 0}); }
-    void leave() { steps_.pop_back(); }
-    Step& last() { return steps_.back(); }
-    std::size_t depth() const { return steps_.size(); }
+/// Writes one tree. Fails at the first part that has no form in JSON, so that no pass before it is needed.
+class TreeWriter {
+  public:
+    explicit TreeWriter(bool pretty) : pretty_(pretty) {}
+
+    bool write(const Tree& top) {
+        open(top);
+        while (true) {
+            const Level& level = levels_.back();
+            if (level.next == level.end) {
+                close();
+                if (levels_.empty()) return true;
+                continue;
+            }
+            if (!writeNext()) return false;
+        }
+    }
+    std::string take() { return output_.take(); }
 
   private:
-    std::vector<Step> steps_;
+    void open(const Tree& container) {
+        levels_.push_back(levelOf(container));
+        output_.put(levels_.back().isMap ? '{' : '[');
+        atFirst_ = true;
+    }
+
+    void close() {
+        const bool isMap = levels_.back().isMap;
+        levels_.pop_back();
+        if (pretty_ && !atFirst_) breakLine();
+        output_.put(isMap ? '}' : ']');
+        atFirst_ = false;
+    }
+
+    bool writeNext() {
+        Level& level = levels_.back();
+        if (!atFirst_) output_.put(',');
+        if (pretty_) breakLine();
+        atFirst_ = false;
+        if (level.isMap) {
+            if (!output_.putText(*level.next++)) return false;
+            output_.put(':');
+            if (pretty_) output_.put(' ');
+        }
+        const Tree& value = *level.next++;
+        if (value.isText()) return output_.putText(value);
+        if (value.isList() || value.isMap()) {
+            open(value);
+            return true;
+        }
+        return output_.putLeaf(value);
+    }
+
+    void breakLine() {
+        // A deep tree would otherwise be written as little but white space, growing with the square of its depth.
+        output_.put(kLineBreak.substr(0, 1 + 2 * levels_.size()));
+    }
+
+    bool pretty_;
+    bool atFirst_ = true;
+    std::vector<Level> levels_;
+    TextOutput output_;
 };
 
 bool isValidLeaf(const Tree& tree) {
@@ -48,79 +114,26 @@ bool isValidLeaf(const Tree& tree) {
     return false;
 }
 
-/// Writes one tree. Fails at the first part that has no form in JSON, which makes a second pass for it needless.
-class TreeWriter {
-  public:
-    explicit TreeWriter(bool pretty) : pretty_(pretty) {}
-
-    bool write(const Tree& top) {
-        Path path(top);
-        output_.put(top.isMap() ? '{' : '[');
-        while (path.depth() > 0) {
-            Path::Step& step = path.last();
-            if (step.next == step.container->size()) {
-                close(step, path.depth() - 1);
-                path.leave();
-                continue;
-            }
-            const Tree* value = nextOf(step, path.depth());
-            if (value == nullptr) return false;
-            if (isContainer(*value)) {
-                output_.put(value->isMap() ? '{' : '[');
-                path.enter(*value);
-            } else if (!output_.putLeaf(*value)) {
-                return false;
-            }
-        }
-        return true;
-    }
-    std::string take() { return output_.take(); }
-
-  private:
-    /// Writes what stands before the next value; a null pointer when its key can't be written.
-    const Tree* nextOf(Path::Step& step, std::size_t depth) {
-        const std::size_t position = step.next++;
-        if (position > 0) output_.put(',');
-        if (pretty_) breakLine(depth);
-        if (step.container->isList()) return &step.container->element(position);
-        if (!output_.putText(step.container->keyAt(position))) return nullptr;
-        output_.put(pretty_ ? " : " : ":");
-        return &step.container->valueAt(position);
-    }
-
-    void close(const Path::Step& step, std::size_t depth) {
-        if (pretty_ && step.container->size() > 0) breakLine(depth);
-        output_.put(step.container->isMap() ? '}' : ']');
-    }
-
-    void breakLine(std::size_t depth) {
-        output_.put('\n');
-        for (std::size_t level = 0; level < depth; ++level)
-            output_.put("  ");
-    }
-
-    bool pretty_;
-    TextOutput output_;
-};
+bool isContainer(const Tree& tree) {
+    return tree.isList() || tree.isMap();
+}
 
 }  // namespace
 
 bool isValidJSONObject(const Tree& tree) {
     if (!isContainer(tree)) return false;
-    Path path(tree);
-    while (path.depth() > 0) {
-        Path::Step& step = path.last();
-        if (step.next == step.container->size()) {
-            path.leave();
+    std::vector<Level> levels{levelOf(tree)};
+    while (!levels.empty()) {
+        Level& level = levels.back();
+        if (level.next == level.end) {
+            levels.pop_back();
             continue;
         }
-        const std::size_t position = step.next++;
-        const bool isMap = step.container->isMap();
-        if (isMap && !isValidUTF8(step.container->keyAt(position))) return false;
-        const Tree& value = isMap ? step.container->valueAt(position) : step.container->element(position);
-        if (isContainer(value)) {
-            path.enter(value);
-        } else if (!isValidLeaf(value)) {
+        // Keys are judged like any other text.
+        const Tree& part = *level.next++;
+        if (isContainer(part)) {
+            levels.push_back(levelOf(part));
+        } else if (!isValidLeaf(part)) {
             return false;
         }
     }

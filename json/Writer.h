@@ -10,7 +10,7 @@ namespace kestrav {
 /// How JSON is written. Flags, put together with `|`.
 enum class WritingOptions : unsigned {
     none = 0,           ///< compact: no white space at all
-    prettyPrinted = 1,  ///< one element or member a line, two spaces a level
+    prettyPrinted = 1,  ///< one element or member a line, two spaces a level, up to 64 levels
 };
 
 constexpr WritingOptions operator|(WritingOptions left, WritingOptions right) noexcept {

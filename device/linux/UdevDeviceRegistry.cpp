@@ -1,13 +1,17 @@
 #include "device/linux/UdevDeviceRegistry.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
+#include <climits>
 #include <cstdio>
+#include <dirent.h>
 #include <libudev.h>
 #include <linux/magic.h>
 #include <memory>
 #include <string_view>
 #include <sys/vfs.h>
+#include <unistd.h>
 
 #include "base/stopProcess.h"
 
@@ -22,6 +26,9 @@ struct UdevRelease {
     void operator()(udev* context) const { udev_unref(context); }
     void operator()(udev_enumerate* enumeration) const { udev_enumerate_unref(enumeration); }
     void operator()(udev_device* device) const { udev_device_unref(device); }
+};
+struct DirectoryClose {
+    void operator()(DIR* folder) const { ::closedir(folder); }
 };
 using UdevPtr = std::unique_ptr<udev, UdevRelease>;
 using UdevEnumeratePtr = std::unique_ptr<udev_enumerate, UdevRelease>;
@@ -69,16 +76,34 @@ std::uint32_t numberAttribute(udev_device* device, const char* attribute) {
     return number;
 }
 
+// Where the block devices below `devpath` are in sysfs, in the order of their paths. Every block device has a link in
+// this one folder, and reading the links is much less work than to walk through all that is below a USB device.
+std::vector<std::string> blockDevicesBelow(const std::string& devpath) {
+    const std::unique_ptr<DIR, DirectoryClose> folder(::opendir("/sys/class/block"));
+    std::vector<std::string> paths;
+    while (const dirent* entry = folder ? ::readdir(folder.get()) : nullptr) {
+        std::array<char, PATH_MAX> target{};
+        const std::string link = std::string("/sys/class/block/") + entry->d_name;
+        const ssize_t length = ::readlink(link.c_str(), target.data(), target.size());
+        if (length <= 0) continue;
+        std::string_view path(target.data(), static_cast<std::size_t>(length));
+        // A link is relative: as many "../" as there are folders, then the path that begins with "devices".
+        while (path.starts_with("../"))
+            path.remove_prefix(3);
+        std::string absolute = "/" + std::string(path);
+        if (absolute.starts_with(devpath + "/")) paths.push_back("/sys" + absolute);
+    }
+    std::sort(paths.begin(), paths.end());
+    return paths;
+}
+
 std::optional<std::string> firstDiskBelow(udev* context, udev_device* parent) {
-    const UdevEnumeratePtr enumeration = enumerationOf(context, "block");
-    require(udev_enumerate_add_match_parent(enumeration.get(), parent) >= 0);
-    std::optional<std::string> disk;
-    forEachFound(context, enumeration.get(), [&disk](udev_device* block) {
-        if (orEmpty(udev_device_get_devtype(block)) != "disk") return false;
-        disk = orEmpty(udev_device_get_sysname(block));
-        return true;
-    });
-    return disk;
+    for (const std::string& path : blockDevicesBelow(udev_device_get_devpath(parent))) {
+        const UdevDevicePtr block(udev_device_new_from_syspath(context, path.c_str()));
+        if (block && orEmpty(udev_device_get_devtype(block.get())) == "disk")
+            return std::string(orEmpty(udev_device_get_sysname(block.get())));
+    }
+    return std::nullopt;
 }
 
 UsbDevice described(udev* context, udev_device* found) {

@@ -98,6 +98,8 @@ def check(files):
     complaints, graph = [], {}
     for source, text in sorted(files.items()):
         graph[source] = set()
+        if folder_of(source) is None:
+            complaints.append(f"{source}: no rule says what its folder may include")
         for quoted, target in includes(text):
             if not quoted and QT_HEADER.match(target) and not source.startswith(QT_MAY_BE_USED_IN):
                 complaints.append(f"{source} -> <{target}>: only app/qt/ knows the toolkit")

@@ -46,6 +46,9 @@ class ForbiddenArrows(unittest.TestCase):
         self.assertEqual(len(complaints), 1)
         self.assertIn("from the root", complaints[0])
 
+    def test_a_folder_without_rules(self):
+        self.assert_broken("services/other/main.cpp", "<string>", "no rule")
+
     def test_a_circle_of_headers(self):
         complaints = check({"json/A.h": '#include "json/B.h"\n', "json/B.h": '#include "json/A.h"\n'})
         self.assertEqual(complaints, ["a circle: json/A.h -> json/B.h -> json/A.h"])

@@ -4,6 +4,7 @@
 #include <sstream>
 
 #include "cli/Commands.h"
+#include "cli/TransferMeter.h"
 #include "tests/command/LoopbackService.h"
 #include "tests/device/fakes/EngineOnFakes.h"
 #include "tests/device/fakes/bytes.h"
@@ -46,12 +47,14 @@ class Commands : public testing::Test {
         on.disks.disks["/dev/disk2"] = std::move(disk);
     }
 
-    ExitCode carriedOut(const Invocation& invocation) { return carryOut(invocation, on.engine, {out, err}); }
+    ExitCode carriedOut(const Invocation& invocation) { return carryOut(invocation, engine, meter, {out, err}); }
 
     bool complained(std::string_view words) const { return err.str().find(words) != std::string::npos; }
 
     LoopbackService service;
     EngineOnFakes on{service.port()};
+    TransferMeter meter{on.disks};
+    KestravDevice engine{on.registry, on.volumes, meter, on.commands, on.console};
     std::ostringstream out;
     std::ostringstream err;
 
@@ -125,6 +128,14 @@ TEST_F(Verify, ComparesPastTheFirstPiece) {
     EXPECT_TRUE(complained("at byte 67108864 of it"));
 }
 
+TEST_F(Verify, TakesNoZerosOfTheEngineForBytesOfTheDisk) {
+    plugIn(kFirmwareOffset + 4096);
+    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, sparse("f", 8192), true}), ExitCode::verificationFailed);
+    on.disks.longestTransfer = 100;
+    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, sparse("f", 4096), true}), ExitCode::verificationFailed);
+    EXPECT_EQ(out.str(), "");
+}
+
 TEST_F(Verify, IsNotTriedAfterAnUpdateThatFailed) {
     EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, made("f", "firmware"), true}), ExitCode::failure);
     EXPECT_TRUE(on.disks.journal.empty());
@@ -133,6 +144,14 @@ TEST_F(Verify, IsNotTriedAfterAnUpdateThatFailed) {
 TEST_F(Read, FailsWhenThereIsNothingToRead) {
     plugIn(512);
     EXPECT_EQ(carriedOut(ReadInvocation{.offset = 512, .length = 1, .output = made("out", "kept")}), ExitCode::failure);
+}
+
+TEST_F(Read, EndsWhereTheDiskEndsAndSaysSo) {
+    plugIn(512, 510, "ab");
+    const std::string output = made("out", "");
+    EXPECT_EQ(carriedOut(ReadInvocation{.offset = 510, .length = 5, .output = output}), ExitCode::success);
+    EXPECT_EQ(fs::file_size(output), 2U);
+    EXPECT_TRUE(complained("Only 2 of 5 bytes could be read."));
 }
 
 TEST_F(Read, SaysThatItsFileCannotBeWritten) {
@@ -146,6 +165,12 @@ TEST_F(Write, PutsTheFilesBytesOnTheBlockNode) {
     EXPECT_EQ(carriedOut(WriteInvocation{3, made("f", "abc")}), ExitCode::success);
     const auto& disk = on.disks.disks["/dev/disk2"];
     EXPECT_EQ(std::vector(disk.begin() + 2, disk.begin() + 7), bytes(std::string_view("\0abc\0", 5)));
+}
+
+TEST_F(Write, FailsWhenTheDiskTakesOnlyAPart) {
+    plugIn(512);
+    EXPECT_EQ(carriedOut(WriteInvocation{510, made("f", "abc")}), ExitCode::failure);
+    EXPECT_TRUE(complained("Only 2 of 3 bytes could be written."));
 }
 
 TEST_F(Write, RefusesMoreThanOneWriteCanCarry) {
@@ -166,6 +191,35 @@ TEST_F(Push, HandsOverTheAbsolutePathAndTheBlock) {
 
 TEST_F(Push, FailsWithoutAnAccessory) {
     EXPECT_EQ(carriedOut(PushInvocation{0, made("f", "x")}), ExitCode::failure);
+}
+
+class UnusableFile : public Commands, public testing::WithParamInterface<const char*> {};
+
+TEST_P(UnusableFile, IsRefusedByEveryCommandBeforeTheEngineSeesIt) {
+    plugIn(512);
+    const std::string file = GetParam();
+    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, file, false}), ExitCode::wrongCall);
+    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::icon, file, false}), ExitCode::wrongCall);
+    EXPECT_EQ(carriedOut(PushInvocation{0, file}), ExitCode::wrongCall);
+    EXPECT_EQ(carriedOut(WriteInvocation{0, file}), ExitCode::wrongCall);
+    EXPECT_TRUE(service.requests().empty());
+    EXPECT_TRUE(on.disks.journal.empty());
+    EXPECT_TRUE(complained(file));
+}
+
+INSTANTIATE_TEST_SUITE_P(Files, UnusableFile, testing::Values("/none", "/", "/dev/null", "/dev/stdin/none"));
+
+TEST_F(Commands, RefuseAnImageThatCannotBeRead) {
+    // An ordinary file by its kind that can only be written to.
+    const char* const writeOnly = "/sys/bus/platform/drivers_probe";
+    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, writeOnly, false}), ExitCode::wrongCall);
+    EXPECT_TRUE(complained("can't be read"));
+}
+
+TEST_F(Commands, ListDrivesWhoseNamesAreNotUtf8) {
+    on.volumes.mounted = {"/media/bad\xff", "/media/good"};
+    EXPECT_EQ(carriedOut(DrivesInvocation{.json = true}), ExitCode::success);
+    EXPECT_EQ(out.str(), "[\"/media/bad\uFFFD\",\"/media/good\"]\n");
 }
 
 TEST_F(Pull, AsksForTheBlocks) {

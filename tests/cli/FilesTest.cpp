@@ -6,7 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "cli/ImageFile.h"
+#include "cli/OrdinaryFile.h"
 #include "cli/OutputFile.h"
 
 namespace kestrav {
@@ -36,7 +36,7 @@ class Files : public testing::Test {
     }
 
     static std::string refusal(const std::string& path) {
-        const auto opened = ImageFile::open(path);
+        const auto opened = OrdinaryFile::open(path);
         const auto* sentence = std::get_if<std::string>(&opened);
         return sentence == nullptr ? "accepted" : *sentence;
     }
@@ -51,52 +51,67 @@ class Files : public testing::Test {
     fs::path folder_;
 };
 
-using ImageFiles = Files;
+using OrdinaryFiles = Files;
 using OutputFiles = Files;
 
-TEST_F(ImageFiles, AreReadByOffset) {
-    const auto opened = ImageFile::open(made("image", "0123456789"));
-    ASSERT_TRUE(std::holds_alternative<ImageFile>(opened));
-    const auto& image = std::get<ImageFile>(opened);
+TEST_F(OrdinaryFiles, AreReadByOffset) {
+    const auto opened = OrdinaryFile::open(made("image", "0123456789"));
+    ASSERT_TRUE(std::holds_alternative<OrdinaryFile>(opened));
+    const auto& image = std::get<OrdinaryFile>(opened);
     EXPECT_EQ(image.size(), 10);
     EXPECT_EQ(image.read(4, 3), (std::vector{std::byte{'4'}, std::byte{'5'}, std::byte{'6'}}));
     EXPECT_EQ(image.read(8, 100).size(), 2U);
     EXPECT_TRUE(image.read(11, 1).empty());
 }
 
-TEST_F(ImageFiles, BearTheirAbsolutePath) {
+TEST_F(OrdinaryFiles, BearTheirAbsolutePath) {
     const std::string absolute = made("image", "x");
     const fs::path before = fs::current_path();
     fs::current_path(fs::path(absolute).parent_path());
-    const auto opened = ImageFile::open("image");
+    const auto opened = OrdinaryFile::open("image");
     fs::current_path(before);
-    ASSERT_TRUE(std::holds_alternative<ImageFile>(opened));
-    EXPECT_EQ(std::get<ImageFile>(opened).path(), absolute);
+    ASSERT_TRUE(std::holds_alternative<OrdinaryFile>(opened));
+    EXPECT_EQ(std::get<OrdinaryFile>(opened).path(), absolute);
 }
 
-TEST_F(ImageFiles, MayBeEmpty) {
+TEST_F(OrdinaryFiles, MayBeEmpty) {
     EXPECT_EQ(refusal(made("empty", "")), "accepted");
 }
 
-TEST_F(ImageFiles, AreRefusedWhenMissing) {
+TEST_F(OrdinaryFiles, AreRefusedWhenMissing) {
     EXPECT_NE(refusal(path("none")).find("No such file"), std::string::npos);
 }
 
-TEST_F(ImageFiles, AreRefusedWhenAFolder) {
+TEST_F(OrdinaryFiles, AreRefusedWhenAFolder) {
     EXPECT_NE(refusal(path("")).find("is a folder"), std::string::npos);
 }
 
-TEST_F(ImageFiles, AreRefusedWhenAPipeWithoutWaitingForAWriter) {
+TEST_F(OrdinaryFiles, AreRefusedWhenAPipeWithoutWaitingForAWriter) {
     ASSERT_EQ(::mkfifo(path("pipe").c_str(), 0600), 0);
     EXPECT_NE(refusal(path("pipe")).find("is a pipe"), std::string::npos);
 }
 
-TEST_F(ImageFiles, AreRefusedWhenADevice) {
+TEST_F(OrdinaryFiles, AreRefusedWhenADevice) {
     EXPECT_NE(refusal("/dev/null").find("is a device"), std::string::npos);
 }
 
-TEST_F(ImageFiles, AreRefusedWhenTheNameIsNotUtf8) {
+TEST_F(OrdinaryFiles, AreRefusedWhenTheNameIsNotUtf8) {
     EXPECT_NE(refusal(made("\xff", "x")).find("not valid UTF-8"), std::string::npos);
+}
+
+TEST_F(OrdinaryFiles, AreRefusedWhenTheirFolderIsNotUtf8) {
+    const fs::path folder = path("\xff");
+    fs::create_directory(folder);
+    const fs::path before = fs::current_path();
+    made("\xff/image", "x");
+    fs::current_path(folder);
+    const std::string sentence = refusal("image");
+    fs::current_path(before);
+    EXPECT_NE(sentence.find("not valid UTF-8"), std::string::npos);
+}
+
+TEST_F(OrdinaryFiles, AreRefusedWhenTheServiceWouldSeeAnotherFile) {
+    EXPECT_NE(refusal("/proc/self/status").find("another file to the command service"), std::string::npos);
 }
 
 TEST_F(OutputFiles, AreWrittenWhole) {

@@ -83,12 +83,21 @@ class BadDay(RoadTest):
         self.assert_said(result, [], 2)
         self.assert_reported(result, "is a pipe")
 
-    def test_an_image_that_its_owner_may_only_read(self):
+    def test_an_image_that_can_only_be_read(self):
         self.start_service()
         path = self.image(1000)
-        path.chmod(0o400)
+        # Root may write to any file, but not on a mount that is read-only.
+        subprocess.run(["mount", "--bind", path, path], check=True)
+        subprocess.run(["mount", "-o", "remount,bind,ro", path], check=True)
+        self.addCleanup(subprocess.run, ["umount", path], check=True)
         self.assert_said(self.kestravctl("firmware", path), self.finished(path, 1000))
         self.assertEqual(self.disk_bytes(FIRMWARE, 1000), content(1000))
+
+    def test_standard_input_as_image(self):
+        with open(self.image(1000), "rb") as image:
+            result = self.kestravctl("firmware", "/dev/stdin", stdin=image)
+        self.assert_said(result, [], 2)
+        self.assert_reported(result, "the name of the file itself")
 
     def test_a_reply_with_percent_signs_is_shown_as_it_is(self):
         with AnsweringService(lambda peer: peer.send(b"100 %s %n %p done")):

@@ -4,7 +4,7 @@ import json
 import os
 import subprocess
 
-from road import FIRMWARE, PROGRAMS, ROOT, RoadTest, content, mount_points
+from road import FIRMWARE, MIB, PROGRAMS, ROOT, RoadTest, content, mount_points
 
 
 class FrontEnd(RoadTest):
@@ -103,6 +103,25 @@ class FrontEnd(RoadTest):
     def test_read_past_the_end_fails(self):
         self.assertEqual(self.kestravctl("read", 1 << 30, 1).returncode, 1)
 
+    def test_read_puts_no_bytes_on_a_terminal(self):
+        terminal, other_end = os.openpty()
+        self.addCleanup(os.close, terminal)
+        result = self.kestravctl("read", 0, 1, stdout=other_end)
+        os.close(other_end)
+        self.assertEqual(result.returncode, 2)
+        self.assert_reported(result, "redirect the output")
+
+    def test_too_little_memory_is_a_sentence(self):
+        big = self.folder / "big"
+        with open(big, "wb") as file:
+            file.truncate(1500 * MIB)
+        limited = ["bash", "-c", 'ulimit -v 1000000; exec "$@"', "-", PROGRAMS / "kestravctl"]
+        if subprocess.run([*limited, "--version"], capture_output=True).returncode != 0:
+            self.skipTest("a build with a sanitizer needs more address space than that to start")
+        result = subprocess.run([*limited, "write", "0", big], capture_output=True, timeout=60)
+        self.assertEqual(result.returncode, 2)
+        self.assert_reported(result, "not enough memory")
+
     def test_read_without_an_accessory(self):
         result = self.kestravctl("read", 0, 1, plugged=False)
         self.assertEqual((result.returncode, result.stdout), (1, b""))
@@ -127,6 +146,10 @@ class FrontEnd(RoadTest):
         result = self.kestravctl("read", 0, 1, device="accessory-without-disk")
         self.assertEqual(result.returncode, 1)
         self.assert_reported(result, "Unabled to open /dev/rnil")
+
+    def test_help_onto_a_full_disk(self):
+        with open("/dev/full", "wb") as full:
+            self.assertEqual(subprocess.run([PROGRAMS / "kestravctl", "--help"], stdout=full).returncode, 2)
 
     def test_a_wrong_call(self):
         result = self.kestravctl("push", "-5", "file")

@@ -9,7 +9,6 @@
 namespace kestrav {
 namespace {
 
-
 constexpr std::int32_t longest = std::numeric_limits<std::int32_t>::max();
 
 class Connects : public ::testing::TestWithParam<std::int32_t> {};

@@ -58,7 +58,6 @@ ssize_t __wrap_send(int fd, const void* bytes, std::size_t length, int flags) {
 namespace kestrav {
 namespace {
 
-
 class Faulty : public ::testing::Test {
   protected:
     void SetUp() override { faults() = {}; }

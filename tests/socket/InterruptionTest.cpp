@@ -12,7 +12,6 @@
 namespace kestrav {
 namespace {
 
-
 constexpr std::chrono::milliseconds aWhile(300);
 
 template <typename Action>

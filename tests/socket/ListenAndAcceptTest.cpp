@@ -11,7 +11,6 @@
 namespace kestrav {
 namespace {
 
-
 TEST(TcpListen, ListensOnTheAddress) {
     const UniqueFd fd(tcp_listen("127.0.0.1", 0));
     ASSERT_GT(fd.get(), 0);

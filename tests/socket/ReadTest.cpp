@@ -12,7 +12,6 @@
 namespace kestrav {
 namespace {
 
-
 std::thread later(int fd, const char* text) {
     return std::thread([fd, text] {
         std::this_thread::sleep_for(std::chrono::milliseconds(200));

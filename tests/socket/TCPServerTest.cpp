@@ -7,7 +7,6 @@
 namespace kestrav {
 namespace {
 
-
 TEST(TCPServer, StartsClosedAndAcceptsNothing) {
     TCPServer server("127.0.0.1", 9090);
     EXPECT_EQ(server.address, "127.0.0.1");

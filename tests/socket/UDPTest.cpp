@@ -10,7 +10,6 @@
 namespace kestrav {
 namespace {
 
-
 std::int32_t freeUdpPort() {
     return portOf(boundSocket(SOCK_DGRAM, "0.0.0.0").get());
 }

@@ -6,7 +6,6 @@
 namespace kestrav {
 namespace {
 
-
 TEST(WaitUntilReadable, FailsOnAClosedDescriptor) {
     UniqueFd fd = boundSocket(SOCK_STREAM);
     const int number = fd.get();

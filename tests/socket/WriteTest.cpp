@@ -13,7 +13,6 @@
 namespace kestrav {
 namespace {
 
-
 bool sigpipeIsPending() {
     sigset_t pending;
     ::sigpending(&pending);

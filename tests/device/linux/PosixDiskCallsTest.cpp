@@ -6,11 +6,13 @@
 #include <sys/time.h>
 #include <thread>
 
+#include "base/UniqueFd.h"
 #include "device/linux/MountinfoVolumes.h"
 #include "device/linux/PosixDiskCalls.h"
 #include "tests/device/TemporaryFolder.h"
 #include "tests/device/fakes/bytes.h"
 #include "tests/device/linux/PrivateMounts.h"
+#include "tests/simulator/ShellRun.h"
 
 namespace kestrav {
 namespace {
@@ -96,7 +98,8 @@ TEST_F(PosixDisks, OpenInSpiteOfSignals) {
         ::sigfillset(&all);
         ::pthread_sigmask(SIG_BLOCK, &all, nullptr);
         std::this_thread::sleep_for(std::chrono::milliseconds(150));
-        std::ofstream(path).close();
+        // For reading too: that never waits, so a reader that has given up doesn't hang the test.
+        const UniqueFd otherEnd(::open(path.c_str(), O_RDWR | O_CLOEXEC));
     });
     ASSERT_EQ(::setitimer(ITIMER_REAL, &often, nullptr), 0);
     const int descriptor = disks_.open(path, DiskAccess::readOnly);
@@ -106,6 +109,24 @@ TEST_F(PosixDisks, OpenInSpiteOfSignals) {
     EXPECT_GT(alarms, 0);
     EXPECT_GT(descriptor, 0);
     disks_.close(descriptor);
+}
+
+TEST_F(PosixDisks, ReadAndWriteABlockDevice) {
+    const std::string path = diskOf(std::string(1 << 20, '0'));
+    ShellRun attached("losetup --find --show " + path + " 2>/dev/null");
+    if (attached.status != 0) GTEST_SKIP() << "attaching a loop device takes root and a kernel that has them";
+    attached.output.pop_back();
+    const int descriptor = disks_.open(attached.output, DiskAccess::readAndWrite);
+    ASSERT_GT(descriptor, 0);
+    EXPECT_EQ(disks_.pwrite(descriptor, bytes("XY"), 1000), 2);
+    std::vector<std::byte> buffer = bytes("....");
+    EXPECT_EQ(disks_.pread(descriptor, buffer, 999), 4);
+    EXPECT_EQ(buffer, bytes("0XY0"));
+    EXPECT_EQ(disks_.pread(descriptor, buffer, 1 << 20), 0);
+    EXPECT_LT(disks_.pwrite(descriptor, bytes("XY"), 1 << 20), 0) << "a disk doesn't grow";
+    disks_.close(descriptor);
+    EXPECT_EQ(ShellRun("losetup --detach " + attached.output).status, 0);
+    EXPECT_EQ(contentOf(path).substr(999, 4), "0XY0");
 }
 
 TEST_F(PosixDisks, UnmountWhatIsMountedThere) {

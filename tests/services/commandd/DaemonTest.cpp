@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <memory>
+#include <ostream>
 #include <poll.h>
 #include <string>
 #include <sys/resource.h>
@@ -36,6 +37,15 @@ class Daemon : public testing::Test {
         return {"if=" + image, "of=/dev/rsdzz", "seek=" + std::to_string(block), "bs=512"};
     }
     std::string nothing() { return ask(daemon_.port(), "umount", {"/dev/sdzzs1"}); }
+    /// The answer once the places of peers that have just left are free again.
+    std::string nothingOncePlaceIsFree() {
+        std::string reply = nothing();
+        for (int i = 0; i < 200 && reply.find("busy") != std::string::npos; ++i) {
+            std::this_thread::sleep_for(20ms);
+            reply = nothing();
+        }
+        return reply;
+    }
 
     const std::string before_ = patternOf(4 * mebibyte, 7);
     SimulatedAccessory accessory_{before_};
@@ -90,6 +100,8 @@ struct BadBytesRow {
     std::string name;
     std::string bytes;
     std::string said;
+
+    friend void PrintTo(const BadBytesRow& row, std::ostream* out) { *out << row.name; }
 };
 
 class BadBytes : public Daemon, public testing::WithParamInterface<BadBytesRow> {};
@@ -189,7 +201,7 @@ TEST_F(Daemon, ServesSixtyFourPeersAndTellsTheNextToComeBack) {
     EXPECT_GE(served, 64);
     EXPECT_EQ(served + toldToComeBack, 500);
     peers.clear();
-    EXPECT_EQ(nothing(), nothingDone);
+    EXPECT_EQ(nothingOncePlaceIsFree(), nothingDone);
 }
 
 TEST_F(Daemon, HasPlaceAgainOnceSilentPeersAreGone) {
@@ -198,9 +210,8 @@ TEST_F(Daemon, HasPlaceAgainOnceSilentPeersAreGone) {
         peers.push_back(std::make_unique<Client>(daemon_.port()));
     EXPECT_EQ(nothing(), "Refused: the service is busy; try again in a moment.");
     peers.clear();
-    for (int i = 0; i < 100 && nothing() != nothingDone; ++i)
-        std::this_thread::sleep_for(20ms);
-    EXPECT_EQ(nothing(), nothingDone);
+    std::this_thread::sleep_for(20ms);
+    EXPECT_EQ(nothingOncePlaceIsFree(), nothingDone);
 }
 
 TEST_F(Daemon, KeepsNothingOpenAfterManyRequests) {
@@ -260,167 +271,6 @@ TEST_F(Daemon, StopsAtOnceWhenThereIsNothingToDo) {
 TEST_F(Daemon, StopsOnInterruptToo) {
     daemon_.signal(SIGINT);
     EXPECT_EQ(daemon_.waitForEnd(), 0);
-}
-
-/// A write that takes a while: the process that does it is found and can be held.
-class DaemonInMidWrite : public testing::Test {
-  protected:
-    static constexpr std::size_t imageSize = 160 * mebibyte;
-
-    void SetUp() override {
-        std::string bytes;
-        while (bytes.size() < imageSize)
-            bytes += patternOf(mebibyte, 3);
-        image_ = folder_.file("image", bytes);
-        std::filesystem::resize_file(accessory_.nodes() / "sdzz", diskSize);
-        disk_.reset(::open((accessory_.nodes() / "sdzz").c_str(), O_RDONLY | O_CLOEXEC));
-        ASSERT_TRUE(disk_);
-    }
-
-    char diskByte(std::size_t at) const {
-        char byte = 0;
-        return ::pread(disk_.get(), &byte, 1, static_cast<off_t>(at)) == 1 ? byte : '?';
-    }
-    bool isAtEnd() const { return diskByte(imageEnd - 1) != 0; }
-
-    /// Sends the request and holds the process that carries it out, once it has written something.
-    pid_t holdInMidWrite(const CommandDaemon& daemon, const Client& client) {
-        client.send(requestFor("dd", {"if=" + image_, "of=/dev/rsdzz", "seek=1536", "bs=512"}));
-        const pid_t writer = daemon.waitForChild();
-        while (diskByte(1536 * 512 + 1) == 0)
-            std::this_thread::yield();
-        ::kill(writer, SIGSTOP);
-        return writer;
-    }
-
-    static constexpr std::size_t imageEnd = 1536 * 512 + imageSize;
-    static constexpr std::size_t diskSize = 200 * mebibyte;
-    TemporaryFolder folder_;
-    SimulatedAccessory accessory_{"", {{"size=0", "size=" + std::to_string(diskSize / 512)}}};
-    std::string image_;
-    UniqueFd disk_;
-};
-
-TEST_F(DaemonInMidWrite, EndsTheWriteAndAnswersBeforeItStops) {
-    CommandDaemon daemon;
-    const Client client(daemon.port());
-    const pid_t writer = holdInMidWrite(daemon, client);
-    ASSERT_FALSE(isAtEnd());
-    daemon.signal(SIGTERM);
-    ::kill(writer, SIGTERM);  // as a service manager does: to all of its processes
-    std::this_thread::sleep_for(200ms);
-    EXPECT_TRUE(daemon.runs());
-    EXPECT_THROW(Client{daemon.port()}, std::runtime_error);  // nobody new is taken
-    ::kill(writer, SIGCONT);
-    EXPECT_THAT(client.readOnce(60), StartsWith("Wrote " + std::to_string(imageSize) + " bytes"));
-    EXPECT_EQ(daemon.waitForEnd(), 0);
-}
-
-TEST_F(DaemonInMidWrite, LeavesTheDiskToTheNextUpdateWhenItIsKilled) {
-    {
-        CommandDaemon daemon;
-        const Client client(daemon.port());
-        const pid_t writer = holdInMidWrite(daemon, client);
-        ASSERT_FALSE(isAtEnd());
-        daemon.signal(SIGKILL);
-        EXPECT_EQ(daemon.waitForEnd(), 128 + SIGKILL);
-        EXPECT_EQ(client.readOnce(), "");
-        for (int i = 0; i < 500 && ::kill(writer, 0) == 0; ++i)
-            std::this_thread::sleep_for(10ms);
-        EXPECT_NE(::kill(writer, 0), 0);
-        EXPECT_FALSE(isAtEnd());
-    }
-    const CommandDaemon next;
-    EXPECT_THAT(ask(next.port(), "dd", {"if=" + folder_.file("small", "x"), "of=/dev/rsdzz", "seek=1536", "bs=512"}),
-                StartsWith("Wrote 1 bytes"));
-}
-
-TEST_F(DaemonInMidWrite, RefusesASecondUpdateOfTheDiskAndServesOthers) {
-    const CommandDaemon daemon;
-    const Client client(daemon.port());
-    const pid_t writer = holdInMidWrite(daemon, client);
-    EXPECT_EQ(ask(daemon.port(), "umount", {"/dev/sdzzs1"}), nothingDone);
-    const std::string small = folder_.file("small", "x");
-    EXPECT_THAT(ask(daemon.port(), "dd", {"if=" + small, "of=/dev/rsdzz", "seek=2048", "bs=512"}),
-                StartsWith("Refused: the disk sdzz is in use by "));
-    EXPECT_THAT(ask(daemon.port(), "dd", {"if=/dev/rsdzz", "skip=1536", "count=1"}),
-                StartsWith("Refused: the disk sdzz is in use by "));
-    ::kill(writer, SIGCONT);
-    EXPECT_THAT(client.readOnce(60), StartsWith("Wrote " + std::to_string(imageSize)));
-}
-
-TEST_F(DaemonInMidWrite, FinishesTheWriteWhenThePeerGoes) {
-    const CommandDaemon daemon;
-    {
-        const Client client(daemon.port());
-        const pid_t writer = holdInMidWrite(daemon, client);
-        ::kill(writer, SIGCONT);
-    }
-    for (int i = 0; i < 6000 && !daemon.children().empty(); ++i)
-        std::this_thread::sleep_for(10ms);
-    EXPECT_THAT(daemon.log(), HasSubstr(": Wrote " + std::to_string(imageSize) + " bytes"));
-}
-
-TEST_F(DaemonInMidWrite, AnswersForAProcessThatDied) {
-    const CommandDaemon daemon;
-    const Client client(daemon.port());
-    ::kill(holdInMidWrite(daemon, client), SIGKILL);
-    EXPECT_EQ(client.readOnce(),
-              "Failed: the request's process ended before it was done. If it was a write, repeat it.");
-}
-
-TEST(DaemonWithoutDescriptors, WaitsInsteadOfSpinning) {
-    CommandDaemon daemon({.handed = std::nullopt, .descriptors = 8, .uid = std::nullopt});
-    std::vector<std::unique_ptr<Client>> peers;
-    for (int i = 0; i < 20; ++i)
-        peers.push_back(std::make_unique<Client>(daemon.port()));
-    const auto ticks = [&daemon] {
-        std::ifstream stat("/proc/" + std::to_string(daemon.pid()) + "/stat");
-        std::string word;
-        for (int i = 0; i < 13; ++i)
-            stat >> word;
-        long user = 0;
-        long system = 0;
-        stat >> user >> system;
-        return user + system;
-    };
-    const long before = ticks();
-    std::this_thread::sleep_for(1s);
-    EXPECT_LT(ticks() - before, ::sysconf(_SC_CLK_TCK) / 5);
-    peers.clear();
-    EXPECT_TRUE(daemon.runs());
-    std::string reply;
-    for (int i = 0; i < 100 && reply.empty(); ++i)
-        reply = ask(daemon.port(), "rm", {});
-    EXPECT_THAT(reply, StartsWith("Refused: "));
-}
-
-TEST(DaemonOfAUser, ServesThatUserAndRoot) {
-    if (::geteuid() != 0) GTEST_SKIP() << "needs root: runs as another user";
-    const CommandDaemon daemon({.handed = std::nullopt, .descriptors = std::nullopt, .uid = 65534});
-    EXPECT_THAT(ask(daemon.port(), "rm", {}), HasSubstr("is not a command"));
-    for (const auto& [uid, expected] : {std::pair{65534U, "is not a command"}, {65533U, "may not write"}}) {
-        const pid_t other = ::fork();
-        if (other == 0) {
-            if (::setresuid(uid, uid, uid) != 0) ::_exit(2);
-            ::_exit(ask(daemon.port(), "rm", {}).find(expected) != std::string::npos ? 0 : 1);
-        }
-        int status = -1;
-        ASSERT_EQ(::waitpid(other, &status, 0), other);
-        EXPECT_EQ(status, 0) << uid;
-    }
-}
-
-TEST(DaemonStart, RefusesAHandedSocketThatIsNotAListenerOnLoopback) {
-    const UniqueFd datagrams(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
-    const UniqueFd idle(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    const UniqueFd everywhere(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    ASSERT_EQ(::listen(everywhere.get(), 1), 0);  // unbound: every address of the machine
-    for (const int socket : {datagrams.get(), idle.get(), everywhere.get()}) {
-        CommandDaemon daemon({.handed = socket, .descriptors = std::nullopt, .uid = std::nullopt});
-        EXPECT_EQ(daemon.waitForEnd(), 1);
-        EXPECT_THAT(daemon.log(), HasSubstr("does not listen for TCP on a loopback address"));
-    }
 }
 
 }  // namespace

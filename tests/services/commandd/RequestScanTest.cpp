@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <ostream>
 #include <string>
 #include <string_view>
 
@@ -14,6 +15,8 @@ struct ScanRow {
     std::string name;
     std::string bytes;
     State state;
+
+    friend void PrintTo(const ScanRow& row, std::ostream* out) { *out << row.name; }
 };
 
 class Scan : public testing::TestWithParam<ScanRow> {};
@@ -71,6 +74,8 @@ struct BadRequestRow {
     std::string name;
     std::string text;
     std::string said;
+
+    friend void PrintTo(const BadRequestRow& row, std::ostream* out) { *out << row.name; }
 };
 
 class BadRequest : public testing::TestWithParam<BadRequestRow> {};

@@ -2,6 +2,7 @@
 #include <fstream>
 #include <functional>
 #include <gtest/gtest.h>
+#include <ostream>
 #include <string>
 
 #include "services/privileged/AccessoryNode.h"
@@ -75,6 +76,8 @@ struct WrongDiskRow {
     SimulatedAccessory::Edits edits;
     std::function<void(const fs::path&)> change;  // of the simulated /dev
     std::string said;
+
+    friend void PrintTo(const WrongDiskRow& row, std::ostream* out) { *out << row.name; }
 };
 
 class WrongDisk : public testing::TestWithParam<WrongDiskRow> {};
@@ -164,6 +167,8 @@ struct SwapRow {
     std::string name;
     std::function<void(SimulatedAccessory&)> swap;
     std::string said;
+
+    friend void PrintTo(const SwapRow& row, std::ostream* out) { *out << row.name; }
 };
 
 class SwappedDisk : public testing::TestWithParam<SwapRow> {};

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <ostream>
 #include <string>
 #include <string_view>
 
@@ -11,6 +12,8 @@ struct ShownRow {
     std::string_view name;
     std::string_view text;
     std::string_view expected;
+
+    friend void PrintTo(const ShownRow& row, std::ostream* out) { *out << row.name; }
 };
 
 class Shown : public testing::TestWithParam<ShownRow> {};

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -42,6 +43,8 @@ struct RefusedRow {
     std::string command;
     Arguments arguments;
     std::string said;  // a part of the sentence
+
+    friend void PrintTo(const RefusedRow& row, std::ostream* out) { *out << row.name; }
 };
 
 class RefusedCommandLine : public testing::TestWithParam<RefusedRow> {};

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <ostream>
 #include <string>
 
 #include "services/privileged/AnswerText.h"
@@ -15,6 +16,10 @@ struct ReadRow {
     std::uint64_t first;
     std::uint64_t count;
     std::uint32_t blockSize;
+
+    friend void PrintTo(const ReadRow& row, std::ostream* out) {
+        *out << row.count << " from " << row.first << " in blocks of " << row.blockSize;
+    }
 };
 
 class ReadBlocks : public testing::TestWithParam<ReadRow> {};
@@ -37,6 +42,8 @@ struct RefusedReadRow {
     std::uint64_t first;
     std::uint64_t count;
     std::string said;
+
+    friend void PrintTo(const RefusedReadRow& row, std::ostream* out) { *out << row.count << " from " << row.first; }
 };
 
 class RefusedRead : public testing::TestWithParam<RefusedReadRow> {};

@@ -1,5 +1,6 @@
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <ostream>
 #include <string>
 #include <unistd.h>
 
@@ -34,6 +35,8 @@ struct PlaceRow {
     std::size_t imageBytes;
     std::uint64_t offset;
     std::uint32_t blockSize;
+
+    friend void PrintTo(const PlaceRow& row, std::ostream* out) { *out << row.name; }
 };
 
 class ImagePlace : public WriteImage, public testing::WithParamInterface<PlaceRow> {};

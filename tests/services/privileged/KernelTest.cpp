@@ -287,6 +287,28 @@ TEST_F(GateOnKernel, RefusesADiskThatWasPutInTheJudgedOnesPlace) {
     EXPECT_EQ(disk.problem().sentence, "another disk took the place of " + disk_->name() + " meanwhile.");
 }
 
+/// A register that has not heard of the change yet.
+class LateDevices final : public BlockDevices {
+  public:
+    explicit LateDevices(BlockDevice known) : known_(std::move(known)) {}
+    std::optional<BlockDevice> find(dev_t) const override { return known_; }
+    std::vector<dev_t> diskAndPartitions(dev_t disk) const override { return {disk}; }
+    std::vector<std::string> builtOnTopOf(dev_t) const override { return {}; }
+
+  private:
+    BlockDevice known_;
+};
+
+TEST_F(GateOnKernel, TrustsTheOpenedDisksOwnSequenceNumberMost) {
+    const auto judged = findDisk(*devices_, "/dev/r" + disk_->name(), disk_->name());
+    ASSERT_TRUE(judged);
+    const LateDevices late(judged.value().device);
+    ASSERT_TRUE(openDisk(late, judged.value(), DiskUse::write));
+    disk_->swapFor(folder_.file("other", before_));
+    EXPECT_FALSE(openDisk(late, judged.value(), DiskUse::write));
+    EXPECT_FALSE(openDisk(late, judged.value(), DiskUse::read));
+}
+
 TEST_F(GateOnKernel, RefusesAWriteProtectedDisk) {
     disk_.reset();
     disk_.emplace(folder_.path() / "disk", true);
@@ -308,41 +330,6 @@ TEST_F(GateOnKernel, ReadsBackThroughABufferedNodeFromTheDiskItself) {
     const auto [error, fromDisk] = bytes.readBack(65536, buffer);
     EXPECT_FALSE(error);
     EXPECT_TRUE(fromDisk);
-}
-
-TEST(NodeBytes, AdmitsThatItReadMemory) {
-    char path[] = "/dev/shm/kestrav-XXXXXX";  // a file system that is memory and nothing else
-    if (::geteuid() == 0) std::strcpy(path, "/dev/kestrav-XXXXXX");
-    UniqueFd file(::mkstemp(path));
-    ASSERT_TRUE(file);
-    ::unlink(path);
-    NodeBytes bytes(std::move(file), 65536, 512);
-    alignas(4096) static std::byte buffer[65536];
-    ASSERT_FALSE(bytes.write(0, buffer));
-    ASSERT_FALSE(bytes.flush());
-    const auto [error, fromDisk] = bytes.readBack(0, buffer);
-    EXPECT_FALSE(error);
-    EXPECT_FALSE(fromDisk);
-}
-
-TEST(NodeBytes, CallsADiskThatEndsEarlyAnError) {
-    const TemporaryFolder folder;
-    UniqueFd file(::open(folder.file("short", "x").c_str(), O_RDWR | O_CLOEXEC));
-    NodeBytes bytes(std::move(file), 65536, 512);
-    alignas(4096) static std::byte buffer[512];
-    EXPECT_EQ(bytes.read(0, buffer), std::errc::io_error);
-}
-
-TEST(NodeBytes, ReportsAFullDisk) {
-    UniqueFd full(::open("/dev/full", O_RDWR | O_CLOEXEC));
-    if (!full) {
-        ASSERT_EQ(::mknod("/dev/full", S_IFCHR | 0666, makedev(1, 7)), 0);
-        full.reset(::open("/dev/full", O_RDWR | O_CLOEXEC));
-    }
-    ASSERT_TRUE(full);
-    NodeBytes bytes(std::move(full), 65536, 512);
-    alignas(4096) static std::byte buffer[512];
-    EXPECT_EQ(bytes.write(0, buffer), std::errc::no_space_on_device);
 }
 
 }  // namespace

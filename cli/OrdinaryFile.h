@@ -11,10 +11,10 @@
 namespace kestrav {
 
 /// A file that is going to be sent to the disk: an ordinary, readable one, held open.
-class ImageFile {
+class OrdinaryFile {
   public:
     /// The open file, or a sentence that says what is wrong with it and what to do.
-    static std::variant<ImageFile, std::string> open(const std::string& path);
+    static std::variant<OrdinaryFile, std::string> open(const std::string& path);
 
     /// The absolute path: the command service, which opens the file again, works in another folder.
     const std::string& path() const noexcept { return path_; }
@@ -26,7 +26,7 @@ class ImageFile {
     std::vector<std::byte> read(std::int64_t offset, std::int64_t length) const;
 
   private:
-    ImageFile(UniqueFd fd, std::string path, std::int64_t size) noexcept
+    OrdinaryFile(UniqueFd fd, std::string path, std::int64_t size) noexcept
         : fd_(std::move(fd)),
           path_(std::move(path)),
           size_(size) {}

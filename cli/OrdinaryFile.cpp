@@ -1,4 +1,4 @@
-#include "cli/ImageFile.h"
+#include "cli/OrdinaryFile.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -14,6 +14,8 @@
 namespace kestrav {
 namespace {
 
+namespace fs = std::filesystem;
+
 std::optional<std::string> whatItIsInstead(mode_t mode) {
     if (S_ISREG(mode)) return std::nullopt;
     if (S_ISDIR(mode)) return "is a folder";
@@ -26,12 +28,26 @@ std::string cannotBeRead(const std::string& path, int error) {
     return path + " can't be read: " + std::strerror(error) + ". Check the name and your rights to the file.";
 }
 
+/// The path by which the command service can open the file too, or a sentence that says why there is none.
+std::variant<fs::path, std::string> sharedPath(const std::string& path) {
+    std::error_code failed;
+    fs::path absolute = fs::absolute(path, failed);
+    if (failed) return path + " has no absolute path: the current folder can't be told. Change to one that exists.";
+    if (!isValidUTF8(absolute.native())) {
+        return std::string(
+            "The file's path is not valid UTF-8, so it can't be sent to the command service. Rename the "
+            "file or its folder.");
+    }
+    const std::string folder = *std::next(absolute.begin());
+    if (folder == "proc" || folder == "dev") {
+        return path + " may be another file to the command service. Give the name of the file itself.";
+    }
+    return absolute;
+}
+
 }  // namespace
 
-std::variant<ImageFile, std::string> ImageFile::open(const std::string& path) {
-    if (!isValidUTF8(path)) {
-        return "The file's name is not valid UTF-8, so it can't be sent to the command service. Rename the file.";
-    }
+std::variant<OrdinaryFile, std::string> OrdinaryFile::open(const std::string& path) {
     // O_NONBLOCK: a pipe must be refused, not waited for. It means nothing for an ordinary file.
     UniqueFd fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     struct stat status = {};
@@ -40,15 +56,13 @@ std::variant<ImageFile, std::string> ImageFile::open(const std::string& path) {
         return path + " " + *instead + ". Give the name of an ordinary file that holds the image.";
     }
     char first = 0;
-    if (status.st_size > 0 && ::pread(fd.get(), &first, 1, 0) < 0) return cannotBeRead(path, errno);
-    std::error_code failed;
-    const std::string absolute = std::filesystem::absolute(path, failed);
-    if (failed)
-        return path + " has no absolute path: the current folder can't be told. Change to a folder that exists.";
-    return ImageFile(std::move(fd), absolute, status.st_size);
+    if (::pread(fd.get(), &first, 1, 0) < 0) return cannotBeRead(path, errno);
+    auto shared = sharedPath(path);
+    if (auto* sentence = std::get_if<std::string>(&shared)) return std::move(*sentence);
+    return OrdinaryFile(std::move(fd), std::get<fs::path>(shared), status.st_size);
 }
 
-std::vector<std::byte> ImageFile::read(std::int64_t offset, std::int64_t length) const {
+std::vector<std::byte> OrdinaryFile::read(std::int64_t offset, std::int64_t length) const {
     std::vector<std::byte> bytes(static_cast<std::size_t>(std::max<std::int64_t>(0, std::min(length, size_ - offset))));
     std::size_t done = 0;
     while (done < bytes.size()) {

@@ -1,0 +1,125 @@
+#include "benchmarks/json/measure.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <malloc.h>
+#include <string>
+#include <string_view>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace kestrav::benchmark {
+namespace {
+
+/// What a measuring process reports.
+struct Report {
+    Figures figures;
+    std::size_t written = 0;
+    std::size_t found = 0;
+};
+
+double median(std::vector<double> values) {
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
+
+template <class Work>
+double timed(const Work& work) {
+    const auto start = std::chrono::steady_clock::now();
+    work();
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+void check(bool holds, std::string_view what) {
+    if (holds) return;
+    std::fprintf(stderr, "json_benchmark: %.*s\n", static_cast<int>(what.size()), what.data());
+    std::exit(1);
+}
+
+double residentAtPeak() {
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);) {
+        if (line.starts_with("VmHWM:")) return std::strtod(line.c_str() + 6, nullptr) * 1024;
+    }
+    return 0;
+}
+
+double memoryOfParsing(Peer& peer, const Document& document) {
+    ::malloc_trim(0);
+    std::ofstream("/proc/self/clear_refs") << "5";  // the peak starts anew from what is resident now
+    const double before = residentAtPeak();
+    peer.parse(document.text);
+    return residentAtPeak() - before;
+}
+
+Report measureHere(Peer& peer, const Document& document) {
+    constexpr int kLookUps = 10;
+    Report report;
+    peer.prepare(document.paths);
+    check(peer.parse("{\"\":[]}"), "a library refused a small document");  // whatever it sets up once
+    peer.drop();
+    report.figures.memory = memoryOfParsing(peer, document);
+    peer.drop();
+    bool parsed = false;
+    report.figures.parse = timed([&] { parsed = peer.parse(document.text); });
+    check(parsed, "a library refused the document");
+    peer.serialise();
+    report.figures.serialise = timed([&] { report.written = peer.serialise(); });
+    peer.lookUp();
+    report.figures.lookUp = timed([&] {
+        for (int repeat = 0; repeat < kLookUps; ++repeat)
+            report.found += peer.lookUp();
+    });
+    return report;
+}
+
+Report measureApart(const PeerMaker& peer, const Document& document) {
+    int ends[2];
+    check(::pipe(ends) == 0, "no pipe");
+    const pid_t child = ::fork();
+    check(child >= 0, "no process");
+    if (child == 0) {
+        const Report report = measureHere(*peer(), document);
+        _exit(::write(ends[1], &report, sizeof report) == static_cast<ssize_t>(sizeof report) ? 0 : 1);
+    }
+    ::close(ends[1]);
+    Report report;
+    const bool told = ::read(ends[0], &report, sizeof report) == static_cast<ssize_t>(sizeof report);
+    ::close(ends[0]);
+    ::waitpid(child, nullptr, 0);
+    check(told, "a measurement did not end");
+    check(report.written > document.text.size() / 2, "a library wrote too little");
+    return report;
+}
+
+Figures medians(const std::vector<Report>& reports) {
+    const auto of = [&](double Figures::*figure) {
+        std::vector<double> values;
+        for (const Report& report : reports)
+            values.push_back(report.figures.*figure);
+        return median(values);
+    };
+    return {of(&Figures::parse), of(&Figures::serialise), of(&Figures::lookUp), of(&Figures::memory)};
+}
+
+}  // namespace
+
+std::vector<Figures> measure(const std::vector<PeerMaker>& peers, const Document& document, int rounds) {
+    std::vector<std::vector<Report>> reports(peers.size());
+    for (int round = 0; round < rounds; ++round) {
+        for (std::size_t at = 0; at < peers.size(); ++at) {
+            reports[at].push_back(measureApart(peers[at], document));
+            check(reports[at].back().found == reports[0].front().found, "the libraries found different texts");
+        }
+    }
+    std::vector<Figures> figures;
+    for (const auto& ofPeer : reports)
+        figures.push_back(medians(ofPeer));
+    return figures;
+}
+
+}  // namespace kestrav::benchmark
