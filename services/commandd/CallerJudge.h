@@ -16,7 +16,8 @@ class CallerJudge {
     virtual std::optional<std::string> refusal(uid_t uid) const = 0;
 };
 
-/// Root and the service's own user need no asking; everyone else is turned away.
+/// Root and the service's own user need no asking; everyone else is turned away. For a service that is not root's,
+/// which polkit would not answer about others.
 class RootAndOwnUser final : public CallerJudge {
   public:
     /// `own` is the user that the service runs as.
@@ -29,6 +30,12 @@ class RootAndOwnUser final : public CallerJudge {
 
   private:
     uid_t own_;
+};
+
+/// Everybody's requests are taken; whether they are carried out is then a question of consent.
+class EverybodyWithConsent final : public CallerJudge {
+  public:
+    std::optional<std::string> refusal(uid_t) const override { return std::nullopt; }
 };
 
 }  // namespace kestrav

@@ -24,6 +24,7 @@ constexpr std::size_t longestRequest = std::size_t{64} * 1024;
 constexpr std::chrono::seconds timeToArrive{5};
 constexpr std::chrono::seconds timeToLeave{1};
 constexpr std::size_t mostPeers = 64;
+constexpr std::ptrdiff_t mostPeersOfAUser = 48;  // so that one user's prompts don't keep root and others out
 constexpr std::chrono::milliseconds pauseWithoutDescriptors{100};
 
 sigset_t handledSignals() {
@@ -148,11 +149,19 @@ void Server::admit(UniqueFd connection) {
         refuse(std::move(connection), who, refused(*refusal));
         return;
     }
-    if (served() >= mostPeers) {
+    if (isFull(identity->uid)) {
         refuse(std::move(connection), who, refused("the service is busy; try again in a moment."));
         return;
     }
     peers_.push_back({std::move(connection), *identity, Clock::now() + timeToArrive, {}, {}});
+}
+
+bool Server::isFull(uid_t uid) const {
+    if (served() >= mostPeers) return true;
+    const auto arriving = std::ranges::count_if(peers_, [uid](const Peer& peer) { return peer.identity.uid == uid; });
+    const auto carriedOut =
+        std::ranges::count_if(running_, [uid](const auto& entry) { return entry.second.uid == uid; });
+    return uid != 0 && arriving + carriedOut >= mostPeersOfAUser;
 }
 
 /// False when this peer is done with here.
@@ -195,7 +204,7 @@ void Server::begin(Peer& peer) {
     if (child == 0) runInChild(peer, parent);
     if (child > 0) {
         // Kept here as well, so that somebody can still answer if the child dies.
-        running_.emplace(child, std::move(peer.connection));
+        running_.emplace(child, Running{std::move(peer.connection), peer.identity.uid});
         return;
     }
     refuse(std::move(peer.connection), userName(peer.identity.uid),
@@ -209,8 +218,7 @@ void Server::runInChild(Peer& peer, pid_t parent) {
     // Ctrl-C and a service manager's SIGTERM reach the whole group; a write that was begun ends first.
     ::signal(SIGTERM, SIG_IGN);
     ::signal(SIGINT, SIG_IGN);
-    const sigset_t signals = handledSignals();
-    ::sigprocmask(SIG_UNBLOCK, &signals, nullptr);
+    // They stay blocked: that they are pending shows that whatever has not begun yet need not begin any more.
     // Other peers' connections would stay open as long as this child has them too.
     const UniqueFd connection = std::move(peer.connection);
     const std::string request = std::move(peer.received);
@@ -230,7 +238,7 @@ void Server::collectChildren() {
     for (pid_t child = ::waitpid(-1, &status, WNOHANG); child > 0; child = ::waitpid(-1, &status, WNOHANG)) {
         auto connection = running_.extract(child);
         if (connection.empty() || (WIFEXITED(status) && WEXITSTATUS(status) == 0)) continue;
-        refuse(std::move(connection.mapped()), "process " + std::to_string(child),
+        refuse(std::move(connection.mapped().connection), "process " + std::to_string(child),
                failed("the request's process ended before it was done. If it was a write, repeat it."));
     }
 }
@@ -249,6 +257,8 @@ void Server::stop() {
     stopping_ = true;
     listener_.reset();
     acceptAgain_.reset();
+    for (const auto& [child, request] : running_)
+        ::kill(child, SIGTERM);
     for (Peer& peer : peers_) {
         refuse(std::move(peer.connection), userName(peer.identity.uid), refused("the service is being stopped."));
     }

@@ -24,7 +24,8 @@ class SystemLog;
 /// request that takes long, or goes wrong, holds nobody else up. One thread; never waits for a peer.
 ///
 /// Who connects is looked up first, and turned away in words where the judge says so. A request has 64 KiB and five
-/// seconds to arrive. At most 64 peers are served at once; the next one is told to come back.
+/// seconds to arrive. At most 64 peers are served at once, 48 of one user who is not root; the next one is told to come
+/// back.
 class Server {
   public:
     /// `listener` doesn't wait in accept(2). The rest isn't owned and outlives this object.
@@ -44,6 +45,11 @@ class Server {
         Clock::time_point deadline;
         RequestScan scan;
         std::string received;
+    };
+    /// A connection whose request is being carried out.
+    struct Running {
+        UniqueFd connection;
+        uid_t uid;
     };
     /// A connection that was answered and whose peer may still be sending.
     struct Leaving {
@@ -67,6 +73,7 @@ class Server {
     void refuse(UniqueFd connection, std::string_view who, const Problem& problem);
     void stop();
     std::size_t served() const { return peers_.size() + running_.size(); }
+    bool isFull(uid_t uid) const;
 
     UniqueFd listener_;
     UniqueFd signals_;
@@ -75,7 +82,7 @@ class Server {
     SystemLog& log_;
     std::list<Peer> peers_;
     std::list<Leaving> leaving_;
-    std::map<pid_t, UniqueFd> running_;
+    std::map<pid_t, Running> running_;
     std::optional<Clock::time_point> acceptAgain_;  ///< set while the system has no descriptors left
     bool stopping_ = false;
 };

@@ -9,6 +9,7 @@
 #include "services/commandd/ListeningSocket.h"
 #include "services/commandd/RequestRunner.h"
 #include "services/commandd/Server.h"
+#include "services/privileged/Consent.h"
 #include "services/privileged/Gate.h"
 #include "services/privileged/UdevBlockDevices.h"
 
@@ -19,7 +20,9 @@ constexpr const char* help =
     "\n"
     "Writes the accessory's disk for the updater. Listens on 127.0.0.1:9090, or on the socket that systemd hands\n"
     "over, takes one JSON request per connection and answers with one line.\n"
-    "Touches no other disk than the accessory's (USB 10d6:fd01), and serves root and its own user only.\n"
+    "Touches no other disk than the accessory's (USB 10d6:fd01). Serves root and its own user, and where it runs as "
+    "root\n"
+    "everybody else to whom polkit gives consent.\n"
     "SIGTERM stops it after the write that is running.\n";
 
 int serve(kestrav::SystemLog& log) {
@@ -30,9 +33,13 @@ int serve(kestrav::SystemLog& log) {
     }
     const kestrav::UdevBlockDevices devices;
     const kestrav::MountinfoTable mounts;
-    const kestrav::RootAndOwnUser judge(::geteuid());
+    const kestrav::EverybodyWithConsent everybody;
+    const kestrav::RootAndOwnUser ownUser(::geteuid());
+    const bool root = ::geteuid() == 0;
+    const kestrav::CallerJudge& judge = root ? static_cast<const kestrav::CallerJudge&>(everybody) : ownUser;
+    kestrav::PolkitConsent consent;
     kestrav::Gate gate(devices, mounts, log);
-    kestrav::RequestRunner runner(gate, log);
+    kestrav::RequestRunner runner(consent, gate, log);
     kestrav::Server server(std::move(listener.value()), judge, runner, log);
     log.write("ready");
     ::sd_notify(0, "READY=1");

@@ -10,6 +10,7 @@
 
 #include "services/privileged/AnswerText.h"
 #include "services/privileged/Caller.h"
+#include "services/privileged/CommandLine.h"
 #include "services/privileged/Consent.h"
 #include "services/privileged/Gate.h"
 
@@ -39,6 +40,8 @@ bool isToldToBegin(int channel) {
 }
 
 std::optional<Problem> whyNot(const HelperRequest& request, Consent& consent) {
+    // Nobody is asked for a password over something that the gate refuses anyway.
+    if (!parseCommandLine(request.cmd, request.arguments)) return std::nullopt;
     // Root needs no consent, and neither does the user that this service runs as: both could do it without us.
     if (request.uid == 0 || request.uid == ::geteuid()) return std::nullopt;
     // The service kills this process when the caller leaves.

@@ -100,7 +100,7 @@ std::optional<Problem> PolkitConsent::refusal(const ConsentSubject& subject, boo
         if (result < 0) return unreachable(result);
         if (result > 0) continue;
         // Leaving closes the connection, and with it polkit closes the prompt.
-        if (!stillWanted()) return refused("whoever asked is gone.");
+        if (!stillWanted()) return refused("the request was given up before consent was given.");
         if (std::chrono::steady_clock::now() >= end) return refused("nobody answered the request for a password.");
         sd_bus_wait(bus.get(), glance);
     }

@@ -229,7 +229,7 @@ TEST_F(Daemon, KeepsNothingOpenAfterManyRequests) {
     EXPECT_TRUE(daemon_.children().empty());
 }
 
-TEST_F(Daemon, RefusesAnotherUser) {
+TEST_F(Daemon, RefusesAnotherUserWithoutConsent) {
     if (::geteuid() != 0) GTEST_SKIP() << "needs root: connects as another user";
     const std::string request = requestFor("dd", writeOf(folder_.file("image", "x")));
     const pid_t stranger = ::fork();
@@ -237,8 +237,8 @@ TEST_F(Daemon, RefusesAnotherUser) {
         if (::setresuid(65534, 65534, 65534) != 0) ::_exit(2);
         const Client client(daemon_.port());
         client.send(request);
-        const std::string expected = "Refused: user 65534 may not write the accessory; an administrator has to.";
-        ::_exit(client.readOnce() == expected ? 0 : 1);
+        // What polkit says, or that it can't be asked, depends on the machine; consent it is not.
+        ::_exit(client.readOnce().starts_with("Refused: ") ? 0 : 1);
     }
     int status = -1;
     ASSERT_EQ(::waitpid(stranger, &status, 0), stranger);

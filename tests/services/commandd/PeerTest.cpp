@@ -1,5 +1,6 @@
 #include <arpa/inet.h>
 #include <chrono>
+#include <functional>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
@@ -9,11 +10,14 @@
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
+#include <variant>
+#include <vector>
 
 #include "services/commandd/CallerJudge.h"
 #include "services/commandd/Connection.h"
 #include "services/commandd/PeerIdentity.h"
 #include "services/commandd/RequestRunner.h"
+#include "services/privileged/Consent.h"
 #include "services/privileged/Gate.h"
 #include "tests/services/CommandDaemon.h"
 #include "tests/services/RecordingLog.h"
@@ -82,6 +86,11 @@ TEST(PeerIdentity, IsNobodyOnOtherSockets) {
     EXPECT_FALSE(peerIdentity(-1));
 }
 
+TEST(EverybodyWithConsent, TurnsNobodyAway) {
+    EXPECT_FALSE(EverybodyWithConsent().refusal(0));
+    EXPECT_FALSE(EverybodyWithConsent().refusal(1001));
+}
+
 TEST(DrainUntilClosed, TakesAllThatStillComes) {
     using namespace std::chrono_literals;
     Connected pair;
@@ -126,13 +135,26 @@ class NoDevices final : public BlockDevices {
     std::vector<std::string> builtOnTopOf(dev_t) const override { return {}; }
 };
 
+/// Answers as it is told, and keeps who was asked about.
+class FakeConsent final : public Consent {
+  public:
+    std::optional<Problem> answer;
+    std::vector<AskingProcess> askedAbout;
+
+    std::optional<Problem> refusal(const ConsentSubject& subject, bool, const std::function<bool()>&) override {
+        askedAbout.push_back(std::get<AskingProcess>(subject));
+        return answer;
+    }
+};
+
 class RunRequest : public testing::Test {
   protected:
+    FakeConsent consent_;
     NoDevices devices_;
     MountinfoTable mounts_;
     RecordingLog log_;
     Gate gate_{devices_, mounts_, log_};
-    RequestRunner runner_{gate_, log_};
+    RequestRunner runner_{consent_, gate_, log_};
     Connected pair_;
 };
 
@@ -141,6 +163,14 @@ TEST_F(RunRequest, AnswersThroughTheGate) {
     ASSERT_TRUE(peer);
     runner_.run(pair_.service.get(), *peer, R"({"command":"rm","arguments":["-rf","/"]})");
     EXPECT_EQ(pair_.client.readOnce(), "Refused: \"rm\" is not a command of this service.");
+}
+
+TEST_F(RunRequest, AsksNobodyAboutTheServicesOwnUser) {
+    const auto peer = peerIdentity(pair_.service.get());
+    ASSERT_TRUE(peer);
+    consent_.answer = refused("no.");
+    runner_.run(pair_.service.get(), *peer, R"({"command":"umount","arguments":["/dev/sdzzs1"]})");
+    EXPECT_EQ(consent_.askedAbout.size(), 0U);
 }
 
 TEST_F(RunRequest, BeginsNothingForAPeerThatHasGone) {

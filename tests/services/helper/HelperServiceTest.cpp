@@ -467,6 +467,16 @@ TEST_F(Helper, RunsOnlyTheUpdatersCommands) {
     EXPECT_FALSE(fs::exists("/run/pwned"));
 }
 
+TEST_F(Helper, AsksNobodyAboutWhatItWouldRefuseAnyway) {
+    startDaemons();
+    startHelper();
+    UserProcess user(kAdmin, [] { return callHelper("rm", {"-rf", "/"}); });
+    PasswordAgent agent(user.pid(), kAdmin);
+    user.go();
+    EXPECT_EQ(user.result(), "Refused: \"rm\" is not a command of this service.");
+    EXPECT_FALSE(agent.isAsked(1));
+}
+
 TEST_F(HelperOnALargeDisk, WaitsForAJobOfAMinute) {
     startDaemons();
     startHelper();

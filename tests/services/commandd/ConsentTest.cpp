@@ -1,0 +1,242 @@
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <list>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "tests/room/PasswordAgent.h"
+#include "tests/room/SystemDaemons.h"
+#include "tests/room/SystemRoom.h"
+#include "tests/services/CommandDaemon.h"
+#include "tests/services/SimulatedAccessory.h"
+
+namespace kestrav {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+constexpr const char* kImage = "/run/image.fds";
+constexpr uid_t kAdmin = 4711;
+constexpr uid_t kGuest = 4712;
+constexpr std::size_t kFirmwareByte = 786432;
+
+/// The real service as root on a free port, with the real polkitd, beside a simulated accessory.
+class CommandsOfAUser : public testing::Test {
+  protected:
+    void SetUp() override {
+        if (!SystemRoom::isPossible()) GTEST_SKIP() << "needs root";
+        accessory_.emplace(before_);
+        room_.emplace();
+        addAccount("kestrav-admin", kAdmin, true);
+        addAccount("kestrav-guest", kGuest, false);
+        SystemDaemons::addActions("/usr/libexec/kestrav/kestrav-bless");
+        std::ofstream(kImage, std::ios::binary) << image_;
+        std::filesystem::permissions(kImage, std::filesystem::perms(0644));
+    }
+
+    void start(const std::string& decision = {}) {
+        if (!decision.empty()) {
+            SystemDaemons::addRule(
+                "polkit.addRule(function(action) {"
+                "  if (action.id == 'com.corvatel.kestrav.run') return polkit.Result." +
+                decision + "; });");
+        }
+        daemons_.startBus();
+        daemons_.startPolkitd();
+        daemon_.emplace();
+    }
+
+    UserProcess writeAs(uid_t uid) const {
+        return UserProcess(uid, [port = daemon_->port()] {
+            const Client client(port);
+            client.send(requestFor("dd", {std::string("if=") + kImage, "of=/dev/rsdzz", "seek=1536", "bs=512"}));
+            return client.readOnce(60);
+        });
+    }
+
+    bool diskIsUntouched() const { return accessory_->diskBytes() == before_; }
+    bool diskHasTheImage() const {
+        std::string after = before_;
+        return accessory_->diskBytes() == after.replace(kFirmwareByte, image_.size(), image_);
+    }
+    bool hasNoChildren() const {
+        for (int i = 0; i < 1000 && !daemon_->children().empty(); ++i)
+            std::this_thread::sleep_for(10ms);
+        return daemon_->children().empty();
+    }
+
+    const std::string before_ = patternOf(std::size_t{4} << 20U, 7);
+    const std::string image_ = patternOf(40000, 3);
+    std::optional<SimulatedAccessory> accessory_;
+    std::optional<SystemRoom> room_;
+    SystemDaemons daemons_;
+    std::optional<CommandDaemon> daemon_;
+};
+
+TEST_F(CommandsOfAUser, AreCarriedOutWhereARuleLetsThem) {
+    start("YES");
+    UserProcess user = writeAs(kGuest);
+    user.go();
+    EXPECT_THAT(user.result(), StartsWith("Wrote 40000 bytes to sdzz at block 1536, verified"));
+    EXPECT_TRUE(diskHasTheImage());
+}
+
+TEST_F(CommandsOfAUser, UseThatUsersRightsForTheImage) {
+    start("YES");
+    std::filesystem::permissions(kImage, std::filesystem::perms(0600));
+    UserProcess user = writeAs(kGuest);
+    user.go();
+    EXPECT_THAT(user.result(), HasSubstr("Permission denied"));
+    EXPECT_TRUE(diskIsUntouched());
+}
+
+struct Decision {
+    const char* name;
+    const char* rule;
+    const char* answer;
+};
+
+class CommandsWithoutConsent : public CommandsOfAUser, public testing::WithParamInterface<Decision> {};
+
+TEST_P(CommandsWithoutConsent, LeaveTheDiskUntouchedAndALineInTheLog) {
+    start(GetParam().rule);
+    UserProcess user = writeAs(kGuest);
+    user.go();
+    EXPECT_EQ(user.result(), GetParam().answer);
+    EXPECT_TRUE(diskIsUntouched());
+    EXPECT_THAT(daemon_->log(), HasSubstr(std::string("user 4712: ") + GetParam().answer));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Decisions, CommandsWithoutConsent,
+    testing::Values(Decision{"No", "NO", "Refused: an administrator did not agree."},
+                    Decision{"Challenge", "AUTH_ADMIN",
+                             "Refused: an administrator has to agree, and there is no way to ask for a password here."},
+                    Decision{
+                        "Defaults", "",
+                        "Refused: an administrator has to agree, and there is no way to ask for a password here."}),
+    [](const auto& row) { return row.param.name; });
+
+TEST_F(CommandsOfAUser, AreCarriedOutAfterAnAdministratorsPassword) {
+    start();
+    UserProcess user = writeAs(kGuest);
+    PasswordAgent agent(user.pid(), kGuest);
+    user.go();
+    ASSERT_TRUE(agent.isAsked()) << agent.shown();
+    EXPECT_TRUE(diskIsUntouched()) << "written before anybody agreed";
+    agent.type("secret\n");
+    EXPECT_THAT(user.result(), StartsWith("Wrote 40000 bytes"));
+    EXPECT_TRUE(diskHasTheImage());
+}
+
+TEST_F(CommandsOfAUser, AreRefusedAfterAWrongPassword) {
+    start();
+    UserProcess user = writeAs(kAdmin);
+    PasswordAgent agent(user.pid(), kAdmin);
+    user.go();
+    ASSERT_TRUE(agent.isAsked()) << agent.shown();
+    agent.type("wrong\n");
+    EXPECT_EQ(user.result(), "Refused: an administrator did not agree.");
+    EXPECT_TRUE(diskIsUntouched());
+}
+
+TEST_F(CommandsOfAUser, AreRefusedWhenPolkitIsKilledWhileItAsks) {
+    start();
+    UserProcess user = writeAs(kAdmin);
+    PasswordAgent agent(user.pid(), kAdmin);
+    user.go();
+    ASSERT_TRUE(agent.isAsked()) << agent.shown();
+    daemons_.killPolkitd();
+    EXPECT_THAT(user.result(), StartsWith("Refused: the authorization service (polkit) could not decide"));
+    EXPECT_TRUE(diskIsUntouched());
+}
+
+TEST_F(CommandsOfAUser, AreRefusedWithoutABus) {
+    daemon_.emplace();
+    UserProcess user = writeAs(kAdmin);
+    user.go();
+    EXPECT_THAT(user.result(), StartsWith("Refused: the authorization service (polkit) can't be asked"));
+    EXPECT_TRUE(diskIsUntouched());
+}
+
+TEST_F(CommandsOfAUser, AreNotAskedAboutOnceThatUserHasGone) {
+    start();
+    UserProcess user = writeAs(kAdmin);
+    PasswordAgent agent(user.pid(), kAdmin);
+    user.go();
+    ASSERT_TRUE(agent.isAsked()) << agent.shown();
+    user.kill();
+    EXPECT_TRUE(hasNoChildren()) << "the question is still open";
+    EXPECT_THAT(daemon_->log(), HasSubstr("the request was given up before consent was given"));
+    EXPECT_TRUE(diskIsUntouched());
+}
+
+TEST_F(CommandsOfAUser, DoNotHoldUpTheServicesEndWithAPrompt) {
+    start();
+    UserProcess user = writeAs(kAdmin);
+    PasswordAgent agent(user.pid(), kAdmin);
+    user.go();
+    ASSERT_TRUE(agent.isAsked()) << agent.shown();
+    daemon_->signal(SIGTERM);
+    EXPECT_EQ(daemon_->waitForEnd(), 0);
+    EXPECT_EQ(user.result(), "Refused: the request was given up before consent was given.");
+    EXPECT_TRUE(diskIsUntouched());
+}
+
+TEST_F(CommandsOfAUser, NeedNoPasswordToBeRefusedForWhatTheyAre) {
+    start();
+    UserProcess user(kAdmin, [port = daemon_->port()] { return ask(port, "rm", {"-rf", "/"}); });
+    PasswordAgent agent(user.pid(), kAdmin);
+    user.go();
+    EXPECT_EQ(user.result(), "Refused: \"rm\" is not a command of this service.");
+    EXPECT_FALSE(agent.isAsked(1));
+}
+
+TEST_F(CommandsOfAUser, OfOneProcessAreAskedAboutOnce) {
+    start();
+    UserProcess user(kAdmin, [port = daemon_->port()] {
+        const std::string first = ask(port, "umount", {"/dev/sdzzs1"});
+        return first + " " + ask(port, "umount", {"/dev/sdzzs1"});
+    });
+    PasswordAgent agent(user.pid(), kAdmin);
+    user.go();
+    ASSERT_TRUE(agent.isAsked()) << agent.shown();
+    agent.type("secret\n");
+    EXPECT_EQ(user.result(), "sdzz1 was not mounted. sdzz1 was not mounted.");
+    EXPECT_FALSE(agent.isAsked(1)) << "asked twice: " << agent.shown();
+}
+
+TEST_F(CommandsOfAUser, LeaveRoomForOthers) {
+    start();
+    // Stopped, polkitd answers nobody, so every question stays open.
+    daemons_.stopPolkitd();
+    UserProcess user(kGuest, [port = daemon_->port()] {
+        std::list<Client> clients;
+        int turnedAway = 0;
+        for (int i = 0; i < 60; ++i) {
+            clients.emplace_back(port);
+            clients.back().send(requestFor("umount", {"/dev/sdzzs1"}));
+        }
+        std::this_thread::sleep_for(1s);
+        for (const Client& client : clients)
+            turnedAway += client.readOnce(0) == "Refused: the service is busy; try again in a moment." ? 1 : 0;
+        return std::to_string(turnedAway);
+    });
+    user.go();
+    for (int i = 0; i < 1000 && daemon_->children().size() < 48; ++i)
+        std::this_thread::sleep_for(5ms);
+    EXPECT_EQ(ask(daemon_->port(), "umount", {"/dev/sdzzs1"}), "sdzz1 was not mounted.") << "root found no room";
+    EXPECT_EQ(user.result(), "12");
+}
+
+}  // namespace
+}  // namespace kestrav
