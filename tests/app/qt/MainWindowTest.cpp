@@ -6,6 +6,7 @@
 #include <QThread>
 #include <QTimer>
 #include <atomic>
+#include <chrono>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <stdexcept>
@@ -227,6 +228,26 @@ TEST_F(Window, PaintsEachLineBeforeTheTaskGoesOn) {
         }
     });
     EXPECT_EQ(painted, std::vector<bool>(20, true));
+}
+
+TEST_F(Window, TakesALateLineAsFastAsAnEarlyOne) {
+    window_.hide();
+    const auto millisecondsFor = [&](int lines) {
+        const auto begin = std::chrono::steady_clock::now();
+        for (int line = 0; line < lines; ++line) {
+            controller_->log("Loaded icon file: /home/somebody/firmware.fds with 200000 bytes.");
+        }
+        return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count();
+    };
+    double early = 0;
+    double late = 0;
+    window_.whileBusy([&] {
+        early = millisecondsFor(10000);
+        millisecondsFor(80000);
+        late = millisecondsFor(10000);
+    });
+    EXPECT_EQ(logEdit().document()->blockCount(), 100001);
+    EXPECT_LT(late, 4 * early);
 }
 
 TEST_F(Window, StopsTakingLinesWhenTheLogIsGone) {
