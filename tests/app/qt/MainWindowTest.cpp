@@ -2,7 +2,10 @@
 #include <QCoreApplication>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QTest>
+#include <QTextBlock>
+#include <QTextLayout>
 #include <QThread>
 #include <QTimer>
 #include <atomic>
@@ -281,6 +284,14 @@ TEST_F(Window, ShowsTheNewestSystemMessageFromAnyThread) {
     QCoreApplication::processEvents();
     EXPECT_EQ(window_.statusLine().toPlainText(), "second <b>%s\\x0a\\x1b");
     EXPECT_EQ(systemLog_.entries(), (std::vector<std::string>{"first", "second <b>%s\n\x1b"}));
+}
+
+TEST_F(Window, ShowsTwoLinesOfAMessageWithoutAScrollBar) {
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window_));
+    log_.write("Refused: the image has 16777216 bytes, but sdzz has room for 15990784 from block 1536 on. Nothing.");
+    QCoreApplication::processEvents();
+    EXPECT_GE(window_.statusLine().document()->firstBlock().layout()->lineCount(), 2);
+    EXPECT_FALSE(window_.statusLine().verticalScrollBar()->isVisible());
 }
 
 TEST_F(Window, OutlivesNoMessageBadly) {
