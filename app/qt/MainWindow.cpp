@@ -65,13 +65,15 @@ void MainWindow::makeOutlets() {
 }
 
 QPushButton* MainWindow::makeButton(const QString& name, const QString& text, const QString& description) {
-    auto* button = new QPushButton(text, this);
+    // In a window from right to left, the dots of a text that nobody has translated would come to stand before it; the
+    // mark after them keeps them behind.
+    constexpr char16_t leftToRightMark = 0x200e;
+    auto* button = new QPushButton(text.isRightToLeft() ? text : text + QChar(leftToRightMark), this);
     button->setObjectName(name);
+    button->setAccessibleName(QString(text).remove('&'));
     button->setAccessibleDescription(description);
     button->setToolTip(description);
     button->setAutoDefault(true);
-    // A text that nobody has translated keeps its own direction in a window that runs the other way.
-    button->setLayoutDirection(text.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
     return button;
 }
 

@@ -17,9 +17,10 @@ StatusLine::StatusLine(QWidget* parent) : QPlainTextEdit(parent) {
 }
 
 QSize StatusLine::sizeHint() const {
+    // A little more than two lines, or the second one counts as not quite visible and brings a scroll bar up.
     const double margins = 2 * document()->documentMargin();
     return {QPlainTextEdit::minimumSizeHint().width(),
-            static_cast<int>(std::ceil(2.0 * fontMetrics().lineSpacing() + margins))};
+            static_cast<int>(std::ceil(2.25 * fontMetrics().lineSpacing() + margins))};
 }
 
 void StatusLine::changeEvent(QEvent* event) {

@@ -2,10 +2,14 @@
 #include <QCoreApplication>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QTest>
+#include <QTextBlock>
+#include <QTextLayout>
 #include <QThread>
 #include <QTimer>
 #include <atomic>
+#include <chrono>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <stdexcept>
@@ -229,6 +233,26 @@ TEST_F(Window, PaintsEachLineBeforeTheTaskGoesOn) {
     EXPECT_EQ(painted, std::vector<bool>(20, true));
 }
 
+TEST_F(Window, TakesALateLineAsFastAsAnEarlyOne) {
+    window_.hide();
+    const auto millisecondsFor = [&](int lines) {
+        const auto begin = std::chrono::steady_clock::now();
+        for (int line = 0; line < lines; ++line) {
+            controller_->log("Loaded icon file: /home/somebody/firmware.fds with 200000 bytes.");
+        }
+        return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count();
+    };
+    double early = 0;
+    double late = 0;
+    window_.whileBusy([&] {
+        early = millisecondsFor(10000);
+        millisecondsFor(80000);
+        late = millisecondsFor(10000);
+    });
+    EXPECT_EQ(logEdit().document()->blockCount(), 100001);
+    EXPECT_LT(late, 4 * early);
+}
+
 TEST_F(Window, StopsTakingLinesWhenTheLogIsGone) {
     const std::shared_ptr<LogText> text = controller_->logText();
     EXPECT_EQ(text->string(), "");
@@ -260,6 +284,14 @@ TEST_F(Window, ShowsTheNewestSystemMessageFromAnyThread) {
     QCoreApplication::processEvents();
     EXPECT_EQ(window_.statusLine().toPlainText(), "second <b>%s\\x0a\\x1b");
     EXPECT_EQ(systemLog_.entries(), (std::vector<std::string>{"first", "second <b>%s\n\x1b"}));
+}
+
+TEST_F(Window, ShowsTwoLinesOfAMessageWithoutAScrollBar) {
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window_));
+    log_.write("Refused: the image has 16777216 bytes, but sdzz has room for 15990784 from block 1536 on. Nothing.");
+    QCoreApplication::processEvents();
+    EXPECT_GE(window_.statusLine().document()->firstBlock().layout()->lineCount(), 2);
+    EXPECT_FALSE(window_.statusLine().verticalScrollBar()->isVisible());
 }
 
 TEST_F(Window, OutlivesNoMessageBadly) {
