@@ -132,7 +132,7 @@ std::pair<std::string, Tree> JSON::operator[](JSONRawIndex position) const {
             return {std::string(object_.keyAt(position.position())), object_.valueAt(position.position())};
         case JSONRawIndex::Case::null:
             require(!isContainer());
-            return {};
+            return {std::string(), Tree()};
     }
     stopProcess();
 }

@@ -4,6 +4,7 @@
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <optional>
 #include <string>
@@ -154,7 +155,13 @@ class Tree {
     Form form() const noexcept { return static_cast<Form>((meta_ >> kTagShift) & 15U); }
     bool hasNode() const noexcept { return (meta_ >> (kTagShift + 3) & 1U) != 0; }
     /// A long text's bytes follow the count of its node's references.
-    const char* longText() const noexcept { return std::bit_cast<const char*>(payload_) + sizeof(std::uintptr_t); }
+    const char* longText() const noexcept { return address<const char>() + sizeof(std::uintptr_t); }
+    template <class Node>
+    Node* address() const noexcept {
+        Node* node = nullptr;
+        std::memcpy(&node, &payload_, sizeof payload_);
+        return node;
+    }
     void retain() const noexcept;
     void release() noexcept;
 
@@ -163,6 +170,7 @@ class Tree {
 };
 
 static_assert(sizeof(Tree) == 16);
+static_assert(sizeof(void*) == sizeof(std::uint64_t), "an address fills the first word");
 static_assert(std::endian::native == std::endian::little, "a short text ends below the top byte of the second word");
 
 }  // namespace kestrav

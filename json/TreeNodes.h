@@ -83,7 +83,7 @@ class TreeNodes {
     /// The nodes; null pointers when empty.
     template <class Node>
     static Node* node(const Tree& tree) noexcept {
-        return std::bit_cast<Node*>(tree.payload_);
+        return tree.address<Node>();
     }
     template <class Node>
     static TreeWords wordsOf(Form form, Node* node) noexcept {
