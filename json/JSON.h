@@ -45,12 +45,16 @@ class JSON {
     /// Null, without an error.
     JSON() = default;
     /// Whatever a Tree can be made from: texts, numbers, booleans, trees. A text is taken as it is, not parsed.
-    template <class Object>
-    requires(std::constructible_from<Tree, Object&&> && !std::same_as<std::remove_cvref_t<Object>, JSON>)
-        JSON(Object&& object)  // NOLINT(google-explicit-constructor): any object stands for the value made of it
-        : object_(std::forward<Object>(object)) {
+    // NOLINTBEGIN(google-explicit-constructor): any object stands for the value made of it
+    JSON(const Tree& object) : object_(object) {
         if (object_.isObject()) setUnsupported();
     }
+    JSON(Tree&& object) : object_(std::move(object)) {
+        if (object_.isObject()) setUnsupported();
+    }
+    template <class Object>
+    requires std::constructible_from<Tree, const Object&> JSON(const Object& object) : JSON(Tree(object)) {}
+    // NOLINTEND(google-explicit-constructor)
     explicit JSON(const std::vector<JSON>& elements);
     /// Reads a document. One that can't be read gives null, and tells why in `error` if that is given.
     explicit JSON(std::span<const std::byte> document, ReadingOptions options = ReadingOptions::allowFragments,

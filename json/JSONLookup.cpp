@@ -10,7 +10,7 @@ namespace {
 /// The element or member of `container`; a null pointer when the key doesn't suit it or there is none.
 inline const Tree* memberOf(const Tree& container, const JSONKey& key) noexcept {
     const Tree& wanted = key.object();
-    if (TreeNodes::form(wanted) == TreeNodes::Form::integer) {
+    if (TreeNodes::isInteger(wanted)) {
         if (!container.isList()) return nullptr;
         auto* list = TreeNodes::node<TreeListNode>(container);
         // A negative index is beyond every list when it is read without its sign.
@@ -50,14 +50,12 @@ std::optional<std::int64_t> JSONKey::index() const noexcept {
 }
 
 const Tree* JSON::find(std::span<const JSONKey> path) const noexcept {
-    const Tree* found = nullptr;
     const Tree* place = &object_;
     for (const JSONKey& key : path) {
-        found = memberOf(*place, key);
-        if (found == nullptr) return nullptr;
-        place = found;
+        place = memberOf(*place, key);
+        if (place == nullptr) return nullptr;
     }
-    return found;
+    return path.empty() ? nullptr : place;
 }
 
 JSON JSON::notFound(std::span<const JSONKey> path) const {
@@ -132,7 +130,7 @@ std::pair<std::string, Tree> JSON::operator[](JSONRawIndex position) const {
             return {std::string(object_.keyAt(position.position())), object_.valueAt(position.position())};
         case JSONRawIndex::Case::null:
             require(!isContainer());
-            return {};
+            return {std::string(), Tree()};
     }
     stopProcess();
 }
@@ -149,8 +147,8 @@ std::pair<std::string, JSON> JSON::operator[](JSONIndex position) const {
         }
         stopProcess();
     }();
-    auto [key, object] = (*this)[raw];
-    return {std::move(key), JSON(std::move(object))};
+    auto found = (*this)[raw];
+    return {std::move(found.first), JSON(std::move(found.second))};
 }
 
 JSON::Iterator JSON::begin() const {
