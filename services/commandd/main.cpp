@@ -4,6 +4,7 @@
 #include <systemd/sd-daemon.h>
 #include <unistd.h>
 
+#include "base/StandardDescriptors.h"
 #include "base/SystemLog.h"
 #include "services/commandd/CallerJudge.h"
 #include "services/commandd/ListeningSocket.h"
@@ -42,6 +43,7 @@ int serve(kestrav::SystemLog& log) {
 }  // namespace
 
 int main(int count, char** words) {
+    if (!kestrav::openStandardDescriptors()) return 1;
     const std::string_view word = count == 2 ? words[1] : "";
     if (word == "--help") {
         std::fputs(help, stdout);

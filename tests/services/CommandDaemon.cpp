@@ -43,6 +43,7 @@ sockaddr_in loopback(std::uint16_t port) {
         ::setrlimit(RLIMIT_NOFILE, &limit);
     }
     if (conditions.uid && ::setresuid(*conditions.uid, *conditions.uid, *conditions.uid) != 0) ::_exit(126);
+    if (conditions.withoutInputAndOutput) ::close_range(STDIN_FILENO, STDOUT_FILENO, 0);
     ::execl(KESTRAV_COMMANDD, KESTRAV_COMMANDD, static_cast<char*>(nullptr));
     ::_exit(127);
 }

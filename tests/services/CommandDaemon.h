@@ -21,6 +21,7 @@ class CommandDaemon {
         std::optional<int> handed;                 ///< the socket to hand over; -1 for none
         std::optional<std::uint64_t> descriptors;  ///< the most it may have
         std::optional<uid_t> uid;                  ///< the user that it runs as
+        bool withoutInputAndOutput = false;        ///< started with descriptors 0 and 1 closed
     };
     CommandDaemon() : CommandDaemon(Conditions{}) {}
     explicit CommandDaemon(const Conditions& conditions);
