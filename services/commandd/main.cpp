@@ -1,3 +1,4 @@
+#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <string_view>
@@ -57,7 +58,9 @@ int main(int count, char** words) {
         std::fputs(help, stderr);
         return 2;
     }
-    kestrav::SyslogSystemLog log("kestrav-commandd");
+    // Before the first line: whoever reads standard error may have gone.
+    std::signal(SIGPIPE, SIG_IGN);
+    kestrav::SyslogSystemLog log("kestrav-commandd", kestrav::SyslogSystemLog::SlowReader::missesLines);
     try {
         return serve(log);
     } catch (const std::exception& error) {
