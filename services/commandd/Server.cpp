@@ -26,12 +26,23 @@ constexpr std::chrono::seconds timeToLeave{1};
 constexpr std::size_t mostPeers = 64;
 constexpr std::chrono::milliseconds pauseWithoutDescriptors{100};
 
+// A terminal that closes and Ctrl-\ mean the same as a service manager's SIGTERM.
+constexpr std::array endingSignals{SIGTERM, SIGINT, SIGHUP, SIGQUIT};
+// Mean nothing here, and would end a write if they were left to the system.
+constexpr std::array meaninglessSignals{SIGPIPE, SIGUSR1, SIGUSR2, SIGALRM, SIGVTALRM, SIGPROF};
+
 sigset_t handledSignals() {
     sigset_t signals;
     ::sigemptyset(&signals);
-    for (const int signal : {SIGTERM, SIGINT, SIGCHLD})
+    for (const int signal : endingSignals)
         ::sigaddset(&signals, signal);
+    ::sigaddset(&signals, SIGCHLD);
     return signals;
+}
+
+bool isEnding(std::uint32_t signal) {
+    return std::any_of(endingSignals.begin(), endingSignals.end(),
+                       [signal](int one) { return static_cast<std::uint32_t>(one) == signal; });
 }
 
 std::string userName(uid_t uid) {
@@ -62,9 +73,14 @@ bool Server::run() {
 }
 
 bool Server::openSignals() {
-    ::signal(SIGPIPE, SIG_IGN);
+    for (const int signal : meaninglessSignals)
+        ::signal(signal, SIG_IGN);
     const sigset_t signals = handledSignals();
     if (::sigprocmask(SIG_BLOCK, &signals, nullptr) != 0) return false;
+    // Whoever started the service may have ignored them: then none would arrive, and no child could be waited for.
+    for (const int signal : endingSignals)
+        ::signal(signal, SIG_DFL);
+    ::signal(SIGCHLD, SIG_DFL);
     signals_.reset(::signalfd(-1, &signals, SFD_NONBLOCK | SFD_CLOEXEC));
     return static_cast<bool>(signals_);
 }
@@ -113,7 +129,7 @@ void Server::handleSignals() {
     signalfd_siginfo info{};
     bool toStop = false;
     while (::read(signals_.get(), &info, sizeof info) == sizeof info) {
-        toStop = toStop || info.ssi_signo == SIGTERM || info.ssi_signo == SIGINT;
+        toStop = toStop || isEnding(info.ssi_signo);
     }
     collectChildren();
     if (toStop && !stopping_) stop();
@@ -207,8 +223,8 @@ void Server::runInChild(Peer& peer, pid_t parent) {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (::getppid() != parent) ::_exit(1);
     // Ctrl-C and a service manager's SIGTERM reach the whole group; a write that was begun ends first.
-    ::signal(SIGTERM, SIG_IGN);
-    ::signal(SIGINT, SIG_IGN);
+    for (const int signal : endingSignals)
+        ::signal(signal, SIG_IGN);
     const sigset_t signals = handledSignals();
     ::sigprocmask(SIG_UNBLOCK, &signals, nullptr);
     // Other peers' connections would stay open as long as this child has them too.

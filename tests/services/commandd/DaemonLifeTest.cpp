@@ -67,19 +67,36 @@ class DaemonInMidWrite : public testing::Test {
     UniqueFd disk_;
 };
 
-TEST_F(DaemonInMidWrite, EndsTheWriteAndAnswersBeforeItStops) {
+class EndingSignal : public DaemonInMidWrite, public testing::WithParamInterface<int> {};
+
+TEST_P(EndingSignal, LetsTheWriteEndAndBeAnswered) {
     CommandDaemon daemon;
     const Client client(daemon.port());
     const pid_t writer = holdInMidWrite(daemon, client);
     ASSERT_FALSE(isAtEnd());
-    daemon.signal(SIGTERM);
-    ::kill(writer, SIGTERM);  // as a service manager does: to all of its processes
+    daemon.signal(GetParam());
+    ::kill(writer, GetParam());  // as a service manager does: to all of its processes
     std::this_thread::sleep_for(200ms);
     EXPECT_TRUE(daemon.runs());
     EXPECT_THROW(Client{daemon.port()}, std::runtime_error);  // nobody new is taken
     ::kill(writer, SIGCONT);
     EXPECT_THAT(client.readOnce(60), StartsWith("Wrote " + std::to_string(imageSize) + " bytes"));
     EXPECT_EQ(daemon.waitForEnd(), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, EndingSignal, testing::Values(SIGTERM, SIGINT, SIGHUP, SIGQUIT));
+
+TEST_F(DaemonInMidWrite, TakesNoNoticeOfSignalsWithoutAMeaning) {
+    CommandDaemon daemon;
+    const Client client(daemon.port());
+    const pid_t writer = holdInMidWrite(daemon, client);
+    for (const int number : {SIGUSR1, SIGUSR2, SIGALRM, SIGPIPE}) {
+        daemon.signal(number);
+        ::kill(writer, number);
+    }
+    ::kill(writer, SIGCONT);
+    EXPECT_THAT(client.readOnce(60), StartsWith("Wrote " + std::to_string(imageSize) + " bytes"));
+    EXPECT_TRUE(daemon.runs());
 }
 
 TEST_F(DaemonInMidWrite, LeavesTheDiskToTheNextUpdateWhenItIsKilled) {

@@ -1,6 +1,7 @@
 // The real service, started by somebody who left it odd surroundings.
 
 #include <array>
+#include <csignal>
 #include <fcntl.h>
 #include <filesystem>
 #include <gmock/gmock.h>
@@ -24,6 +25,14 @@ TEST(DaemonSurroundings, MayLackInputAndOutput) {
     EXPECT_EQ(std::filesystem::read_symlink(descriptors + "0"), "/dev/null");
     EXPECT_EQ(std::filesystem::read_symlink(descriptors + "1"), "/dev/null");
     EXPECT_THAT(ask(daemon.port(), "rm", {}), StartsWith("Refused: "));
+}
+
+TEST(DaemonSurroundings, MayHaveItsSignalsIgnored) {
+    CommandDaemon daemon(
+        {.handed = std::nullopt, .descriptors = std::nullopt, .uid = std::nullopt, .ignoresSignals = true});
+    EXPECT_THAT(ask(daemon.port(), "rm", {}), StartsWith("Refused: "));
+    daemon.signal(SIGTERM);
+    EXPECT_EQ(daemon.waitForEnd(), 0);
 }
 
 /// A pipe's writing end in [1], its reading end in [0].
