@@ -4,6 +4,7 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <exception>
 #include <sys/prctl.h>
 #include <sys/signalfd.h>
 #include <sys/socket.h>
@@ -59,6 +60,16 @@ Server::Server(UniqueFd listener, const CallerJudge& judge, RequestRunner& runne
 
 bool Server::run() {
     if (!openSignals()) return false;
+    try {
+        if (serve()) return true;
+    } catch (const std::exception& error) {
+        reportEnd(error.what());
+    }
+    waitForRunning();
+    return false;
+}
+
+bool Server::serve() {
     while (!stopping_ || !running_.empty() || !leaving_.empty()) {
         auto watch = watched();
         const int ready = ::poll(watch.data(), watch.size(), millisecondsToNextDeadline());
@@ -70,6 +81,21 @@ bool Server::run() {
         dropLate();
     }
     return true;
+}
+
+/// Memory may be what is missing, and the log then fails as well.
+void Server::reportEnd(const char* reason) noexcept try {
+    log_.write("ending when the requests that were begun have ended: " + std::string(reason));
+} catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): nowhere is left to say it
+}
+
+/// A request's process is killed when this one ends, and a write that was begun is worth more than an end at once.
+void Server::waitForRunning() noexcept {
+    listener_.reset();
+    for (const auto& [child, connection] : running_) {
+        while (::waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
+        }
+    }
 }
 
 bool Server::openSignals() {
@@ -236,7 +262,11 @@ void Server::runInChild(Peer& peer, pid_t parent) {
     peers_.clear();
     leaving_.clear();
     running_.clear();
-    runner_.run(connection.get(), identity, request);
+    try {
+        runner_.run(connection.get(), identity, request);
+    } catch (const std::exception&) {
+        ::_exit(1);  // the server answers; its own way of ending is not for a child
+    }
     drainUntilClosed(connection.get());
     ::_exit(0);
 }

@@ -53,6 +53,9 @@ class Server {
     };
 
     bool openSignals();
+    bool serve();
+    void reportEnd(const char* reason) noexcept;
+    void waitForRunning() noexcept;
     std::vector<pollfd> watched() const;
     int millisecondsToNextDeadline() const;
     void handle(const std::vector<pollfd>& ready);
