@@ -46,6 +46,11 @@ bool isEnding(std::uint32_t signal) {
                        [signal](int one) { return static_cast<std::uint32_t>(one) == signal; });
 }
 
+bool hasGone(int connection) {
+    pollfd peer{connection, POLLRDHUP, 0};
+    return ::poll(&peer, 1, 0) == 1;
+}
+
 std::string userName(uid_t uid) {
     return "user " + std::to_string(uid);
 }
@@ -181,6 +186,8 @@ bool Server::acceptOne() {
 
 void Server::admit(UniqueFd connection) {
     const auto identity = peerIdentity(connection.get());
+    // Nobody is left to be told, and nobody may fill the log by coming and going.
+    if (!identity && hasGone(connection.get())) return;
     if (!identity) {
         refuse(std::move(connection), "unknown", refused("the system does not tell who is asking."));
         return;

@@ -35,6 +35,16 @@ TEST(DaemonSurroundings, MayHaveItsSignalsIgnored) {
     EXPECT_EQ(daemon.waitForEnd(), 0);
 }
 
+TEST(DaemonSurroundings, MayHavePeersThatComeAndGoWithoutALineInTheLog) {
+    const CommandDaemon daemon;
+    daemon.signal(SIGSTOP);  // so that they have gone before it looks
+    for (int i = 0; i < 20; ++i)
+        Client(daemon.port()).close();
+    daemon.signal(SIGCONT);
+    ask(daemon.port(), "rm", {});
+    EXPECT_EQ(daemon.log().find("unknown"), std::string::npos) << daemon.log();
+}
+
 /// A pipe's writing end in [1], its reading end in [0].
 std::array<UniqueFd, 2> pipeOfOnePage() {
     std::array<int, 2> ends{};
