@@ -66,14 +66,17 @@ class CommandLine {
         addUpdate("icon", ImageKind::icon, icon_, "Send an icon image to the icon area (block 2048)");
         addBlockCommands();
         addByteCommands();
+        addHelperCommands();
     }
 
-    std::variant<Invocation, ExitCode> parse(int argc, const char* const* argv, std::ostream& out, std::ostream& err) {
+    std::variant<Invocation, HelperInvocation, ExitCode> parse(int argc, const char* const* argv, std::ostream& out,
+                                                               std::ostream& err) {
         try {
             app_.parse(argc, argv);
         } catch (const CLI::ParseError& end) {
             return app_.exit(end, out, err) == 0 ? ExitCode::success : ExitCode::wrongCall;
         }
+        if (helperChosen_) return helper_;
         return invocation_();
     }
 
@@ -126,6 +129,30 @@ class CommandLine {
         addFile(write, write_.file, "The file whose bytes are written");
     }
 
+    CLI::App& addHelperCommand(CLI::App& parent, const std::string& name, const std::string& description,
+                               HelperInvocation::Operation operation) {
+        CLI::App& command = *parent.add_subcommand(name, description);
+        command.final_callback([this, operation] {
+            helperChosen_ = true;
+            helper_.operation = operation;
+        });
+        return command;
+    }
+
+    void addHelperCommands() {
+        using enum HelperInvocation::Operation;
+        CLI::App& helper = *app_.add_subcommand("helper", "The privileged helper on the system bus");
+        helper.require_subcommand(1);
+        addHelperCommand(helper, "install", "Install it, after an administrator's consent", install);
+        addHelperCommand(helper, "uninstall", "Take it away, after an administrator's consent", uninstall);
+        addHelperCommand(helper, "status", "Say whether it is installed and running; fails when it is not installed",
+                         status);
+        CLI::App& command = addHelperCommand(
+            helper, "run", "Have it unmount, read or write the accessory's disk; its log says what came of it", run);
+        command.add_option("COMMAND", helper_.command, "umount or dd")->required()->type_name("");
+        command.add_option("ARGUMENT", helper_.arguments, "Its arguments, as they are")->type_name("");
+    }
+
     CLI::App app_{"Updates the firmware and icon images of the Kestrav USB accessory (USB 10d6:fd01).", "kestravctl"};
     std::function<Invocation()> invocation_;
     DetectInvocation detect_;
@@ -136,12 +163,14 @@ class CommandLine {
     PullInvocation pull_;
     ReadInvocation read_;
     WriteInvocation write_;
+    HelperInvocation helper_;
+    bool helperChosen_ = false;
 };
 
 }  // namespace
 
-std::variant<Invocation, ExitCode> parseCommandLine(int argc, const char* const* argv, std::ostream& out,
-                                                    std::ostream& err) {
+std::variant<Invocation, HelperInvocation, ExitCode> parseCommandLine(int argc, const char* const* argv,
+                                                                      std::ostream& out, std::ostream& err) {
     return CommandLine().parse(argc, argv, out, err);
 }
 

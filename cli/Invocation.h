@@ -7,6 +7,7 @@
 #include <variant>
 
 #include "cli/ExitCode.h"
+#include "cli/HelperInvocation.h"
 
 namespace kestrav {
 
@@ -46,8 +47,8 @@ using Invocation = std::variant<DetectInvocation, DrivesInvocation, UpdateInvoca
 
 /// Reads the command line. When there is nothing to carry out (help, version, a wrong call) says so on `out` or `err`
 /// and returns the status to end with.
-std::variant<Invocation, ExitCode> parseCommandLine(int argc, const char* const* argv, std::ostream& out,
-                                                    std::ostream& err);
+std::variant<Invocation, HelperInvocation, ExitCode> parseCommandLine(int argc, const char* const* argv,
+                                                                      std::ostream& out, std::ostream& err);
 
 /// Whether the invocation puts data on standard output, so that nothing else may go there.
 bool putsDataOnStandardOutput(const Invocation& invocation);

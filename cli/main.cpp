@@ -1,12 +1,21 @@
 #include <iostream>
 #include <memory>
 #include <new>
+#include <optional>
+#include <string>
+#include <variant>
 
 #include "base/SystemLog.h"
 #include "cli/Commands.h"
 #include "cli/TerminalLog.h"
 #include "cli/TransferMeter.h"
+#include "cli/helperCommand.h"
 #include "command/CommandService.h"
+#include "command/HelperInstallation.h"
+#include "command/linux/HelperPresence.h"
+#include "command/linux/PolkitAuthorization.h"
+#include "command/linux/SdBusHelperChannel.h"
+#include "command/linux/TextAgent.h"
 #include "device/KestravDevice.h"
 #include "device/linux/MountinfoVolumes.h"
 #include "device/linux/PosixDiskCalls.h"
@@ -14,8 +23,36 @@
 
 namespace {
 
+/// Whether the command service will be asked for something, which may take an administrator's password.
+bool asksTheService(const kestrav::Invocation& invocation) {
+    using namespace kestrav;
+    return std::holds_alternative<UpdateInvocation>(invocation) || std::holds_alternative<PushInvocation>(invocation) ||
+           std::holds_alternative<PullInvocation>(invocation);
+}
+
+kestrav::HelperState helperState() {
+    using namespace kestrav;
+    const auto presence = helperPresence(SdBusHelperChannel::kSystemBus, std::string(kHelperLabel));
+    if (!presence) return HelperState::unknown;
+    if (presence->owned) return HelperState::running;
+    return presence->startable ? HelperState::installed : HelperState::notInstalled;
+}
+
+int perform(const kestrav::HelperInvocation& invocation) {
+    using namespace kestrav;
+    std::optional<TextAgent> agent;
+    if (invocation.operation != HelperInvocation::Operation::status) agent.emplace();
+    SyslogSystemLog systemLog("kestravctl");
+    PolkitAuthorization authorization(KESTRAV_LIBEXEC "/kestrav-bless");
+    SdBusHelperChannel channel;
+    const HelperParts parts{authorization, channel, systemLog, [&] { return authorization.uninstall(); }, helperState};
+    return static_cast<int>(carryOutHelper(invocation, parts, {std::cout, std::cerr}));
+}
+
 int perform(const kestrav::Invocation& invocation) {
     using namespace kestrav;
+    std::optional<TextAgent> agent;
+    if (asksTheService(invocation)) agent.emplace();
     std::ostream& progress = putsDataOnStandardOutput(invocation) ? std::cerr : std::cout;
     SyslogSystemLog systemLog("kestravctl");
     CommandService commandService(systemLog);
@@ -37,6 +74,7 @@ int main(int argc, char** argv) {
         return static_cast<int>(std::cout.flush() ? *code : ExitCode::wrongCall);
     }
     try {
+        if (const auto* helper = std::get_if<HelperInvocation>(&parsed)) return perform(*helper);
         return perform(std::get<Invocation>(parsed));
     } catch (const std::bad_alloc&) {
         std::cerr << "kestravctl: There is not enough memory for that. Take a smaller piece at a time.\n";

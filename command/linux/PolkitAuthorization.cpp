@@ -86,6 +86,13 @@ std::int32_t PolkitAuthorization::setRight(AuthorizationRef handle, std::string_
     return number(outcome.status);
 }
 
+std::optional<std::string> PolkitAuthorization::uninstall() {
+    const Outcome outcome = perform("uninstall");
+    if (outcome.failure) return outcome.failure->what();
+    if (outcome.status == AuthorizationStatus::success) return std::nullopt;
+    return SMJError::authorizationFailed(number(outcome.status)).what();
+}
+
 PolkitAuthorization::Outcome PolkitAuthorization::perform(const char* operation) const {
     const bool root = ::geteuid() == 0;
     if (::access(blessProgram_.c_str(), X_OK) != 0) return {AuthorizationStatus::toolEnvironmentError, {}};

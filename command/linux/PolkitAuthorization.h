@@ -27,6 +27,10 @@ class PolkitAuthorization final : public Authorization {
     std::int32_t setRight(AuthorizationRef handle, std::string_view name, std::string_view rule,
                           std::string_view descriptionKey) override;
 
+    /// Has the installer take the helper away, after a consent of its own. The sentence that says why not, if it
+    /// could not be done.
+    std::optional<std::string> uninstall();
+
   private:
     /// What came of asking and, where consent was given, of the installer's work.
     struct Outcome {

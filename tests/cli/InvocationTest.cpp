@@ -8,7 +8,7 @@ namespace kestrav {
 namespace {
 
 struct Parsed {
-    std::variant<Invocation, ExitCode> result;
+    std::variant<Invocation, HelperInvocation, ExitCode> result;
     std::string out;
     std::string err;
 };
@@ -41,6 +41,50 @@ TEST(ParseCommandLine, ReadsDetect) {
 TEST(ParseCommandLine, ReadsDrives) {
     EXPECT_FALSE(parsedAs<DrivesInvocation>({"drives"}).json);
     EXPECT_TRUE(parsedAs<DrivesInvocation>({"drives", "--json"}).json);
+}
+
+struct HelperRow {
+    const char* name;
+    std::vector<const char*> words;
+    HelperInvocation::Operation operation;
+    std::string command;
+    std::vector<std::string> arguments;
+};
+
+class ParseHelperCommand : public testing::TestWithParam<HelperRow> {};
+
+TEST_P(ParseHelperCommand, ReadsItsWords) {
+    const HelperRow& row = GetParam();
+    const Parsed parsed = parse(row.words);
+    const auto* helper = std::get_if<HelperInvocation>(&parsed.result);
+    ASSERT_NE(helper, nullptr) << parsed.err;
+    EXPECT_EQ(helper->operation, row.operation);
+    EXPECT_EQ(helper->command, row.command);
+    EXPECT_EQ(helper->arguments, row.arguments);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, ParseHelperCommand,
+    testing::Values(HelperRow{"Install", {"helper", "install"}, HelperInvocation::Operation::install, "", {}},
+                    HelperRow{"Uninstall", {"helper", "uninstall"}, HelperInvocation::Operation::uninstall, "", {}},
+                    HelperRow{"Status", {"helper", "status"}, HelperInvocation::Operation::status, "", {}},
+                    HelperRow{"Run",
+                              {"helper", "run", "umount", "/dev/sdbs1"},
+                              HelperInvocation::Operation::run,
+                              "umount",
+                              {"/dev/sdbs1"}},
+                    HelperRow{"RunWithBlanks",
+                              {"helper", "run", "dd", "if=/a b.fds", "of=/dev/rsdb", "seek=1536", "bs=512"},
+                              HelperInvocation::Operation::run,
+                              "dd",
+                              {"if=/a b.fds", "of=/dev/rsdb", "seek=1536", "bs=512"}}),
+    [](const auto& row) { return row.param.name; });
+
+TEST(ParseCommandLine, WantsAHelperCommandThatIsComplete) {
+    EXPECT_EQ(std::get<ExitCode>(parse({"helper"}).result), ExitCode::wrongCall);
+    EXPECT_EQ(std::get<ExitCode>(parse({"helper", "run"}).result), ExitCode::wrongCall);
+    EXPECT_EQ(std::get<ExitCode>(parse({"helper", "restart"}).result), ExitCode::wrongCall);
+    EXPECT_EQ(std::get<ExitCode>(parse({"helper", "install", "now"}).result), ExitCode::wrongCall);
 }
 
 TEST(ParseCommandLine, ReadsFirmware) {

@@ -1,34 +1,27 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <sys/types.h>
 
-#include "base/UniqueFd.h"
-#include "tests/room/ChildProcess.h"
+#include "tests/room/Terminal.h"
 
 namespace kestrav {
 
-/// A person at a terminal: the text agent of polkit on a pseudo-terminal, which asks on behalf of one process.
+/// A person at a terminal who is asked for passwords: the text agent of polkit, on behalf of one process.
 class PasswordAgent {
   public:
     /// Answers for the process `subject` of `uid`. Ready to be asked once this is made.
     PasswordAgent(pid_t subject, uid_t uid);
 
-    /// Waits, at most `seconds`, until the terminal asks for a password; false when it does not.
-    bool isAsked(int seconds = 10);
-    void type(const std::string& text);
-    /// Walks away from the terminal.
-    void leave() { process_.end(); }
-
-    const std::string& shown() const { return shown_; }
+    /// See Terminal.
+    bool isAsked(int seconds = 10) { return terminal_->isAsked(seconds); }
+    void type(const std::string& text) { terminal_->type(text); }
+    void leave() { terminal_->leave(); }
+    const std::string& shown() const { return terminal_->shown(); }
 
   private:
-    bool waitForSilence();
-
-    UniqueFd terminal_;
-    ChildProcess process_;
-    std::string shown_;
-    std::size_t seen_ = 0;
+    std::optional<Terminal> terminal_;
 };
 
 }  // namespace kestrav

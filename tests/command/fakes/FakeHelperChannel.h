@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -25,6 +26,7 @@ class FakeHelperChannel final : public HelperChannel {
         bool offersTheProtocol = true;
         int invalidations = 0;
         std::vector<Request> requests;
+        std::function<void(Request&)> onRequest;
 
         std::shared_ptr<JobProtocol> remoteProxy(ErrorHandler errorHandler) override {
             if (!offersTheProtocol) return nullptr;
@@ -36,6 +38,7 @@ class FakeHelperChannel final : public HelperChannel {
     };
 
     bool offersTheProtocol = true;
+    std::function<void(Request&)> onRequest;  ///< answers at once where it is set
     std::vector<std::shared_ptr<Connection>> connections;
 
     std::shared_ptr<HelperConnection> open(std::string_view service, HelperChannelOptions options,
@@ -45,6 +48,7 @@ class FakeHelperChannel final : public HelperChannel {
         connection->options = options;
         connection->handlers = std::move(handlers);
         connection->offersTheProtocol = offersTheProtocol;
+        connection->onRequest = onRequest;
         connections.push_back(connection);
         return connection;
     }
@@ -58,6 +62,7 @@ class FakeHelperChannel final : public HelperChannel {
         void runWithCmd(std::string_view cmd, std::span<const std::string> arguments, Reply withReply) override {
             connection_.requests.push_back(
                 {std::string(cmd), {arguments.begin(), arguments.end()}, std::move(withReply), fail_});
+            if (connection_.onRequest) connection_.onRequest(connection_.requests.back());
         }
 
       private:
