@@ -37,12 +37,14 @@ namespace {
 
 /// The real window and the real controller; what is outside of the process is held in memory.
 class Window : public ::testing::Test {
+  public:
+    ~Window() override { controller_->driver()->setParent(nullptr); }
+
   protected:
     Window() {
         window_.connectTo(*controller_);
         controller_->viewDidLoad();
     }
-    ~Window() override { controller_->driver()->setParent(nullptr); }
 
     QPushButton& firmwareButton() { return *window_.findChild<QPushButton*>("firmwareBtn"); }
     QPushButton& iconButton() { return *window_.findChild<QPushButton*>("iconBtn"); }
