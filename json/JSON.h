@@ -23,6 +23,7 @@
 #include "json/Type.h"
 #include "json/URL.h"
 #include "json/Writer.h"
+#include "json/pathLookup.h"
 
 namespace kestrav {
 
@@ -83,7 +84,7 @@ class JSON {
     /// Lookups: the element of an array, the member of a dictionary, or step by step along a path.
     JSON operator[](const JSONKey& key) const { return (*this)[std::span(&key, 1)]; }
     JSON operator[](std::span<const JSONKey> path) const {
-        const Tree* found = find(path);
+        const Tree* found = follow(&object_, path);
         return found != nullptr ? JSON(*found) : notFound(path);
     }
     JSON operator[](std::initializer_list<JSONKey> path) const { return (*this)[std::span(path.begin(), path.size())]; }
@@ -182,8 +183,7 @@ class JSON {
         std::optional<JSONError> error;
     };
 
-    /// Where the path leads; a null pointer when it is empty or leads nowhere, and then notFound() says what that is.
-    const Tree* find(std::span<const JSONKey> path) const noexcept;
+    /// What the path leads to when it is empty or leads nowhere.
     JSON notFound(std::span<const JSONKey> path) const;
     JSON failed(const JSONKey& key) const;
     bool isContainer() const noexcept { return object_.isList() || object_.isMap(); }

@@ -3,24 +3,10 @@
 #include "base/stopProcess.h"
 #include "json/JSON.h"
 #include "json/TreeNodes.h"
+#include "json/pathLookup.h"
 
 namespace kestrav {
 namespace {
-
-/// The element or member of `container`; a null pointer when the key doesn't suit it or there is none.
-inline const Tree* memberOf(const Tree& container, const JSONKey& key) noexcept {
-    const Tree& wanted = key.object();
-    if (TreeNodes::isInteger(wanted)) {
-        if (!container.isList()) return nullptr;
-        auto* list = TreeNodes::node<TreeListNode>(container);
-        // A negative index is beyond every list when it is read without its sign.
-        const std::uint64_t index = TreeNodes::words(wanted).payload;
-        return list == nullptr || index >= list->size ? nullptr : list->elements() + index;
-    }
-    if (!container.isMap()) return nullptr;
-    auto* map = TreeNodes::node<TreeMapNode>(container);
-    return map == nullptr ? nullptr : TreeNodes::find(map, wanted);
-}
 
 Tree* mutableMemberOf(Tree& container, const JSONKey& key) {
     if (const auto name = key.key()) return container.mutableMember(*name);
@@ -47,15 +33,6 @@ Index positionIn(const Tree& object, std::size_t position) noexcept {
 std::optional<std::int64_t> JSONKey::index() const noexcept {
     if (kind() == Kind::key) return std::nullopt;
     return std::bit_cast<std::int64_t>(TreeNodes::words(value_).payload);
-}
-
-const Tree* JSON::find(std::span<const JSONKey> path) const noexcept {
-    const Tree* place = &object_;
-    for (const JSONKey& key : path) {
-        place = memberOf(*place, key);
-        if (place == nullptr) return nullptr;
-    }
-    return path.empty() ? nullptr : place;
 }
 
 JSON JSON::notFound(std::span<const JSONKey> path) const {
