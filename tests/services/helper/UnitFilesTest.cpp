@@ -1,0 +1,122 @@
+#include <filesystem>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <set>
+#include <sstream>
+#include <string>
+
+#include "tests/room/runProgram.h"
+#include "tests/services/TemporaryFolder.h"
+
+namespace kestrav {
+namespace {
+
+namespace fs = std::filesystem;
+
+const fs::path kPackaging = KESTRAV_PACKAGING;
+
+/// A unit as it is installed, its programs where this build has them.
+std::string unitText(const std::string& name) {
+    std::string text = contentsOf(kPackaging / "systemd" / name);
+    const auto replace = [&text](const std::string& from, const std::string& to) {
+        for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size())
+            text.replace(at, from.size(), to);
+    };
+    replace("@KESTRAV_LIBEXEC@/kestrav-commandd", KESTRAV_COMMANDD);
+    replace("/usr/local/libexec/com.corvatel.KestravHelper", KESTRAV_HELPER);
+    return text;
+}
+
+std::set<std::string> keysOf(const std::string& unit) {
+    std::set<std::string> keys;
+    std::istringstream lines(unit);
+    for (std::string line; std::getline(lines, line);) {
+        if (line.empty() || line[0] == '#' || line[0] == '[') continue;
+        keys.insert(line.substr(0, line.find('=')));
+    }
+    return keys;
+}
+
+class UnitFiles : public testing::TestWithParam<const char*> {};
+
+TEST_P(UnitFiles, GiveTheServiceNoMountNamespaceOfItsOwn) {
+    // systemd.exec(5): each of these makes the service see mounts of its own, and unmount only there.
+    const std::set<std::string> forbidden{"BindPaths",
+                                          "BindReadOnlyPaths",
+                                          "DynamicUser",
+                                          "ExecPaths",
+                                          "ExtensionImages",
+                                          "ExtensionDirectories",
+                                          "InaccessiblePaths",
+                                          "LoadCredential",
+                                          "LoadCredentialEncrypted",
+                                          "LogNamespace",
+                                          "MountAPIVFS",
+                                          "MountFlags",
+                                          "MountImages",
+                                          "NetworkNamespacePath",
+                                          "NoExecPaths",
+                                          "PrivateDevices",
+                                          "PrivateIPC",
+                                          "PrivateMounts",
+                                          "PrivateNetwork",
+                                          "PrivateTmp",
+                                          "PrivateUsers",
+                                          "ProcSubset",
+                                          "ProtectClock",
+                                          "ProtectControlGroups",
+                                          "ProtectHome",
+                                          "ProtectHostname",
+                                          "ProtectKernelLogs",
+                                          "ProtectKernelModules",
+                                          "ProtectKernelTunables",
+                                          "ProtectProc",
+                                          "ProtectSystem",
+                                          "ReadOnlyPaths",
+                                          "ReadWritePaths",
+                                          "RootDirectory",
+                                          "RootImage",
+                                          "SetCredential",
+                                          "SetCredentialEncrypted",
+                                          "TemporaryFileSystem"};
+    const auto keys = keysOf(unitText(GetParam()));
+    ASSERT_TRUE(keys.contains("ExecStart"));
+    for (const std::string& key : keys)
+        EXPECT_FALSE(forbidden.contains(key)) << key;
+}
+
+TEST_P(UnitFiles, KeepWhatHardensWithoutOne) {
+    const auto keys = keysOf(unitText(GetParam()));
+    for (const char* key : {"NoNewPrivileges", "CapabilityBoundingSet", "SystemCallFilter", "RestrictAddressFamilies",
+                            "MemoryDenyWriteExecute", "RestrictNamespaces", "IPAddressDeny"}) {
+        EXPECT_TRUE(keys.contains(key)) << key;
+    }
+}
+
+TEST_P(UnitFiles, AreUnderstoodBySystemd) {
+    const TemporaryFolder folder;
+    std::string name = GetParam();
+    if (name.ends_with(".in")) name.resize(name.size() - 3);
+    const std::string path = folder.file(name, unitText(GetParam()));
+    folder.file("kestrav-commandd.socket", contentsOf(kPackaging / "systemd" / "kestrav-commandd.socket"));
+    const ProgramRun run = runProgram({"/usr/bin/systemd-analyze", "verify", "--man=no", path},
+                                      {.uid = 0, .environment = {"PATH=/usr/bin:/bin"}, .input = {}});
+    EXPECT_EQ(run.exitStatus, 0) << run.err;
+    EXPECT_EQ(run.err, "");
+}
+
+INSTANTIATE_TEST_SUITE_P(Services, UnitFiles,
+                         testing::Values("com.corvatel.KestravHelper.service", "kestrav-commandd.service.in"),
+                         [](const auto& row) {
+                             return std::string(row.param).starts_with("com") ? std::string("Helper")
+                                                                              : std::string("Commandd");
+                         });
+
+TEST(CommanddSocket, ListensOnLoopbackAlone) {
+    const std::string text = contentsOf(kPackaging / "systemd" / "kestrav-commandd.socket");
+    EXPECT_THAT(text, testing::HasSubstr("\nListenStream=127.0.0.1:9090\n"));
+    EXPECT_EQ(text.find("Listen"), text.rfind("Listen"));
+}
+
+}  // namespace
+}  // namespace kestrav
