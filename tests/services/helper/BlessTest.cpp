@@ -1,4 +1,6 @@
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <fcntl.h>
 #include <filesystem>
@@ -9,11 +11,15 @@
 #include <optional>
 #include <sstream>
 #include <string>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
+#include "base/UniqueFd.h"
+#include "tests/room/ChildProcess.h"
 #include "tests/room/SystemRoom.h"
 #include "tests/room/runProgram.h"
 
@@ -357,6 +363,27 @@ TEST_F(Bless, ExchangesNothingWhenThereIsNoRoomForAll) {
     EXPECT_EQ(contents(kProgram), "the helper's program");
     EXPECT_FALSE(fs::exists(kActivation));
 }
+
+class BlessWaits : public Bless, public testing::WithParamInterface<const char*> {};
+
+TEST_P(BlessWaits, ForAnotherOneThatRuns) {
+    fs::create_directories("/usr/local/libexec");
+    UniqueFd other(::open("/usr/local/libexec", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    ASSERT_EQ(::flock(other.get(), LOCK_EX), 0);
+    ChildProcess second = ChildProcess::start({kBless, GetParam()});
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    EXPECT_TRUE(second.runs());
+    EXPECT_FALSE(fs::exists(kUnit));
+    other.reset();
+    EXPECT_EQ(second.wait(), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Operations, BlessWaits, testing::Values("install", "uninstall", "register-right"),
+                         [](const auto& row) {
+                             std::string name = row.param;
+                             std::ranges::replace(name, '-', '_');
+                             return name;
+                         });
 
 TEST_F(Bless, InstallsOnceWhenAskedByTenAtOnce) {
     std::vector<pid_t> children;
