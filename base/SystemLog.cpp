@@ -1,8 +1,11 @@
 #include "base/SystemLog.h"
 
 #include <algorithm>
-#include <cstdio>
+#include <cerrno>
+#include <climits>
+#include <poll.h>
 #include <syslog.h>
+#include <unistd.h>
 #include <utility>
 
 #include "base/utf8.h"
@@ -23,9 +26,16 @@ void appendHexadecimal(std::string& shown, char byte) {
     shown += {'\\', 'x', digits[value >> 4U], digits[value & 15U]};
 }
 
+bool hasRoom(int descriptor) {
+    pollfd writing{descriptor, POLLOUT, 0};
+    return ::poll(&writing, 1, 0) == 1 && (writing.revents & POLLOUT) != 0;
+}
+
 }  // namespace
 
-SyslogSystemLog::SyslogSystemLog(std::string ident) : ident_(std::move(ident)) {
+SyslogSystemLog::SyslogSystemLog(std::string ident, SlowReader slowReader)
+    : ident_(std::move(ident)),
+      slowReader_(slowReader) {
     ::openlog(ident_.c_str(), LOG_PID, LOG_USER);
 }
 
@@ -36,9 +46,21 @@ SyslogSystemLog::~SyslogSystemLog() {
 void SyslogSystemLog::write(std::string_view entry) {
     const std::string text(entry);
     ::syslog(LOG_NOTICE, "%s", text.c_str());
-    // One write for the whole line, so that lines of two processes don't mix.
+    // One write for a line of ordinary length, so that lines of two processes don't mix.
     const std::string line = ident_ + ": " + escapedForTerminal(entry) + "\n";
-    std::fwrite(line.data(), 1, line.size(), stderr);
+    copyToStandardError(line);
+}
+
+void SyslogSystemLog::copyToStandardError(std::string_view line) const {
+    while (!line.empty()) {
+        // A pipe that has room at all has room for this much. O_NONBLOCK would say so as well, but it would hold for
+        // everybody who shares the pipe or the terminal.
+        if (slowReader_ == SlowReader::missesLines && !hasRoom(STDERR_FILENO)) return;
+        const ssize_t written = ::write(STDERR_FILENO, line.data(), std::min<std::size_t>(line.size(), PIPE_BUF));
+        if (written < 0 && errno == EINTR) continue;
+        if (written <= 0) return;
+        line.remove_prefix(static_cast<std::size_t>(written));
+    }
 }
 
 std::string escapedForTerminal(std::string_view text) {

@@ -19,8 +19,12 @@ class SystemLog {
 /// Make one for the life of a process: openlog(3) is process-wide.
 class SyslogSystemLog final : public SystemLog {
   public:
+    /// What becomes of a copy while whoever reads standard error, a pipe for example, doesn't take more: a program that
+    /// a person started waits and loses nothing; one that serves others goes on without the rest of the copy.
+    enum class SlowReader { isWaitedFor, missesLines };
+
     /// `ident` is the program's name; it is kept by this object for openlog(3).
-    explicit SyslogSystemLog(std::string ident);
+    explicit SyslogSystemLog(std::string ident, SlowReader slowReader = SlowReader::isWaitedFor);
     ~SyslogSystemLog() override;
     SyslogSystemLog(const SyslogSystemLog&) = delete;
     SyslogSystemLog& operator=(const SyslogSystemLog&) = delete;
@@ -28,7 +32,10 @@ class SyslogSystemLog final : public SystemLog {
     void write(std::string_view entry) override;
 
   private:
+    void copyToStandardError(std::string_view line) const;
+
     std::string ident_;
+    SlowReader slowReader_;
 };
 
 /// `text` for one line on a terminal: the bytes of control characters (U+0000 to U+001F, U+007F to U+009F), and bytes

@@ -59,3 +59,29 @@ function(kestrav_test name)
   endif()
   gtest_discover_tests(${name} TEST_PREFIX "${name}." DISCOVERY_TIMEOUT 60 PROPERTIES ${properties})
 endfunction()
+
+# kestrav_python_cases(PREFIX PROGRAM INTERPRETER python)
+# Each method test_OUTCOME of each *_test.py in this folder is the case PREFIX.CLASS.OUTCOME of ctest, run with the
+# programs of this build, in a network and with mounts of its own. PROGRAM is a program that the cases use.
+function(kestrav_python_cases prefix program)
+  cmake_parse_arguments(arg "" "INTERPRETER" "" ${ARGN})
+  set(road "${CMAKE_SOURCE_DIR}/tests/road")
+  file(GLOB files CONFIGURE_DEPENDS *_test.py)
+  foreach(file IN LISTS files)
+    get_filename_component(module ${file} NAME_WE)
+    file(STRINGS ${file} class_line REGEX "^class ")
+    string(REGEX REPLACE "^class ([A-Za-z]+).*" "\\1" class "${class_line}")
+    file(STRINGS ${file} methods REGEX "^    def test_")
+    foreach(line IN LISTS methods)
+      string(REGEX REPLACE "^    def (test_[a-z0-9_]+).*" "\\1" method "${line}")
+      string(REGEX REPLACE "^test_" "" outcome "${method}")
+      set(case "${prefix}.${class}.${outcome}")
+      add_test(NAME ${case}
+        COMMAND ${road}/isolated ${arg_INTERPRETER} ${road}/run_case.py ${module}.${class}.${method}
+        WORKING_DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR})
+      set_tests_properties(${case} PROPERTIES
+        TIMEOUT 180 SKIP_RETURN_CODE 77
+        ENVIRONMENT "KESTRAV_PROGRAMS=$<TARGET_FILE_DIR:${program}>;PYTHONDONTWRITEBYTECODE=1;PYTHONPATH=${CMAKE_CURRENT_SOURCE_DIR}")
+    endforeach()
+  endforeach()
+endfunction()

@@ -23,6 +23,7 @@
 #include "json/Type.h"
 #include "json/URL.h"
 #include "json/Writer.h"
+#include "json/pathLookup.h"
 
 namespace kestrav {
 
@@ -45,12 +46,16 @@ class JSON {
     /// Null, without an error.
     JSON() = default;
     /// Whatever a Tree can be made from: texts, numbers, booleans, trees. A text is taken as it is, not parsed.
-    template <class Object>
-    requires(std::constructible_from<Tree, Object&&> && !std::same_as<std::remove_cvref_t<Object>, JSON>)
-        JSON(Object&& object)  // NOLINT(google-explicit-constructor): any object stands for the value made of it
-        : object_(std::forward<Object>(object)) {
+    // NOLINTBEGIN(google-explicit-constructor): any object stands for the value made of it
+    JSON(const Tree& object) : object_(object) {
         if (object_.isObject()) setUnsupported();
     }
+    JSON(Tree&& object) : object_(std::move(object)) {
+        if (object_.isObject()) setUnsupported();
+    }
+    template <class Object>
+    requires std::constructible_from<Tree, const Object&> JSON(const Object& object) : JSON(Tree(object)) {}
+    // NOLINTEND(google-explicit-constructor)
     explicit JSON(const std::vector<JSON>& elements);
     /// Reads a document. One that can't be read gives null, and tells why in `error` if that is given.
     explicit JSON(std::span<const std::byte> document, ReadingOptions options = ReadingOptions::allowFragments,
@@ -79,7 +84,7 @@ class JSON {
     /// Lookups: the element of an array, the member of a dictionary, or step by step along a path.
     JSON operator[](const JSONKey& key) const { return (*this)[std::span(&key, 1)]; }
     JSON operator[](std::span<const JSONKey> path) const {
-        const Tree* found = find(path);
+        const Tree* found = follow(&object_, path);
         return found != nullptr ? JSON(*found) : notFound(path);
     }
     JSON operator[](std::initializer_list<JSONKey> path) const { return (*this)[std::span(path.begin(), path.size())]; }
@@ -178,8 +183,7 @@ class JSON {
         std::optional<JSONError> error;
     };
 
-    /// Where the path leads; a null pointer when it is empty or leads nowhere, and then notFound() says what that is.
-    const Tree* find(std::span<const JSONKey> path) const noexcept;
+    /// What the path leads to when it is empty or leads nowhere.
     JSON notFound(std::span<const JSONKey> path) const;
     JSON failed(const JSONKey& key) const;
     bool isContainer() const noexcept { return object_.isList() || object_.isMap(); }

@@ -17,12 +17,15 @@ class JSONKey {
     static JSONKey index(std::int64_t index) { return JSONKey(Tree(index)); }
     static JSONKey key(std::string_view key) { return JSONKey(Tree(key)); }
 
+    // Not explicit, so that a path may be written as {"list", 0}.
+    // NOLINTBEGIN(google-explicit-constructor)
     template <std::integral Index>
     requires(!std::same_as<Index, bool>) JSONKey(Index position)
-        : JSONKey(index(static_cast<std::int64_t>(position))) {}  // NOLINT(google-explicit-constructor)
-    JSONKey(std::string_view name) : JSONKey(key(name)) {}        // NOLINT(google-explicit-constructor): so that a path
-    JSONKey(const char* name) : JSONKey(key(name)) {}             // NOLINT(google-explicit-constructor): may be written
-    JSONKey(const std::string& name) : JSONKey(key(name)) {}      // NOLINT(google-explicit-constructor): as {"a", 0}
+        : JSONKey(index(static_cast<std::int64_t>(position))) {}
+    JSONKey(std::string_view name) : JSONKey(key(name)) {}
+    JSONKey(const char* name) : JSONKey(key(name)) {}
+    JSONKey(const std::string& name) : JSONKey(key(name)) {}
+    // NOLINTEND(google-explicit-constructor)
 
     Kind kind() const noexcept { return value_.isText() ? Kind::key : Kind::index; }
     /// Nothing when it is of the other kind. The view lasts as long as this key.

@@ -3,24 +3,10 @@
 #include "base/stopProcess.h"
 #include "json/JSON.h"
 #include "json/TreeNodes.h"
+#include "json/pathLookup.h"
 
 namespace kestrav {
 namespace {
-
-/// The element or member of `container`; a null pointer when the key doesn't suit it or there is none.
-inline const Tree* memberOf(const Tree& container, const JSONKey& key) noexcept {
-    const Tree& wanted = key.object();
-    if (TreeNodes::form(wanted) == TreeNodes::Form::integer) {
-        if (!container.isList()) return nullptr;
-        auto* list = TreeNodes::node<TreeListNode>(container);
-        // A negative index is beyond every list when it is read without its sign.
-        const std::uint64_t index = TreeNodes::words(wanted).payload;
-        return list == nullptr || index >= list->size ? nullptr : list->elements() + index;
-    }
-    if (!container.isMap()) return nullptr;
-    auto* map = TreeNodes::node<TreeMapNode>(container);
-    return map == nullptr ? nullptr : TreeNodes::find(map, wanted);
-}
 
 Tree* mutableMemberOf(Tree& container, const JSONKey& key) {
     if (const auto name = key.key()) return container.mutableMember(*name);
@@ -47,17 +33,6 @@ Index positionIn(const Tree& object, std::size_t position) noexcept {
 std::optional<std::int64_t> JSONKey::index() const noexcept {
     if (kind() == Kind::key) return std::nullopt;
     return std::bit_cast<std::int64_t>(TreeNodes::words(value_).payload);
-}
-
-const Tree* JSON::find(std::span<const JSONKey> path) const noexcept {
-    const Tree* found = nullptr;
-    const Tree* place = &object_;
-    for (const JSONKey& key : path) {
-        found = memberOf(*place, key);
-        if (found == nullptr) return nullptr;
-        place = found;
-    }
-    return found;
 }
 
 JSON JSON::notFound(std::span<const JSONKey> path) const {
@@ -132,7 +107,7 @@ std::pair<std::string, Tree> JSON::operator[](JSONRawIndex position) const {
             return {std::string(object_.keyAt(position.position())), object_.valueAt(position.position())};
         case JSONRawIndex::Case::null:
             require(!isContainer());
-            return {};
+            return {std::string(), Tree()};
     }
     stopProcess();
 }
@@ -149,8 +124,8 @@ std::pair<std::string, JSON> JSON::operator[](JSONIndex position) const {
         }
         stopProcess();
     }();
-    auto [key, object] = (*this)[raw];
-    return {std::move(key), JSON(std::move(object))};
+    auto found = (*this)[raw];
+    return {std::move(found.first), JSON(std::move(found.second))};
 }
 
 JSON::Iterator JSON::begin() const {

@@ -12,12 +12,19 @@ namespace {
 /// Digits that every double keeps; a longer number is more than the double nearest to it.
 constexpr std::int64_t kDoubleDigits = 17;
 
-/// Whether a number that isn't an integer of 64 bits has so few digits that a double keeps them, as far as a quick look
-/// tells: zeros at its end count, those in front don't. An integer beyond 64 bits has more.
+/// Texts this short hold no more than 17 digits: there is a point or an exponent among them, for without either a
+/// number of this length is an integer of 64 bits.
+constexpr std::size_t kSurelySuitsDouble = 18;
+
+/// Whether a number has so few digits that a double keeps them, as far as a quick look tells: zeros at its end count,
+/// those in front don't. An integer beyond 64 bits has more.
 bool surelySuitsDouble(std::string_view text) {
-    const std::size_t first = text.find_first_not_of("-0.");
+    if (text.size() <= kSurelySuitsDouble) return true;
+    std::size_t at = 0;
+    while (at < text.size() && (text[at] == '-' || text[at] == '0' || text[at] == '.'))
+        ++at;
     std::int64_t digits = 0;
-    for (std::size_t at = first; at < text.size() && (text[at] | 0x20) != 'e'; ++at)
+    for (; at < text.size() && (text[at] | 0x20) != 'e'; ++at)
         digits += text[at] != '.' ? 1 : 0;
     return digits <= kDoubleDigits;
 }

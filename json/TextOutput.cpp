@@ -26,36 +26,20 @@ constexpr bool isEscaped(unsigned char c) {
     return c < 0x20 || c == '"' || c == '\\';
 }
 
-constexpr std::size_t kFirstBlock = 4096;
-constexpr std::size_t kLargestBlock = std::size_t{1} << 20U;
+constexpr std::size_t kFirstSize = 512;
 
 }  // namespace
 
-void TextOutput::closeBlock() {
-    if (!blocks_.empty()) blocks_.back().used = static_cast<std::size_t>(at_ - blocks_.back().bytes.get());
-}
-
-void TextOutput::newBlock(std::size_t size) {
-    closeBlock();
-    const std::size_t grown = kFirstBlock << std::min<std::size_t>(2 * blocks_.size(), 8);
-    const std::size_t capacity = std::max(std::min(grown, kLargestBlock), size);
-    blocks_.push_back({std::unique_ptr<char[]>(new char[capacity]), 0});
-    at_ = blocks_.back().bytes.get();
-    end_ = at_ + capacity;
+void TextOutput::grow(std::size_t size) {
+    const std::size_t used = text_.empty() ? 0 : static_cast<std::size_t>(at_ - text_.data());
+    text_.resize(std::max({kFirstSize, text_.size() + text_.size() / 2, used + size}));
+    at_ = text_.data() + used;
+    end_ = text_.data() + text_.size();
 }
 
 std::string TextOutput::take() {
-    closeBlock();
-    std::size_t size = 0;
-    for (const Block& block : blocks_)
-        size += block.used;
-    std::string text;
-    text.reserve(size);
-    for (Block& block : blocks_) {
-        text.append(block.bytes.get(), block.used);
-        block.bytes.reset();
-    }
-    return text;
+    text_.resize(text_.empty() ? 0 : static_cast<std::size_t>(at_ - text_.data()));
+    return std::move(text_);
 }
 
 bool TextOutput::putText(const Tree& text) {

@@ -3,19 +3,20 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "json/TreeNodes.h"
 
 namespace kestrav {
 
-/// Where the writer puts its text: in blocks that grow, put together at the end, so that nothing that was written is
-/// moved more than once. Kept open for the compiler to draw into the writer's loop.
+/// Where the writer puts its text: a string that is always a good deal longer than what was written, so that most of
+/// the time one comparison says that there is room. Kept open for the compiler to draw into the writer's loop.
 class TextOutput {
   public:
+    /// Makes room in advance for about that much.
+    void reserve(std::size_t size) { room(size + size / 8); }
+
     void put(char c) {
         *room(1) = c;
         ++at_;
@@ -33,23 +34,17 @@ class TextOutput {
     std::string take();
 
   private:
-    struct Block {
-        std::unique_ptr<char[]> bytes;
-        std::size_t used;
-    };
-
     /// At least `size` free bytes, of which those that are used have still to be counted.
     char* room(std::size_t size) {
-        if (static_cast<std::size_t>(end_ - at_) < size) newBlock(size);
+        if (static_cast<std::size_t>(end_ - at_) < size) grow(size);
         return at_;
     }
-    void newBlock(std::size_t size);
-    void closeBlock();
+    void grow(std::size_t size);
     bool putShortText(TreeWords words);
     bool putLongText(std::string_view text);
     void putEscaped(char c);
 
-    std::vector<Block> blocks_;
+    std::string text_;
     char* at_ = nullptr;
     char* end_ = nullptr;
 };

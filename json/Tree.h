@@ -4,6 +4,7 @@
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <optional>
 #include <string>
@@ -83,9 +84,9 @@ class Tree {
     Kind kind() const noexcept { return kKinds[(meta_ >> kTagShift) & 15U]; }
     bool isNull() const noexcept { return form() == Form::null; }
     bool isText() const noexcept { return kind() == Kind::text; }
-    bool isList() const noexcept { return form() == Form::list; }
-    bool isMap() const noexcept { return form() == Form::map; }
-    bool isObject() const noexcept { return hasNode() && form() == Form::object; }
+    bool isList() const noexcept { return is(Form::list); }
+    bool isMap() const noexcept { return is(Form::map); }
+    bool isObject() const noexcept { return is(Form::object); }
 
     /// What the tree holds, or nothing when it is of another kind.
     std::optional<bool> boolean() const noexcept;
@@ -152,9 +153,17 @@ class Tree {
     Tree(std::uint64_t payload, std::uint64_t meta) noexcept : payload_(payload), meta_(meta) {}
 
     Form form() const noexcept { return static_cast<Form>((meta_ >> kTagShift) & 15U); }
+    /// Not for short texts: of all other forms the high four bits are zero, and one byte decides.
+    bool is(Form form) const noexcept { return meta_ >> kTagShift == static_cast<std::uint64_t>(form); }
     bool hasNode() const noexcept { return (meta_ >> (kTagShift + 3) & 1U) != 0; }
     /// A long text's bytes follow the count of its node's references.
-    const char* longText() const noexcept { return std::bit_cast<const char*>(payload_) + sizeof(std::uintptr_t); }
+    const char* longText() const noexcept { return address<const char>() + sizeof(std::uintptr_t); }
+    template <class Node>
+    Node* address() const noexcept {
+        Node* node = nullptr;
+        std::memcpy(&node, &payload_, sizeof payload_);
+        return node;
+    }
     void retain() const noexcept;
     void release() noexcept;
 
@@ -163,6 +172,7 @@ class Tree {
 };
 
 static_assert(sizeof(Tree) == 16);
+static_assert(sizeof(void*) == sizeof(std::uint64_t), "an address fills the first word");
 static_assert(std::endian::native == std::endian::little, "a short text ends below the top byte of the second word");
 
 }  // namespace kestrav

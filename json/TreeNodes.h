@@ -67,6 +67,7 @@ class TreeNodes {
     }
     static TreeWords words(const Tree& tree) noexcept { return {tree.payload_, tree.meta_}; }
     static Form form(const Tree& tree) noexcept { return tree.form(); }
+    static bool isInteger(const Tree& tree) noexcept { return tree.is(Form::integer); }
 
     /// The words of a text; a long one gets a node of its own. `first` and `second` are put together.
     static TreeWords text(std::string_view first, std::string_view second = {});
@@ -83,7 +84,7 @@ class TreeNodes {
     /// The nodes; null pointers when empty.
     template <class Node>
     static Node* node(const Tree& tree) noexcept {
-        return std::bit_cast<Node*>(tree.payload_);
+        return tree.address<Node>();
     }
     template <class Node>
     static TreeWords wordsOf(Form form, Node* node) noexcept {

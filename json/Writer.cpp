@@ -9,6 +9,10 @@
 namespace kestrav {
 namespace {
 
+bool isContainer(const Tree& tree) {
+    return tree.isList() || tree.isMap();
+}
+
 /// A list or map that is being written. Its parts lie side by side: elements, or each key before its value.
 struct Level {
     const Tree* next;
@@ -27,6 +31,31 @@ Level levelOf(const Tree& container) {
     return {node->elements(), node->elements() + node->size, false};
 }
 
+/// About how much text the tree takes: the texts are counted, the rest is guessed. A wrong guess costs time alone.
+std::size_t guessedSize(const Tree& top) {
+    constexpr std::size_t kTextAndComma = 3;
+    constexpr std::size_t kLeafAndComma = 10;
+    std::size_t size = 0;
+    std::vector<Level> levels{levelOf(top)};
+    while (!levels.empty()) {
+        Level& level = levels.back();
+        if (level.next == level.end) {
+            levels.pop_back();
+            continue;
+        }
+        const Tree& part = *level.next++;
+        if (const auto text = part.text()) {
+            size += text->size() + kTextAndComma;
+        } else if (isContainer(part)) {
+            size += kTextAndComma;
+            levels.push_back(levelOf(part));
+        } else {
+            size += kLeafAndComma;
+        }
+    }
+    return size;
+}
+
 /// The end of a line and the indentation of the next one, at its deepest 64 levels.
 constexpr std::string_view kLineBreak =
     "\n                                                                "
@@ -39,6 +68,7 @@ class TreeWriter {
     explicit TreeWriter(bool pretty) : pretty_(pretty) {}
 
     bool write(const Tree& top) {
+        output_.reserve(guessedSize(top));
         open(top);
         while (true) {
             const Level& level = levels_.back();
@@ -112,10 +142,6 @@ bool isValidLeaf(const Tree& tree) {
             return false;
     }
     return false;
-}
-
-bool isContainer(const Tree& tree) {
-    return tree.isList() || tree.isMap();
 }
 
 }  // namespace

@@ -73,7 +73,8 @@ int run(int rounds, int scale, std::size_t doubles) {
     const std::vector<PeerMaker> peers{makeKestravPeer, makeBoostPeer, makeNlohmannPeer, makeRapidJSONPeer, makeQtPeer};
     std::printf(
         "Times: how many times as fast as each library (more is better). Memory: how many times as much (less "
-        "is better).\nMedians of %d rounds, all libraries in turn in each, every measurement in a process of its "
+        "is better).\nMedians of %d rounds of the shortest of five times, all libraries in turn in each, every "
+        "measurement in a process of its "
         "own.\n\n",
         rounds);
     std::printf("| document | operation | Kestrav |");

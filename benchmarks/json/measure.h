@@ -8,8 +8,8 @@
 
 namespace kestrav::benchmark {
 
-/// What one library took for one document: medians over the rounds, in seconds, and in bytes what the process had more
-/// at the peak of parsing than before.
+/// What one library took for one document: medians over the rounds of the shortest of five times, in seconds, and in
+/// bytes what the process had more at the peak of parsing than before.
 struct Figures {
     double parse = 0;
     double serialise = 0;

@@ -1,10 +1,18 @@
 #include "services/commandd/RequestScan.h"
 
 namespace kestrav {
+namespace {
+
+/// What JSON takes between and behind values; a line end is what many programs send last.
+bool isBlank(char byte) {
+    return byte == ' ' || byte == '\t' || byte == '\n' || byte == '\r';
+}
+
+}  // namespace
 
 RequestScan::State RequestScan::take(std::string_view bytes) {
     for (const char byte : bytes) {
-        if (state_ == State::complete) state_ = State::moreBehindIt;
+        if (state_ == State::complete && !isBlank(byte)) state_ = State::moreBehindIt;
         if (state_ != State::incomplete) break;
         takeOne(byte);
     }

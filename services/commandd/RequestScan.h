@@ -11,13 +11,13 @@ class RequestScan {
   public:
     enum class State {
         incomplete,
-        complete,      ///< the object closed with the last byte taken
+        complete,      ///< the object closed; at most white space follows it
         noObject,      ///< the first byte is not {, so this is something else, such as a browser's request
-        moreBehindIt,  ///< bytes follow the object
+        moreBehindIt,  ///< something else follows the object
     };
 
-    /// Takes the next bytes. Once the state is not `incomplete` any more, nothing changes it but bytes behind a
-    /// complete object.
+    /// Takes the next bytes. Once the state is not `incomplete` any more, nothing changes it but what follows a
+    /// complete object and is not white space.
     State take(std::string_view bytes);
 
     State state() const { return state_; }

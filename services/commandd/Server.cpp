@@ -4,6 +4,7 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <exception>
 #include <sys/prctl.h>
 #include <sys/signalfd.h>
 #include <sys/socket.h>
@@ -27,12 +28,28 @@ constexpr std::size_t mostPeers = 64;
 constexpr std::ptrdiff_t mostPeersOfAUser = 48;  // so that one user's prompts don't keep root and others out
 constexpr std::chrono::milliseconds pauseWithoutDescriptors{100};
 
+// A terminal that closes and Ctrl-\ mean the same as a service manager's SIGTERM.
+constexpr std::array endingSignals{SIGTERM, SIGINT, SIGHUP, SIGQUIT};
+// Mean nothing here, and would end a write if they were left to the system.
+constexpr std::array meaninglessSignals{SIGPIPE, SIGUSR1, SIGUSR2, SIGALRM, SIGVTALRM, SIGPROF};
+
 sigset_t handledSignals() {
     sigset_t signals;
     ::sigemptyset(&signals);
-    for (const int signal : {SIGTERM, SIGINT, SIGCHLD})
+    for (const int signal : endingSignals)
         ::sigaddset(&signals, signal);
+    ::sigaddset(&signals, SIGCHLD);
     return signals;
+}
+
+bool isEnding(std::uint32_t signal) {
+    return std::any_of(endingSignals.begin(), endingSignals.end(),
+                       [signal](int one) { return static_cast<std::uint32_t>(one) == signal; });
+}
+
+bool hasGone(int connection) {
+    pollfd peer{connection, POLLRDHUP, 0};
+    return ::poll(&peer, 1, 0) == 1;
 }
 
 std::string userName(uid_t uid) {
@@ -49,6 +66,16 @@ Server::Server(UniqueFd listener, const CallerJudge& judge, RequestRunner& runne
 
 bool Server::run() {
     if (!openSignals()) return false;
+    try {
+        if (serve()) return true;
+    } catch (const std::exception& error) {
+        reportEnd(error.what());
+    }
+    waitForRunning();
+    return false;
+}
+
+bool Server::serve() {
     while (!stopping_ || !running_.empty() || !leaving_.empty()) {
         auto watch = watched();
         const int ready = ::poll(watch.data(), watch.size(), millisecondsToNextDeadline());
@@ -62,10 +89,30 @@ bool Server::run() {
     return true;
 }
 
+/// Memory may be what is missing, and the log then fails as well.
+void Server::reportEnd(const char* reason) noexcept try {
+    log_.write("ending when the requests that were begun have ended: " + std::string(reason));
+} catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): nowhere is left to say it
+}
+
+/// A request's process is killed when this one ends, and a write that was begun is worth more than an end at once.
+void Server::waitForRunning() noexcept {
+    listener_.reset();
+    for (const auto& [child, connection] : running_) {
+        while (::waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
+        }
+    }
+}
+
 bool Server::openSignals() {
-    ::signal(SIGPIPE, SIG_IGN);
+    for (const int signal : meaninglessSignals)
+        ::signal(signal, SIG_IGN);
     const sigset_t signals = handledSignals();
     if (::sigprocmask(SIG_BLOCK, &signals, nullptr) != 0) return false;
+    // Whoever started the service may have ignored them: then none would arrive, and no child could be waited for.
+    for (const int signal : endingSignals)
+        ::signal(signal, SIG_DFL);
+    ::signal(SIGCHLD, SIG_DFL);
     signals_.reset(::signalfd(-1, &signals, SFD_NONBLOCK | SFD_CLOEXEC));
     return static_cast<bool>(signals_);
 }
@@ -114,7 +161,7 @@ void Server::handleSignals() {
     signalfd_siginfo info{};
     bool toStop = false;
     while (::read(signals_.get(), &info, sizeof info) == sizeof info) {
-        toStop = toStop || info.ssi_signo == SIGTERM || info.ssi_signo == SIGINT;
+        toStop = toStop || isEnding(info.ssi_signo);
     }
     collectChildren();
     if (toStop && !stopping_) stop();
@@ -140,6 +187,8 @@ bool Server::acceptOne() {
 
 void Server::admit(UniqueFd connection) {
     const auto identity = peerIdentity(connection.get());
+    // Nobody is left to be told, and nobody may fill the log by coming and going.
+    if (!identity && hasGone(connection.get())) return;
     if (!identity) {
         refuse(std::move(connection), "unknown", refused("the system does not tell who is asking."));
         return;
@@ -216,8 +265,8 @@ void Server::runInChild(Peer& peer, pid_t parent) {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (::getppid() != parent) ::_exit(1);
     // Ctrl-C and a service manager's SIGTERM reach the whole group; a write that was begun ends first.
-    ::signal(SIGTERM, SIG_IGN);
-    ::signal(SIGINT, SIG_IGN);
+    for (const int signal : endingSignals)
+        ::signal(signal, SIG_IGN);
     // They stay blocked: that they are pending shows that whatever has not begun yet need not begin any more.
     // Other peers' connections would stay open as long as this child has them too.
     const UniqueFd connection = std::move(peer.connection);
@@ -228,7 +277,11 @@ void Server::runInChild(Peer& peer, pid_t parent) {
     peers_.clear();
     leaving_.clear();
     running_.clear();
-    runner_.run(connection.get(), identity, request);
+    try {
+        runner_.run(connection.get(), identity, request);
+    } catch (const std::exception&) {
+        ::_exit(1);  // the server answers; its own way of ending is not for a child
+    }
     drainUntilClosed(connection.get());
     ::_exit(0);
 }

@@ -31,8 +31,9 @@ class Server {
     /// `listener` doesn't wait in accept(2). The rest isn't owned and outlives this object.
     Server(UniqueFd listener, const CallerJudge& judge, RequestRunner& runner, SystemLog& log);
 
-    /// Serves until SIGTERM or SIGINT; then takes nothing more, lets requests that were begun end and be answered, and
-    /// returns true. False when the system doesn't give what it needs. Blocks those signals and SIGCHLD in the process.
+    /// Serves until SIGTERM, SIGINT, SIGHUP or SIGQUIT; then takes nothing more, lets requests that were begun end and
+    /// be answered, and returns true. False when the system doesn't give what it needs. Blocks those signals and
+    /// SIGCHLD in the process.
     bool run();
 
   private:
@@ -58,6 +59,9 @@ class Server {
     };
 
     bool openSignals();
+    bool serve();
+    void reportEnd(const char* reason) noexcept;
+    void waitForRunning() noexcept;
     std::vector<pollfd> watched() const;
     int millisecondsToNextDeadline() const;
     void handle(const std::vector<pollfd>& ready);

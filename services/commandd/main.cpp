@@ -1,9 +1,11 @@
+#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <string_view>
 #include <systemd/sd-daemon.h>
 #include <unistd.h>
 
+#include "base/StandardDescriptors.h"
 #include "base/SystemLog.h"
 #include "services/commandd/CallerJudge.h"
 #include "services/commandd/ListeningSocket.h"
@@ -49,6 +51,7 @@ int serve(kestrav::SystemLog& log) {
 }  // namespace
 
 int main(int count, char** words) {
+    if (!kestrav::openStandardDescriptors()) return 1;
     const std::string_view word = count == 2 ? words[1] : "";
     if (word == "--help") {
         std::fputs(help, stdout);
@@ -62,7 +65,9 @@ int main(int count, char** words) {
         std::fputs(help, stderr);
         return 2;
     }
-    kestrav::SyslogSystemLog log("kestrav-commandd");
+    // Before the first line: whoever reads standard error may have gone.
+    std::signal(SIGPIPE, SIG_IGN);
+    kestrav::SyslogSystemLog log("kestrav-commandd", kestrav::SyslogSystemLog::SlowReader::missesLines);
     try {
         return serve(log);
     } catch (const std::exception& error) {

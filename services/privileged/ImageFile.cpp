@@ -105,10 +105,6 @@ Received openAs(const std::string& path, const Caller& caller) {
     return received;
 }
 
-bool sameMoment(const timespec& left, const timespec& right) {
-    return left.tv_sec == right.tv_sec && left.tv_nsec == right.tv_nsec;
-}
-
 }  // namespace
 
 Outcome<ImageFile> ImageFile::open(const std::string& path, const Caller& caller) {
@@ -143,12 +139,9 @@ std::error_code ImageFile::read(std::uint64_t offset, std::span<std::byte> into)
     return {};
 }
 
-ImageFile::Change ImageFile::sinceOpened() const {
+bool ImageFile::keptItsLength() const {
     struct stat now {};
-    if (::fstat(file_.get(), &now) != 0) return Change::possible;
-    if (now.st_size != status_.st_size) return Change::length;
-    const bool same = sameMoment(now.st_mtim, status_.st_mtim) && sameMoment(now.st_ctim, status_.st_ctim);
-    return same ? Change::none : Change::possible;
+    return ::fstat(file_.get(), &now) == 0 && now.st_size == status_.st_size;
 }
 
 }  // namespace kestrav

@@ -29,9 +29,8 @@ class ImageFile {
     /// std::errc::result_out_of_range.
     std::error_code read(std::uint64_t offset, std::span<std::byte> into) const;
 
-    enum class Change { none, possible, length };
-    /// What may have happened to the file's bytes since it was opened.
-    Change sinceOpened() const;
+    /// False when the file has grown or shrunk since it was opened, or when that can't be told.
+    bool keptItsLength() const;
 
   private:
     ImageFile(UniqueFd file, const struct stat& status) : file_(std::move(file)), status_(status) {}

@@ -1,5 +1,7 @@
 #include <bit>
+#include <charconv>
 #include <cmath>
+#include <cstdlib>
 #include <gtest/gtest.h>
 #include <limits>
 
@@ -189,21 +191,40 @@ struct TextRow {
 };
 
 class NumberText : public testing::TestWithParam<TextRow> {};
-INSTANTIATE_TEST_SUITE_P(Numbers, NumberText,
-                         testing::Values(TextRow{Number(42), "42"}, TextRow{Number(kLowest), "-9223372036854775808"},
-                                         TextRow{Number(kHighestUnsigned), "18446744073709551615"},
-                                         TextRow{Number(0.1), "0.1"}, TextRow{Number(1.0), "1"},
-                                         TextRow{Number(100000.0), "100000"}, TextRow{Number(-0.0), "-0"},
-                                         TextRow{Number(9007199254740991.0), "9007199254740991"},
-                                         TextRow{Number(9007199254740992.0), "9.007199254740992e+15"},
-                                         TextRow{Number(1e300), "1e+300"}, TextRow{Number(5e-324), "5e-324"},
-                                         TextRow{Number(0.1F), "0.10000000149011612"}, TextRow{decimal("12.5"), "12.5"},
-                                         TextRow{Number(kNotANumber), "NaN"}, TextRow{Number(true), "1"},
-                                         TextRow{Number(false), "0"}, TextRow{Number(kInfinity), "inf"}),
-                         [](const auto& row) { return "Row" + std::to_string(row.index); });
+INSTANTIATE_TEST_SUITE_P(
+    Numbers, NumberText,
+    testing::Values(TextRow{Number(42), "42"}, TextRow{Number(kLowest), "-9223372036854775808"},
+                    TextRow{Number(kHighestUnsigned), "18446744073709551615"}, TextRow{Number(0.1), "0.1"},
+                    TextRow{Number(1.0), "1"}, TextRow{Number(100000.0), "100000"}, TextRow{Number(-0.0), "-0"},
+                    TextRow{Number(9007199254740991.0), "9007199254740991"},
+                    TextRow{Number(9007199254740992.0), "9.007199254740992e+15"}, TextRow{Number(1e300), "1e+300"},
+                    TextRow{Number(5e-324), "5e-324"}, TextRow{Number(0.5), "0.5"}, TextRow{Number(-0.05), "-0.05"},
+                    TextRow{Number(1234.5678), "1234.5678"}, TextRow{Number(0.0001), "0.0001"},
+                    TextRow{Number(99999999999.9999), "99999999999.9999"},
+                    TextRow{Number(100000000000.5), "100000000000.5"}, TextRow{Number(0.00005), "5e-05"},
+                    TextRow{Number(0.30000000000000004), "0.30000000000000004"},
+                    TextRow{Number(1.0000000000000002), "1.0000000000000002"}, TextRow{Number(2.675), "2.675"},
+                    TextRow{Number(0.1F), "0.10000000149011612"}, TextRow{decimal("12.5"), "12.5"},
+                    TextRow{Number(kNotANumber), "NaN"}, TextRow{Number(true), "1"}, TextRow{Number(false), "0"},
+                    TextRow{Number(kInfinity), "inf"}),
+    [](const auto& row) { return "Row" + std::to_string(row.index); });
 
 TEST_P(NumberText, IsTheShortestThatMeansTheNumber) {
     EXPECT_EQ(GetParam().number.stringValue(), GetParam().text);
+}
+
+TEST(NumberText, IsReadBackForEveryNumberOfFewDecimals) {
+    for (std::int64_t scaled = -200'000; scaled <= 200'000; scaled += 7) {
+        for (const double power : {10.0, 100.0, 1000.0, 10000.0, 1e9}) {
+            const double value = static_cast<double>(scaled) / power;
+            const std::string text = Number(value).stringValue();
+            ASSERT_EQ(std::strtod(text.c_str(), nullptr), value) << text;
+            char shortest[32];
+            const auto end = std::to_chars(shortest, shortest + sizeof shortest, value, std::chars_format::fixed).ptr;
+            if (text.find('e') != std::string::npos) continue;
+            ASSERT_EQ(text, std::string(shortest, end));
+        }
+    }
 }
 
 TEST(DecimalNumber, SkipsSpaceAndIgnoresWhatFollows) {

@@ -126,7 +126,7 @@ TEST(Writer, WritesPrettily) {
     EXPECT_EQ(static_cast<unsigned>(WritingOptions::prettyPrinted), 1U);
 }
 
-TEST(Writer, WritesMoreThanItsLargestBlock) {
+TEST(Writer, WritesLongDocuments) {
     Tree list = Tree::list();
     for (int at = 0; at < 300'000; ++at)
         list.append(Tree("number " + std::to_string(at)));

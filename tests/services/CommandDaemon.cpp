@@ -29,7 +29,10 @@ sockaddr_in loopback(std::uint16_t port) {
 
 [[noreturn]] void become(const CommandDaemon::Conditions& conditions, int listener, const std::string& log) {
     const int out = ::open(log.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0644);
-    ::dup2(out, STDERR_FILENO);
+    ::dup2(conditions.errors.value_or(out), STDERR_FILENO);
+    ::signal(SIGPIPE, SIG_DFL);
+    for (const int number : {SIGTERM, SIGHUP, SIGCHLD})
+        ::signal(number, conditions.ignoresSignals ? SIG_IGN : SIG_DFL);
     const int handed = conditions.handed.value_or(listener);
     if (handed >= 0) {
         const int copy = ::fcntl(handed, F_DUPFD, 10);  // a copy, lest it is 3 already and closes on exec
@@ -43,6 +46,7 @@ sockaddr_in loopback(std::uint16_t port) {
         ::setrlimit(RLIMIT_NOFILE, &limit);
     }
     if (conditions.uid && ::setresuid(*conditions.uid, *conditions.uid, *conditions.uid) != 0) ::_exit(126);
+    if (conditions.withoutInputAndOutput) ::close_range(STDIN_FILENO, STDOUT_FILENO, 0);
     ::execl(KESTRAV_COMMANDD, KESTRAV_COMMANDD, static_cast<char*>(nullptr));
     ::_exit(127);
 }
@@ -53,6 +57,8 @@ CommandDaemon::CommandDaemon(const Conditions& conditions) {
     const UniqueFd listener = listenOnFreePort(port_);
     pid_ = ::fork();
     if (pid_ == 0) become(conditions, listener.get(), folder_.path() / "log");
+    // What it says on a descriptor of somebody else's is for that one to wait for; the socket takes peers already.
+    if (conditions.errors) return;
     for (int tries = 500; tries > 0 && runs() && log().empty(); --tries)
         std::this_thread::sleep_for(10ms);
 }

@@ -21,6 +21,9 @@ class CommandDaemon {
         std::optional<int> handed;                 ///< the socket to hand over; -1 for none
         std::optional<std::uint64_t> descriptors;  ///< the most it may have
         std::optional<uid_t> uid;                  ///< the user that it runs as
+        std::optional<int> errors = std::nullopt;  ///< where its standard error leads instead of into log()
+        bool ignoresSignals = false;               ///< started with those ignored that end it and that tell of children
+        bool withoutInputAndOutput = false;        ///< started with descriptors 0 and 1 closed
     };
     CommandDaemon() : CommandDaemon(Conditions{}) {}
     explicit CommandDaemon(const Conditions& conditions);

@@ -72,14 +72,29 @@ TEST_F(DaemonInMidWrite, EndsTheWriteAndAnswersBeforeItStops) {
     const Client client(daemon.port());
     const pid_t writer = holdInMidWrite(daemon, client);
     ASSERT_FALSE(isAtEnd());
-    daemon.signal(SIGTERM);
-    ::kill(writer, SIGTERM);  // as a service manager does: to all of its processes
+    for (const int number : {SIGTERM, SIGINT, SIGHUP, SIGQUIT}) {
+        daemon.signal(number);
+        ::kill(writer, number);  // as a service manager and a terminal do: to all of its processes
+    }
     std::this_thread::sleep_for(200ms);
     EXPECT_TRUE(daemon.runs());
     EXPECT_THROW(Client{daemon.port()}, std::runtime_error);  // nobody new is taken
     ::kill(writer, SIGCONT);
     EXPECT_THAT(client.readOnce(60), StartsWith("Wrote " + std::to_string(imageSize) + " bytes"));
     EXPECT_EQ(daemon.waitForEnd(), 0);
+}
+
+TEST_F(DaemonInMidWrite, TakesNoNoticeOfSignalsWithoutAMeaning) {
+    CommandDaemon daemon;
+    const Client client(daemon.port());
+    const pid_t writer = holdInMidWrite(daemon, client);
+    for (const int number : {SIGUSR1, SIGUSR2, SIGALRM, SIGPIPE}) {
+        daemon.signal(number);
+        ::kill(writer, number);
+    }
+    ::kill(writer, SIGCONT);
+    EXPECT_THAT(client.readOnce(60), StartsWith("Wrote " + std::to_string(imageSize) + " bytes"));
+    EXPECT_TRUE(daemon.runs());
 }
 
 TEST_F(DaemonInMidWrite, LeavesTheDiskToTheNextUpdateWhenItIsKilled) {

@@ -96,6 +96,12 @@ TEST_F(Daemon, ServesAPeerThatHasEndedItsSending) {
     EXPECT_EQ(client.readOnce(), nothingDone);
 }
 
+TEST_F(Daemon, TakesALineEndBehindTheRequest) {
+    const Client client(daemon_.port());
+    client.send(requestFor("umount", {"/dev/sdzzs1"}) + "\r\n");
+    EXPECT_EQ(client.readOnce(), nothingDone);
+}
+
 struct BadBytesRow {
     std::string name;
     std::string bytes;
@@ -130,7 +136,7 @@ INSTANTIATE_TEST_SUITE_P(
                     BadBytesRow{"OpenText", "{\"" + std::string(65535, 'x'), "the request is longer than 64 KiB"},
                     BadBytesRow{"LongestText", "{\"" + std::string(65532, 'x') + "\"}", "the request is not JSON"},
                     BadBytesRow{"TwoRequests", "{}{}", "there is more behind the request"},
-                    BadBytesRow{"LineEnd", "{}\r\n", "there is more behind the request"},
+                    BadBytesRow{"BehindTheLineEnd", "{}\r\n{", "there is more behind the request"},
                     BadBytesRow{"NoMembers", "{}", "a request has exactly the members"},
                     BadBytesRow{"PercentSigns", requestFor("%n%n%s%s", {}), "\"%n%n%s%s\" is not a command"}),
     [](const auto& row) { return row.param.name; });

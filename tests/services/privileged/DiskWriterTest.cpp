@@ -1,7 +1,9 @@
+#include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <ostream>
 #include <string>
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include "services/privileged/DiskWriter.h"
@@ -147,14 +149,31 @@ TEST_F(WriteImage, FailsWhenTheImageGrewMeanwhile) {
     FakeDisk disk(patternOf(4 * mebibyte));
     const ImageFile file = image(patternOf(700, 3));
     disk.afterWrite = [this] { std::filesystem::resize_file(path_, 701); };
-    EXPECT_NE(failure(writeImage(file, disk, 0, "sdb")).find("the image was changed"), std::string::npos);
+    EXPECT_NE(failure(writeImage(file, disk, 0, "sdb")).find("the image changed while it was being written"),
+              std::string::npos);
 }
 
 TEST_F(WriteImage, FailsWhenTheImageBecameAnotherOneMeanwhile) {
     FakeDisk disk(patternOf(4 * mebibyte));
     const ImageFile file = image(patternOf(2 * mebibyte, 3));
     disk.afterWrite = [this] { folder_.file("image", patternOf(2 * mebibyte, 4)); };
-    EXPECT_NE(failure(writeImage(file, disk, 0, "sdb")).find("the image was changed"), std::string::npos);
+    EXPECT_NE(failure(writeImage(file, disk, 0, "sdb")).find("the image changed while it was being written"),
+              std::string::npos);
+}
+
+TEST_F(WriteImage, FailsWhenTheImageChangedInAnothersMemoryMeanwhile) {
+    path_ = folder_.file("image", patternOf(2 * mebibyte, 3));
+    const UniqueFd file(::open(path_.c_str(), O_RDWR | O_CLOEXEC));
+    void* mapped = ::mmap(nullptr, 2 * mebibyte, PROT_READ | PROT_WRITE, MAP_SHARED, file.get(), 0);
+    ASSERT_NE(mapped, MAP_FAILED);
+    auto* bytes = static_cast<char*>(mapped);
+    bytes[5] = 'a';  // a page that was changed before is changed again without any trace in the file's times
+    const auto image = ImageFile::open(path_, callerWithUid(::geteuid()).value());
+    FakeDisk disk(patternOf(4 * mebibyte));
+    disk.afterWrite = [bytes] { bytes[5] = 'b'; };
+    EXPECT_NE(failure(writeImage(image.value(), disk, 512, "sdb")).find("the image changed while it was being written"),
+              std::string::npos);
+    ::munmap(mapped, 2 * mebibyte);
 }
 
 TEST_F(WriteImage, SucceedsWhenTheImageWasOnlyTouchedMeanwhile) {

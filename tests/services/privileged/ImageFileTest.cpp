@@ -109,17 +109,15 @@ TEST(ImageFile, IsOpenedWithTheCallersGroups) {
     EXPECT_NE(refusal(shared, Caller{65534, 65534, {}}), "");
 }
 
-TEST(ImageFile, TellsWhatHappenedToTheFile) {
+TEST(ImageFile, TellsWhetherTheFileKeptItsLength) {
     const TemporaryFolder folder;
-    const std::string path = folder.file("image", "firmware");
-    const auto image = ImageFile::open(path, self());
+    const auto image = ImageFile::open(folder.file("image", "firmware"), self());
     ASSERT_TRUE(image);
-    EXPECT_EQ(image.value().sinceOpened(), ImageFile::Change::none);
-    const std::array<timespec, 2> other{timespec{1, 0}, timespec{1, 0}};
-    ASSERT_EQ(::utimensat(AT_FDCWD, path.c_str(), other.data(), 0), 0);
-    EXPECT_EQ(image.value().sinceOpened(), ImageFile::Change::possible);
+    EXPECT_TRUE(image.value().keptItsLength());
+    folder.file("image", "firmware and more");
+    EXPECT_FALSE(image.value().keptItsLength());
     folder.file("image", "firm");
-    EXPECT_EQ(image.value().sinceOpened(), ImageFile::Change::length);
+    EXPECT_FALSE(image.value().keptItsLength());
     std::array<std::byte, 8> bytes{};
     EXPECT_EQ(image.value().read(0, bytes), std::errc::result_out_of_range);
 }

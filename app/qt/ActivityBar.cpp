@@ -1,0 +1,61 @@
+#include "app/qt/ActivityBar.h"
+
+#include <QPainter>
+#include <chrono>
+#include <cmath>
+
+namespace kestrav {
+namespace {
+
+constexpr std::chrono::milliseconds kFrame(40);
+constexpr qint64 kThereAndBack = 2400;  // milliseconds
+
+/// How far along the way the piece is, from 0 to 1 and back, after `milliseconds`.
+double placeAt(qint64 milliseconds) {
+    const double part = static_cast<double>(milliseconds % kThereAndBack) / static_cast<double>(kThereAndBack);
+    return 1.0 - std::abs(2.0 * part - 1.0);
+}
+
+}  // namespace
+
+ActivityBar::ActivityBar(QWidget* parent) : QProgressBar(parent) {
+    setRange(0, 0);
+    setTextVisible(false);
+    QSizePolicy place(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    // Its room stays free while it is hidden, or the log would jump.
+    place.setRetainSizeWhenHidden(true);
+    setSizePolicy(place);
+    frames_.setInterval(kFrame);
+    connect(&frames_, &QTimer::timeout, this, QOverload<>::of(&QWidget::update));
+}
+
+QSize ActivityBar::sizeHint() const {
+    return {fontMetrics().averageCharWidth() * 10, fontMetrics().height() / 2};
+}
+
+void ActivityBar::paintEvent(QPaintEvent* /*event*/) {
+    QPainter painter(this);
+    const QRectF track = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(palette().color(QPalette::Mid));
+    painter.setBrush(palette().color(QPalette::Base));
+    painter.drawRoundedRect(track, 2, 2);
+    const double width = track.width() / 4;
+    const double left = track.left() + placeAt(running_.elapsed()) * (track.width() - width);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(palette().color(QPalette::Highlight));
+    painter.drawRoundedRect(QRectF(left, track.top(), width, track.height()), 2, 2);
+}
+
+void ActivityBar::showEvent(QShowEvent* event) {
+    QProgressBar::showEvent(event);
+    running_.start();
+    frames_.start();
+}
+
+void ActivityBar::hideEvent(QHideEvent* event) {
+    frames_.stop();
+    QProgressBar::hideEvent(event);
+}
+
+}  // namespace kestrav

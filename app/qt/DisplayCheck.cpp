@@ -1,0 +1,27 @@
+#include "app/qt/DisplayCheck.h"
+
+#include <QtGlobal>
+#include <cstdio>
+#include <cstdlib>
+
+namespace kestrav {
+namespace {
+
+void explain(QtMsgType type, const QMessageLogContext& /*context*/, const QString& /*text*/) {
+    // The toolkit leads up to it with warnings of its own; its last word is the fatal one.
+    if (type != QtFatalMsg) return;
+    std::fputs("kestrav: There is no display to open the window on. Start it from a desktop session.\n", stderr);
+    std::_Exit(1);
+}
+
+}  // namespace
+
+DisplayCheck::DisplayCheck() {
+    qInstallMessageHandler(explain);
+}
+
+DisplayCheck::~DisplayCheck() {
+    qInstallMessageHandler(nullptr);
+}
+
+}  // namespace kestrav

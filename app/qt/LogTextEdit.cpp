@@ -1,0 +1,120 @@
+#include "app/qt/LogTextEdit.h"
+
+#include <QContextMenuEvent>
+#include <QFileDialog>
+#include <QMenu>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QSaveFile>
+#include <QScrollBar>
+#include <QShortcut>
+#include <QTextBlock>
+#include <memory>
+
+namespace kestrav {
+namespace {
+
+constexpr std::string_view kLineEnd = "\r\n";
+
+QString fromUtf8(std::string_view text) {
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+/// One picture for one character, so that a place in the shown text is the same place in the content's line.
+QString pictured(QString text) {
+    for (QChar& c : text) {
+        const char16_t code = c.unicode();
+        if (code < 0x20 && code != '\t') c = QChar(static_cast<char16_t>(0x2400 + code));
+        if (code == 0x7f) c = QChar(u'\u2421');
+        if (code == 0x2028 || code == 0x2029) c = QChar(u'\u2424');
+    }
+    return text;
+}
+
+}  // namespace
+
+LogTextEdit::LogTextEdit(QWidget* parent) : QPlainTextEdit(parent) {
+    setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    setUndoRedoEnabled(false);
+    setTabChangesFocus(true);
+    const auto* save = new QShortcut(QKeySequence::Save, this, nullptr, nullptr, Qt::WidgetShortcut);
+    connect(save, &QShortcut::activated, this, &LogTextEdit::saveAs);
+}
+
+void LogTextEdit::append(std::string_view text) {
+    QTextCursor end(document());
+    end.movePosition(QTextCursor::End);
+    end.beginEditBlock();
+    while (!text.empty()) {
+        const std::size_t lineEnd = text.find(kLineEnd);
+        const std::string_view line = text.substr(0, lineEnd);
+        end.insertText(pictured(fromUtf8(line)));
+        content_ += line;
+        text.remove_prefix(line.size());
+        if (text.empty()) break;
+        end.insertBlock();
+        content_ += kLineEnd;
+        text.remove_prefix(kLineEnd.size());
+        lineStarts_.push_back(content_.size());
+    }
+    end.endEditBlock();
+}
+
+void LogTextEdit::scrollToEnd() {
+    verticalScrollBar()->setValue(verticalScrollBar()->maximum());
+    // At once, and not when the event loop comes round to it: the next line may be a minute away or a moment.
+    viewport()->repaint();
+}
+
+void LogTextEdit::saveAs() {
+    const QString path = QFileDialog::getSaveFileName(this, tr("Save the log"), QStringLiteral("kestrav.log"), {},
+                                                      nullptr, QFileDialog::DontUseNativeDialog);
+    if (path.isEmpty() || saveTo(path)) return;
+    QMessageBox message(QMessageBox::Warning, tr("Kestrav"), tr("The log could not be saved to %1.").arg(path),
+                        QMessageBox::Ok, this);
+    message.setTextFormat(Qt::PlainText);
+    message.exec();
+}
+
+bool LogTextEdit::saveTo(const QString& path) const {
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly)) return false;
+    file.write(content_.data(), static_cast<qint64>(content_.size()));
+    return file.commit();
+}
+
+void LogTextEdit::contextMenuEvent(QContextMenuEvent* event) {
+    QMenu menu(this);
+    QAction* copyAction = menu.addAction(tr("&Copy"), QKeySequence::Copy, this, &LogTextEdit::copy);
+    copyAction->setEnabled(textCursor().hasSelection());
+    menu.addAction(tr("Select &All"), QKeySequence::SelectAll, this, &LogTextEdit::selectAll);
+    menu.addSeparator();
+    menu.addAction(tr("&Save As…"), QKeySequence::Save, this, &LogTextEdit::saveAs);
+    menu.exec(event->globalPos());
+}
+
+QMimeData* LogTextEdit::createMimeDataFromSelection() const {
+    const QTextCursor selection = textCursor();
+    const QTextBlock first = document()->findBlock(selection.selectionStart());
+    const QTextBlock last = document()->findBlock(selection.selectionEnd());
+    QStringList lines;
+    for (int line = first.blockNumber(); line <= last.blockNumber(); ++line) {
+        lines.append(lineText(line));
+    }
+    // The end first: the beginning's place would move otherwise.
+    lines.last().truncate(selection.selectionEnd() - last.position());
+    lines.first().remove(0, selection.selectionStart() - first.position());
+    auto copied = std::make_unique<QMimeData>();
+    copied->setText(lines.join(QString::fromLatin1(kLineEnd.data(), kLineEnd.size())));
+    return copied.release();
+}
+
+QString LogTextEdit::lineText(int line) const {
+    const auto index = static_cast<std::size_t>(line);
+    const std::string_view content = content_;
+    const std::size_t start = lineStarts_[index];
+    if (index + 1 == lineStarts_.size()) return fromUtf8(content.substr(start));
+    return fromUtf8(content.substr(start, lineStarts_[index + 1] - kLineEnd.size() - start));
+}
+
+}  // namespace kestrav

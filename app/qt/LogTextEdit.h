@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QPlainTextEdit>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kestrav {
+
+/// The log's widget: text that can be read, selected, copied and saved, but not changed by the person.
+///
+/// The content is kept byte for byte. What is shown differs from it in control characters alone, which have pictures
+/// instead, so that no text from outside can pretend to be lines of its own. Copying and saving give the content.
+class LogTextEdit final : public QPlainTextEdit {
+  public:
+    explicit LogTextEdit(QWidget* parent = nullptr);
+
+    const std::string& content() const { return content_; }
+    /// Costs what `text` costs. A line ends at "\r\n".
+    void append(std::string_view text);
+    void scrollToEnd();
+
+    /// Asks for a file's name and writes the content into it.
+    void saveAs();
+    /// False when the file can't be written; then an earlier one of that name is as it was.
+    bool saveTo(const QString& path) const;
+
+  protected:
+    void contextMenuEvent(QContextMenuEvent* event) override;
+    QMimeData* createMimeDataFromSelection() const override;
+
+  private:
+    QString lineText(int line) const;
+
+    std::string content_;
+    std::vector<std::size_t> lineStarts_{0};  ///< where each shown line begins in the content
+};
+
+}  // namespace kestrav

@@ -1,0 +1,144 @@
+#include "app/qt/MainWindow.h"
+
+#include <QCloseEvent>
+#include <QDir>
+#include <QEventLoop>
+#include <QHBoxLayout>
+#include <QIcon>
+#include <QPushButton>
+#include <QShortcut>
+#include <QTimer>
+#include <QVBoxLayout>
+#include <exception>
+#include <thread>
+#include <utility>
+
+#include "app/LogBox.h"
+#include "app/ViewController.h"
+#include "app/qt/ActivityBar.h"
+#include "app/qt/ImageChooser.h"
+#include "app/qt/InputBarrier.h"
+#include "app/qt/LogTextEdit.h"
+#include "app/qt/StatusLine.h"
+#include "app/qt/outlets.h"
+
+namespace kestrav {
+
+MainWindow::MainWindow() : folder_(QDir::homePath()) {
+    setWindowTitle(tr("Kestrav"));
+    resize(480, 270);
+    // The window manager takes as long to bring the window up as the toolkit to load its fonts. Asked first, it does so
+    // while the parts are made; nothing is painted before the event loop runs.
+    show();
+    makeParts();
+    makeOutlets();
+    layOut();
+    for (const auto key : {QKeySequence::Quit, QKeySequence::Close}) {
+        connect(new QShortcut(key, this), &QShortcut::activated, this, &QWidget::close);
+    }
+}
+
+MainWindow::~MainWindow() = default;
+
+void MainWindow::makeParts() {
+    firmwareButton_ = makeButton("firmwareBtn", tr("Update &Firmware…"),
+                                 tr("Choose a firmware image, an fds file, and write it to the accessory"));
+    iconButton_ = makeButton("iconBtn", tr("Update &Icon…"),
+                             tr("Choose an icon image, a fif file, and write it to the accessory"));
+    log_ = new LogTextEdit(this);
+    log_->setAccessibleName(tr("Log"));
+    log_->setAccessibleDescription(tr("What was done, one line a step"));
+    progress_ = new ActivityBar(this);
+    progress_->setAccessibleName(tr("Update in progress"));
+    progress_->hide();
+    statusLine_ = new StatusLine(this);
+    statusLine_->setAccessibleName(tr("System message"));
+    statusLine_->setAccessibleDescription(tr("The newest line that went to the system log"));
+}
+
+void MainWindow::makeOutlets() {
+    logBoxOutlet_ = std::make_shared<LogBox>();
+    logTextOutlet_ = std::make_shared<LogTextOutlet>(*log_);
+    firmwareOutlet_ = std::make_shared<PushButtonOutlet>(*firmwareButton_);
+    iconOutlet_ = std::make_shared<PushButtonOutlet>(*iconButton_);
+    indicatorOutlet_ = std::make_shared<ActivityBarOutlet>(*progress_);
+}
+
+QPushButton* MainWindow::makeButton(const QString& name, const QString& text, const QString& description) {
+    // In a window from right to left, the dots of a text that nobody has translated would come to stand before it; the
+    // mark after them keeps them behind.
+    constexpr char16_t leftToRightMark = 0x200e;
+    auto* button = new QPushButton(text.isRightToLeft() ? text : text + QChar(leftToRightMark), this);
+    button->setObjectName(name);
+    button->setAccessibleName(QString(text).remove('&'));
+    button->setAccessibleDescription(description);
+    button->setToolTip(description);
+    button->setAutoDefault(true);
+    return button;
+}
+
+void MainWindow::layOut() {
+    auto* buttons = new QHBoxLayout;
+    buttons->addWidget(firmwareButton_);
+    buttons->addWidget(iconButton_);
+    auto* content = new QWidget;
+    auto* all = new QVBoxLayout(content);
+    all->addLayout(buttons);
+    all->addWidget(log_, 1);
+    all->addWidget(progress_);
+    all->addWidget(statusLine_);
+    setCentralWidget(content);
+    content->show();
+    firmwareButton_->setFocus();
+}
+
+void MainWindow::connectTo(ViewController& controller) {
+    controller.setLogBox(logBoxOutlet_);
+    controller.setLogText(logTextOutlet_);
+    controller.setProcessFirmwareBtn(firmwareOutlet_);
+    controller.setProcessIconBtn(iconOutlet_);
+    controller.setLoaderBar(indicatorOutlet_);
+    const auto act = [&controller](QPushButton* button, const Button& sender) {
+        controller.browseFile(sender);
+        // Being disabled took the focus from it, and who works with the keyboard would have to find it again.
+        button->setFocus();
+    };
+    connect(firmwareButton_, &QPushButton::clicked, this, [=, this] { act(firmwareButton_, *firmwareOutlet_); });
+    connect(iconButton_, &QPushButton::clicked, this, [=, this] { act(iconButton_, *iconOutlet_); });
+}
+
+void MainWindow::setPreferredContentSize(int width, int height) {
+    resize(width, height);
+}
+
+std::unique_ptr<OpenPanel> MainWindow::makeOpenPanel() {
+    return std::make_unique<ImageChooser>(this, folder_);
+}
+
+void MainWindow::whileBusy(const std::function<void()>& task) {
+    const InputBarrier barrier;
+    QEventLoop loop;
+    std::exception_ptr failure;
+    std::thread worker([&] {
+        try {
+            task();
+        } catch (...) {
+            failure = std::current_exception();
+        }
+        QMetaObject::invokeMethod(&loop, &QEventLoop::quit, Qt::QueuedConnection);
+    });
+    loop.exec();
+    worker.join();
+    if (failure) std::rethrow_exception(failure);
+}
+
+void MainWindow::paintEvent(QPaintEvent* event) {
+    QMainWindow::paintEvent(event);
+    if (onceVisible_) QTimer::singleShot(0, this, std::exchange(onceVisible_, nullptr));
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+    event->setAccepted(mayClose_());
+}
+
+}  // namespace kestrav

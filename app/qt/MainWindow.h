@@ -1,0 +1,71 @@
+#pragma once
+
+#include <QMainWindow>
+#include <functional>
+#include <memory>
+
+#include "app/MainView.h"
+
+class QCloseEvent;
+class QPushButton;
+
+namespace kestrav {
+
+class ActivityBar;
+class ActivityIndicator;
+class Button;
+class LogBox;
+class LogText;
+class LogTextEdit;
+class StatusLine;
+class ViewController;
+
+/// The only window: two buttons, the log, the indicator and the newest line of the system log.
+class MainWindow final : public QMainWindow, public MainView {
+  public:
+    /// Brings the window up.
+    MainWindow();
+    ~MainWindow() override;
+
+    /// Gives the controller the window's parts and the buttons their action. Both live as long as this object.
+    void connectTo(ViewController& controller);
+    /// Asked when the person wants to close the window, which stays open on false.
+    void setMayClose(std::function<bool()> mayClose) { mayClose_ = std::move(mayClose); }
+
+    /// Called once, from the event loop, when the person can see the window.
+    void setOnceVisible(std::function<void()> onceVisible) { onceVisible_ = std::move(onceVisible); }
+
+    StatusLine& statusLine() { return *statusLine_; }
+
+    void setPreferredContentSize(int width, int height) override;
+    std::unique_ptr<OpenPanel> makeOpenPanel() override;
+    /// Runs `task` on a thread of its own.
+    void whileBusy(const std::function<void()>& task) override;
+
+  protected:
+    void closeEvent(QCloseEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+
+  private:
+    QPushButton* makeButton(const QString& name, const QString& text, const QString& description);
+    void makeParts();
+    void makeOutlets();
+    void layOut();
+
+    QPushButton* firmwareButton_ = nullptr;
+    QPushButton* iconButton_ = nullptr;
+    LogTextEdit* log_ = nullptr;
+    ActivityBar* progress_ = nullptr;
+    StatusLine* statusLine_ = nullptr;
+    QString folder_;
+    std::function<void()> onceVisible_;
+    std::function<bool()> mayClose_ = [] { return true; };
+
+    std::shared_ptr<LogBox> logBoxOutlet_;
+    std::shared_ptr<LogText> logTextOutlet_;
+    std::shared_ptr<Button> firmwareOutlet_;
+    std::shared_ptr<Button> iconOutlet_;
+    std::shared_ptr<ActivityIndicator> indicatorOutlet_;
+};
+
+}  // namespace kestrav

@@ -1,0 +1,87 @@
+#include <QApplication>
+#include <QIcon>
+#include <QLibraryInfo>
+#include <QStandardPaths>
+#include <QTranslator>
+#include <fontconfig/fontconfig.h>
+#include <optional>
+#include <thread>
+
+#include "app/AppDelegate.h"
+#include "app/ViewController.h"
+#include "app/qt/DisplayCheck.h"
+#include "app/qt/MainWindow.h"
+#include "app/qt/MessageBoxes.h"
+#include "app/qt/ProgramResources.h"
+#include "app/qt/StatusLine.h"
+#include "base/SystemLog.h"
+#include "command/CommandService.h"
+#include "command/HelperInstallation.h"
+#include "command/linux/PolkitAuthorization.h"
+#include "device/KestravDevice.h"
+#include "device/linux/MountinfoVolumes.h"
+#include "device/linux/PosixDiskCalls.h"
+#include "device/linux/UdevDeviceRegistry.h"
+
+namespace kestrav {
+namespace {
+
+/// What the desktop has to know of the program, and in which language and direction to speak.
+void introduce(QApplication& application) {
+    QCoreApplication::setApplicationName(QStringLiteral("kestrav"));
+    QGuiApplication::setDesktopFileName(QStringLiteral("com.corvatel.Kestrav"));
+    QGuiApplication::setWindowIcon(QIcon(QStringLiteral(":/kestrav-64.png")));
+    QGuiApplication::setLayoutDirection(QLocale().textDirection());
+    // The dialogs' own texts.
+    auto* translator = new QTranslator(&application);
+    if (translator->load(QLocale(), QStringLiteral("qtbase"), QStringLiteral("_"),
+                         QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
+        QCoreApplication::installTranslator(translator);
+    }
+}
+
+int run(QApplication& application) {
+    introduce(application);
+    const ProgramResources resources;
+    MainWindow window;
+    SyslogSystemLog syslog("kestrav");
+    StatusLineLog log(syslog, window.statusLine());
+    MessageBoxes alerts(window);
+
+    UdevDeviceRegistry registry;
+    MountinfoVolumes volumes;
+    PosixDiskCalls disks;
+    CommandService commands(log);
+    PolkitAuthorization authorization(KESTRAV_LIBEXEC "/kestrav-bless");
+    HelperInstallation installation(authorization, log);
+
+    const auto controller =
+        std::make_shared<ViewController>(window, EngineParts{registry, volumes, disks, commands}, installation);
+    window.connectTo(*controller);
+    controller->viewDidLoad();
+
+    const QString data = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
+    AppDelegate delegate({installation, window, alerts, resources, log, data.toStdString()});
+    window.setMayClose([&] { return delegate.applicationShouldTerminate() == TerminateReply::now; });
+    QGuiApplication::setQuitOnLastWindowClosed(delegate.applicationShouldTerminateAfterLastWindowClosed());
+    QObject::connect(&application, &QCoreApplication::aboutToQuit, [&] { delegate.applicationWillTerminate(); });
+
+    window.setOnceVisible([&] { delegate.applicationDidFinishLaunching(); });
+    const int status = QApplication::exec();
+    controller->driver()->setParent(nullptr);
+    return status;
+}
+
+}  // namespace
+}  // namespace kestrav
+
+int main(int argc, char* argv[]) {
+    // Reading the fonts' configuration is a third of the work until the window is there, and needs nothing of the
+    // toolkit: it is done while the toolkit waits for the display.
+    std::thread fonts([] { FcInit(); });
+    std::optional<kestrav::DisplayCheck> check(std::in_place);
+    QApplication application(argc, argv);
+    check.reset();
+    fonts.join();
+    return kestrav::run(application);
+}

@@ -1,0 +1,180 @@
+#include <QApplication>
+#include <QDialogButtonBox>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTimer>
+#include <array>
+#include <fstream>
+#include <functional>
+#include <gtest/gtest.h>
+
+#include "app/qt/ImageChooser.h"
+#include "tests/device/TemporaryFolder.h"
+
+namespace kestrav {
+namespace {
+
+class Chooser : public ::testing::Test {
+  protected:
+    Chooser() {
+        std::filesystem::create_directory(folder_.path() / "inner");
+        for (const char* name : {"one.fds", "TWO.FDS", "three.fif"}) {
+            std::ofstream(folder_.path() / name) << "x";
+        }
+        chooser_.setAllowedFileTypes(std::array<std::string_view, 1>{"fds"});
+        chooser_.setTitle("Choose a firmware image");
+        chooser_.setShowsResizeIndicator(true);
+        chooser_.setCanChooseDirectories(true);
+        chooser_.setCanCreateDirectories(true);
+    }
+
+    /// Runs the chooser and does `action` to it as soon as it is there. Ends it if the action left it open.
+    std::int32_t run(const std::function<void(ImageChooserDialog&)>& action) {
+        QTimer::singleShot(0, [&] {
+            auto* dialog = dynamic_cast<ImageChooserDialog*>(QApplication::activeModalWidget());
+            ASSERT_NE(dialog, nullptr);
+            action(*dialog);
+            stayedOpen_ = dialog->isVisible();
+            if (stayedOpen_) dialog->reject();
+        });
+        return chooser_.runModal();
+    }
+    static void type(ImageChooserDialog& dialog, const QString& name) {
+        dialog.findChild<QLineEdit*>("fileNameEdit")->setText(name);
+    }
+    /// Presses the only button of the message that the next action brings up.
+    void expectMessage() {
+        QTimer::singleShot(0, [this] {
+            auto* message = dynamic_cast<QMessageBox*>(QApplication::activeModalWidget());
+            if (message == nullptr) return;
+            message_ = message->text();
+            message->accept();
+        });
+    }
+
+    TemporaryFolder folder_;
+    QString place_ = QString::fromStdString(folder_.path());
+    ImageChooser chooser_{nullptr, place_};
+    QString message_;
+    bool stayedOpen_ = false;
+};
+
+TEST_F(Chooser, IsSetUpAsAskedFor) {
+    run([&](ImageChooserDialog& dialog) {
+        EXPECT_EQ(dialog.windowTitle(), "Choose a firmware image");
+        EXPECT_EQ(dialog.nameFilters(), QStringList("Images (*.fds)"));
+        EXPECT_TRUE(dialog.isSizeGripEnabled());
+        EXPECT_FALSE(dialog.filter() & QDir::Hidden);
+        EXPECT_FALSE(dialog.testOption(QFileDialog::ReadOnly));
+        EXPECT_TRUE(dialog.testOption(QFileDialog::DontUseNativeDialog));
+        EXPECT_EQ(dialog.fileMode(), QFileDialog::ExistingFile);
+        EXPECT_EQ(dialog.directory().absolutePath(), place_);
+    });
+}
+
+TEST_F(Chooser, IsSetUpTheOtherWayToo) {
+    chooser_.setShowsResizeIndicator(false);
+    chooser_.setShowsHiddenFiles(true);
+    chooser_.setCanChooseDirectories(false);
+    chooser_.setCanCreateDirectories(false);
+    chooser_.setAllowsMultipleSelection(true);
+    run([&](ImageChooserDialog& dialog) {
+        EXPECT_FALSE(dialog.isSizeGripEnabled());
+        EXPECT_TRUE(dialog.filter() & QDir::Hidden);
+        EXPECT_TRUE(dialog.testOption(QFileDialog::ReadOnly));
+        EXPECT_EQ(dialog.fileMode(), QFileDialog::ExistingFiles);
+        EXPECT_EQ(dialog.findChild<QDialogButtonBox*>()->buttons().size(), 2);
+    });
+}
+
+TEST_F(Chooser, GivesThePathOfAConfirmedFile) {
+    EXPECT_EQ(run([](ImageChooserDialog& dialog) {
+                  type(dialog, "one.fds");
+                  dialog.accept();
+              }),
+              OpenPanel::kResponseOK);
+    EXPECT_EQ(chooser_.path(), (folder_.path() / "one.fds").string());
+}
+
+TEST_F(Chooser, TakesATypeInCapitalLetters) {
+    EXPECT_EQ(run([](ImageChooserDialog& dialog) {
+                  type(dialog, "TWO.FDS");
+                  dialog.accept();
+              }),
+              OpenPanel::kResponseOK);
+}
+
+TEST_F(Chooser, IsNotConfirmedWhenItIsDismissed) {
+    EXPECT_NE(run([](ImageChooserDialog& dialog) { type(dialog, "one.fds"); }), OpenPanel::kResponseOK);
+    EXPECT_EQ(chooser_.path(), std::nullopt);
+    EXPECT_EQ(place_, QString::fromStdString(folder_.path()));
+}
+
+TEST_F(Chooser, RefusesAnotherTypeThatWasTyped) {
+    EXPECT_NE(run([this](ImageChooserDialog& dialog) {
+                  type(dialog, "three.fif");
+                  expectMessage();
+                  dialog.accept();
+              }),
+              OpenPanel::kResponseOK);
+    EXPECT_TRUE(stayedOpen_);
+    EXPECT_EQ(message_, "three.fif is no .fds file.");
+}
+
+TEST_F(Chooser, RefusesAFileThatIsNotThere) {
+    EXPECT_NE(run([this](ImageChooserDialog& dialog) {
+                  type(dialog, "missing.fds");
+                  expectMessage();
+                  dialog.accept();
+              }),
+              OpenPanel::kResponseOK);
+    EXPECT_TRUE(stayedOpen_);
+    EXPECT_TRUE(message_.contains("missing.fds"));
+}
+
+TEST_F(Chooser, LooksIntoAFolderThatIsOpened) {
+    EXPECT_NE(run([this](ImageChooserDialog& dialog) {
+                  type(dialog, "inner");
+                  dialog.accept();
+                  EXPECT_EQ(dialog.directory().absolutePath(), place_ + "/inner");
+              }),
+              OpenPanel::kResponseOK);
+    EXPECT_TRUE(stayedOpen_);
+}
+
+TEST_F(Chooser, TakesTheSelectedFolderItself) {
+    EXPECT_EQ(run([](ImageChooserDialog& dialog) {
+                  dialog.selectFile("inner");
+                  dialog.chooseFolder();
+              }),
+              OpenPanel::kResponseOK);
+    EXPECT_EQ(chooser_.path(), (folder_.path() / "inner").string());
+}
+
+TEST_F(Chooser, TakesTheShownFolderWhenNoneIsSelected) {
+    EXPECT_EQ(run([](ImageChooserDialog& dialog) { dialog.chooseFolder(); }), OpenPanel::kResponseOK);
+    EXPECT_EQ(chooser_.path(), folder_.path().string());
+}
+
+TEST_F(Chooser, LeavesTheFolderOfTheChoiceForTheNextOne) {
+    std::ofstream(folder_.path() / "inner" / "deep.fds") << "x";
+    run([this](ImageChooserDialog& dialog) {
+        dialog.setDirectory(place_ + "/inner");
+        type(dialog, "deep.fds");
+        dialog.accept();
+    });
+    EXPECT_EQ(place_, QString::fromStdString(folder_.path() / "inner"));
+}
+
+TEST_F(Chooser, LeavesTheFolderOfATypedPathForTheNextOne) {
+    std::ofstream(folder_.path() / "inner" / "deep.fds") << "x";
+    run([this](ImageChooserDialog& dialog) {
+        type(dialog, place_ + "/inner/deep.fds");
+        dialog.accept();
+    });
+    EXPECT_EQ(place_, QString::fromStdString(folder_.path() / "inner"));
+}
+
+}  // namespace
+}  // namespace kestrav

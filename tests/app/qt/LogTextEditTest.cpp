@@ -1,0 +1,122 @@
+#include <QApplication>
+#include <QClipboard>
+#include <QScrollBar>
+#include <QTextBlock>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <sstream>
+
+#include "app/qt/LogTextEdit.h"
+#include "tests/device/TemporaryFolder.h"
+
+namespace kestrav {
+namespace {
+
+std::string shown(const LogTextEdit& log) {
+    return log.toPlainText().toStdString();
+}
+
+std::string copied(LogTextEdit& log) {
+    QGuiApplication::clipboard()->clear();
+    log.copy();
+    return QGuiApplication::clipboard()->text().toStdString();
+}
+
+void select(LogTextEdit& log, int from, int to) {
+    QTextCursor cursor(log.document());
+    cursor.setPosition(from);
+    cursor.setPosition(to, QTextCursor::KeepAnchor);
+    log.setTextCursor(cursor);
+}
+
+TEST(LogTextEdit, HoldsEveryLineWithItsEnd) {
+    LogTextEdit log;
+    EXPECT_EQ(log.content(), "");
+    log.append("a\r\n");
+    log.append("\r\n");
+    log.append("b\r\n");
+    EXPECT_EQ(log.content(), "a\r\n\r\nb\r\n");
+    EXPECT_EQ(shown(log), "a\n\nb\n");
+}
+
+TEST(LogTextEdit, TakesWhatIsNotAWholeLine) {
+    LogTextEdit log;
+    log.append("");
+    log.append("a");
+    log.append("b\r\nc\r\nd");
+    EXPECT_EQ(log.content(), "ab\r\nc\r\nd");
+    EXPECT_EQ(shown(log), "ab\nc\nd");
+}
+
+TEST(LogTextEdit, CannotBeChangedByThePerson) {
+    LogTextEdit log;
+    log.append("a\r\n");
+    EXPECT_TRUE(log.isReadOnly());
+    EXPECT_FALSE(log.isUndoRedoEnabled());
+    log.paste();
+    EXPECT_EQ(log.content(), "a\r\n");
+}
+
+TEST(LogTextEdit, ShowsMarkupAndPercentSignsAsTheyAre) {
+    LogTextEdit log;
+    log.append("<b>100 %s</b>\r\n");
+    EXPECT_EQ(shown(log), "<b>100 %s</b>\n");
+}
+
+TEST(LogTextEdit, GivesControlCharactersPicturesInsteadOfEffects) {
+    LogTextEdit log;
+    const std::string hostile = "/x\nFinished\r\x1b[2J\x7f\t\xe2\x80\xa9z";
+    log.append(hostile + "\r\n");
+    EXPECT_EQ(log.document()->blockCount(), 2);
+    EXPECT_EQ(shown(log), "/x\u240aFinished\u240d\u241b[2J\u2421\t\u2424z\n");
+    EXPECT_EQ(log.content(), hostile + "\r\n");
+    log.selectAll();
+    EXPECT_EQ(copied(log), hostile + "\r\n");
+}
+
+TEST(LogTextEdit, CopiesTheContentOfASelection) {
+    LogTextEdit log;
+    log.append("first\r\n\r\nth\u00fcrd \U0001F600!\r\n");
+    select(log, 2, 4);
+    EXPECT_EQ(copied(log), "rs");
+    select(log, 4, 9);
+    EXPECT_EQ(copied(log), "t\r\n\r\nth");
+    select(log, 9, 6);
+    EXPECT_EQ(copied(log), "\r\nth");
+    log.selectAll();
+    EXPECT_EQ(copied(log), log.content());
+}
+
+TEST(LogTextEdit, ScrollsToItsNewestLine) {
+    LogTextEdit log;
+    log.resize(300, 100);
+    log.show();
+    for (int line = 0; line < 200; ++line) {
+        log.append("line\r\n");
+        log.scrollToEnd();
+    }
+    EXPECT_GT(log.verticalScrollBar()->maximum(), 100);
+    EXPECT_EQ(log.verticalScrollBar()->value(), log.verticalScrollBar()->maximum());
+}
+
+TEST(LogTextEdit, SavesItsContentByteForByte) {
+    const TemporaryFolder folder;
+    const std::filesystem::path file = folder.path() / "log";
+    LogTextEdit log;
+    log.append("a\r\n\xff\n\r\n");
+    EXPECT_TRUE(log.saveTo(QString::fromStdString(file)));
+    std::ostringstream saved;
+    saved << std::ifstream(file).rdbuf();
+    EXPECT_EQ(saved.str(), "a\r\n\xff\n\r\n");
+}
+
+TEST(LogTextEdit, SaysWhenItCannotBeSaved) {
+    const TemporaryFolder folder;
+    const LogTextEdit log;
+    EXPECT_FALSE(log.saveTo(QString::fromStdString(folder.path() / "missing" / "log")));
+    EXPECT_FALSE(log.saveTo(QString::fromStdString(folder.path())));
+}
+
+}  // namespace
+}  // namespace kestrav

@@ -1,0 +1,311 @@
+#include <QCloseEvent>
+#include <QCoreApplication>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QTest>
+#include <QTextBlock>
+#include <QTextLayout>
+#include <QThread>
+#include <QTimer>
+#include <atomic>
+#include <chrono>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <stdexcept>
+
+#include "app/ActivityIndicator.h"
+#include "app/Button.h"
+#include "app/LogText.h"
+#include "app/ViewController.h"
+#include "app/qt/LogTextEdit.h"
+#include "app/qt/MainWindow.h"
+#include "app/qt/StatusLine.h"
+#include "command/CommandService.h"
+#include "command/HelperInstallation.h"
+#include "device/KestravDevice.h"
+#include "tests/command/LoopbackService.h"
+#include "tests/command/fakes/FakeAuthorization.h"
+#include "tests/command/fakes/RecordingLog.h"
+#include "tests/device/TemporaryFolder.h"
+#include "tests/device/fakes/FakeDisks.h"
+#include "tests/device/fakes/FakeRegistry.h"
+#include "tests/device/fakes/FakeVolumes.h"
+
+namespace kestrav {
+namespace {
+
+/// The real window and the real controller; what is outside of the process is held in memory.
+class Window : public ::testing::Test {
+  public:
+    ~Window() override { controller_->driver()->setParent(nullptr); }
+
+  protected:
+    Window() {
+        window_.connectTo(*controller_);
+        controller_->viewDidLoad();
+    }
+
+    QPushButton& firmwareButton() { return *window_.findChild<QPushButton*>("firmwareBtn"); }
+    QPushButton& iconButton() { return *window_.findChild<QPushButton*>("iconBtn"); }
+    LogTextEdit& logEdit() { return *dynamic_cast<LogTextEdit*>(window_.findChildren<QPlainTextEdit*>().first()); }
+    QProgressBar& bar() { return *window_.findChild<QProgressBar*>(); }
+
+    /// Does `action` on the main thread while the window is busy, then lets the rest of the queue through.
+    void whileBusyDo(const std::function<void()>& action) {
+        window_.whileBusy([&] { QMetaObject::invokeMethod(&window_, action, Qt::BlockingQueuedConnection); });
+        QCoreApplication::processEvents();
+    }
+
+    MainWindow window_;
+    FakeRegistry registry_;
+    FakeVolumes volumes_;
+    FakeDisks disks_;
+    RecordingLog systemLog_;
+    StatusLineLog log_{systemLog_, window_.statusLine()};
+    LoopbackService service_;
+    CommandService commands_{log_, {.port = service_.port()}};
+    FakeAuthorization authorization_;
+    HelperInstallation installation_{authorization_, log_};
+    std::shared_ptr<ViewController> controller_ =
+        std::make_shared<ViewController>(window_, EngineParts{registry_, volumes_, disks_, commands_}, installation_);
+};
+
+TEST_F(Window, HasItsPreferredSize) {
+    EXPECT_EQ(window_.size(), QSize(480, 270));
+}
+
+TEST_F(Window, GivesTheControllerItsParts) {
+    EXPECT_NE(controller_->logBox(), nullptr);
+    EXPECT_NE(controller_->logText(), nullptr);
+    EXPECT_EQ(controller_->processFirmwareBtn()->identifier(), "firmwareBtn");
+    EXPECT_EQ(controller_->processIconBtn()->identifier(), "iconBtn");
+    EXPECT_NE(controller_->loaderBar(), nullptr);
+}
+
+TEST_F(Window, NamesEverythingForAScreenReader) {
+    for (const QWidget* widget : {static_cast<QWidget*>(&logEdit()), static_cast<QWidget*>(&window_.statusLine()),
+                                  static_cast<QWidget*>(&bar())}) {
+        EXPECT_FALSE(widget->accessibleName().isEmpty());
+    }
+    EXPECT_TRUE(firmwareButton().text().contains('&'));
+    EXPECT_TRUE(iconButton().text().contains('&'));
+}
+
+TEST_F(Window, IsReachedWithTheTabKeyInItsOrder) {
+    const std::vector<const QWidget*> order{&firmwareButton(), &iconButton(), &logEdit(), &window_.statusLine(),
+                                            &firmwareButton()};
+    window_.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window_));
+    for (const QWidget* expected : order) {
+        EXPECT_EQ(QApplication::focusWidget(), expected);
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    }
+}
+
+TEST_F(Window, ClosesOnlyWhenItMay) {
+    bool may = false;
+    window_.setMayClose([&] { return may; });
+    EXPECT_FALSE(window_.close());
+    EXPECT_TRUE(window_.isVisible());
+    may = true;
+    EXPECT_TRUE(window_.close());
+}
+
+TEST_F(Window, SaysOnceThatItCanBeSeen) {
+    int seen = 0;
+    MainWindow other;
+    other.setOnceVisible([&] { ++seen; });
+    EXPECT_EQ(seen, 0);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return seen > 0; }));
+    other.repaint();
+    QTest::qWait(20);
+    EXPECT_EQ(seen, 1);
+}
+
+TEST_F(Window, RunsABusyTaskOnAnotherThreadAndComesBackWhenItIsDone) {
+    const QThread* worker = nullptr;
+    window_.whileBusy([&] { worker = QThread::currentThread(); });
+    EXPECT_NE(worker, nullptr);
+    EXPECT_NE(worker, QThread::currentThread());
+}
+
+TEST_F(Window, PassesOnWhatABusyTaskThrows) {
+    EXPECT_THROW(window_.whileBusy([] { throw std::runtime_error("no"); }), std::runtime_error);
+    EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
+}
+
+TEST_F(Window, TurnsItsEventLoopWhileBusy) {
+    int ticks = 0;
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, [&] { ++ticks; });
+    timer.start(10);
+    window_.whileBusy([] { QThread::msleep(200); });
+    EXPECT_GE(ticks, 5);
+}
+
+TEST_F(Window, TakesNoClickAndNoKeyWhileBusyNorAfterwards) {
+    QPushButton probe("Probe", &window_);
+    probe.show();
+    int pressed = 0;
+    QObject::connect(&probe, &QPushButton::clicked, [&] { ++pressed; });
+    whileBusyDo([&] {
+        QTest::mouseClick(&probe, Qt::LeftButton);
+        QTest::keyClick(&probe, Qt::Key_Space);
+        QTest::mouseClick(window_.windowHandle(), Qt::LeftButton, {}, probe.geometry().center());
+    });
+    EXPECT_EQ(pressed, 0);
+    QTest::mouseClick(&probe, Qt::LeftButton);
+    EXPECT_EQ(pressed, 1);
+}
+
+TEST_F(Window, KeepsNoInputThatIsStillOnItsWayWhenTheTaskEnds) {
+    QPushButton probe("Probe", &window_);
+    probe.setGeometry(0, 0, 100, 100);
+    probe.show();
+    int pressed = 0;
+    QObject::connect(&probe, &QPushButton::clicked, [&] { ++pressed; });
+    window_.whileBusy([&] {
+        // From this thread input is only queued, as a click is that arrives in the last moment.
+        QMetaObject::invokeMethod(
+            &window_,
+            [&] {
+                QCoreApplication::postEvent(&probe, new QKeyEvent(QEvent::KeyPress, Qt::Key_Space, Qt::NoModifier));
+                QCoreApplication::postEvent(&probe, new QKeyEvent(QEvent::KeyRelease, Qt::Key_Space, Qt::NoModifier));
+            },
+            Qt::BlockingQueuedConnection);
+    });
+    QCoreApplication::processEvents();
+    EXPECT_EQ(pressed, 0);
+}
+
+TEST_F(Window, StaysOpenWhileBusy) {
+    int asked = 0;
+    window_.setMayClose([&] {
+        ++asked;
+        return true;
+    });
+    bool accepted = true;
+    whileBusyDo([&] {
+        QCloseEvent event;
+        QCoreApplication::sendEvent(&window_, &event);
+        accepted = event.isAccepted();
+        window_.close();
+    });
+    EXPECT_FALSE(accepted);
+    EXPECT_EQ(asked, 0);
+    EXPECT_TRUE(window_.isVisible());
+}
+
+TEST_F(Window, ShowsEachLineBeforeTheTaskGoesOn) {
+    std::vector<std::string> seen;
+    window_.whileBusy([&] {
+        for (const char* line : {"a", "b"}) {
+            controller_->log(line);
+            seen.push_back(logEdit().toPlainText().toStdString());
+        }
+    });
+    EXPECT_EQ(seen, (std::vector<std::string>{"a\n", "a\nb\n"}));
+}
+
+/// Counts how often a widget was painted.
+class PaintCounter final : public QObject {
+  public:
+    explicit PaintCounter(QWidget& widget) { widget.installEventFilter(this); }
+    std::atomic<int> count = 0;
+
+  protected:
+    bool eventFilter(QObject* /*receiver*/, QEvent* event) override {
+        if (event->type() == QEvent::Paint) ++count;
+        return false;
+    }
+};
+
+TEST_F(Window, PaintsEachLineBeforeTheTaskGoesOn) {
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window_));
+    PaintCounter counter(*logEdit().viewport());
+    std::vector<bool> painted;
+    window_.whileBusy([&] {
+        for (int line = 0; line < 20; ++line) {
+            const int before = counter.count;
+            controller_->log("line");
+            painted.push_back(counter.count > before);
+        }
+    });
+    EXPECT_EQ(painted, std::vector<bool>(20, true));
+}
+
+TEST_F(Window, TakesALateLineAsFastAsAnEarlyOne) {
+    window_.hide();
+    const auto millisecondsFor = [&](int lines) {
+        const auto begin = std::chrono::steady_clock::now();
+        for (int line = 0; line < lines; ++line) {
+            controller_->log("Loaded icon file: /home/somebody/firmware.fds with 200000 bytes.");
+        }
+        return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count();
+    };
+    double early = 0;
+    double late = 0;
+    window_.whileBusy([&] {
+        early = millisecondsFor(10000);
+        millisecondsFor(80000);
+        late = millisecondsFor(10000);
+    });
+    EXPECT_EQ(logEdit().document()->blockCount(), 100001);
+    EXPECT_LT(late, 4 * early);
+}
+
+TEST_F(Window, StopsTakingLinesWhenTheLogIsGone) {
+    const std::shared_ptr<LogText> text = controller_->logText();
+    EXPECT_EQ(text->string(), "");
+    delete &logEdit();
+    EXPECT_EQ(text->string(), std::nullopt);
+    EXPECT_FALSE(text->append("a"));
+    text->scrollToEndOfDocument();
+}
+
+TEST_F(Window, ShowsTheIndicatorForTheLengthOfTheWork) {
+    EXPECT_FALSE(bar().isVisible());
+    controller_->loaderBar()->startAnimation(*controller_->processIconBtn());
+    EXPECT_TRUE(bar().isVisible());
+    EXPECT_EQ(bar().maximum(), 0);
+    controller_->loaderBar()->stopAnimation(*controller_->processIconBtn());
+    EXPECT_FALSE(bar().isVisible());
+}
+
+TEST_F(Window, MovesTheIndicatorWhileItIsShown) {
+    controller_->loaderBar()->startAnimation(*controller_->processIconBtn());
+    const QImage before = bar().grab().toImage();
+    QTest::qWait(300);
+    EXPECT_NE(bar().grab().toImage(), before);
+}
+
+TEST_F(Window, ShowsTheNewestSystemMessageFromAnyThread) {
+    log_.write("first");
+    window_.whileBusy([&] { log_.write("second <b>%s\n\x1b"); });
+    QCoreApplication::processEvents();
+    EXPECT_EQ(window_.statusLine().toPlainText(), "second <b>%s\\x0a\\x1b");
+    EXPECT_EQ(systemLog_.entries(), (std::vector<std::string>{"first", "second <b>%s\n\x1b"}));
+}
+
+TEST_F(Window, ShowsTwoLinesOfAMessageWithoutAScrollBar) {
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window_));
+    log_.write("Refused: the image has 16777216 bytes, but sdzz has room for 15990784 from block 1536 on. Nothing.");
+    QCoreApplication::processEvents();
+    EXPECT_GE(window_.statusLine().document()->firstBlock().layout()->lineCount(), 2);
+    EXPECT_FALSE(window_.statusLine().verticalScrollBar()->isVisible());
+}
+
+TEST_F(Window, OutlivesNoMessageBadly) {
+    std::optional<StatusLineLog> log;
+    {
+        StatusLine line;
+        log.emplace(systemLog_, line);
+        log->write("on its way");
+    }
+    QCoreApplication::processEvents();
+    EXPECT_EQ(systemLog_.entries().back(), "on its way");
+}
+
+}  // namespace
+}  // namespace kestrav

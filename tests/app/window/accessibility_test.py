@@ -1,0 +1,40 @@
+"""The window as a screen reader finds it."""
+
+from desktop import DesktopTest
+
+
+class Accessibility(DesktopTest):
+    def test_everything_has_its_role_and_name(self):
+        self.open_window()
+        for role, name in (("frame", "Kestrav"), ("push button", "Update Firmware…"), ("push button", "Update Icon…"),
+                           ("text", "Log"), ("text", "System message")):
+            with self.subTest(role=role, name=name):
+                self.assertIsNotNone(self.look_for(role, name))
+        nameless = [node.get_role_name() for node in self.nodes()
+                    if self.has(node, "FOCUSABLE") and self.has(node, "SHOWING") and not node.get_name()]
+        self.assertEqual(nameless, [])
+
+    def test_the_texts_can_be_read_only(self):
+        self.open_window()
+        for name in ("Log", "System message"):
+            self.assertTrue(self.has(self.find("text", name), "READ_ONLY"))
+
+    def test_the_focus_goes_round(self):
+        self.open_window()
+        for role, name in (("push button", "Update Firmware…"), ("push button", "Update Icon…"), ("text", "Log"),
+                           ("text", "System message"), ("push button", "Update Firmware…")):
+            self.wait_until(lambda: self.has(self.find(role, name), "FOCUSED"), f"{name} has not got the focus")
+            self.keys("Tab")
+
+    def test_a_button_can_be_pressed_through_its_action(self):
+        self.open_window()
+        self.atspi().Action.do_action(self.icon_button(), 0)
+        self.find("dialog", "Choose a icon image")
+
+    def test_the_chooser_names_everything_too(self):
+        self.open_window()
+        self.click(self.firmware_button())
+        self.find("dialog", "Choose a firmware image")
+        for name in ("Choose Folder", "Open", "Cancel"):
+            self.find("push button", name)
+        self.find("text", "File name:")

@@ -1,0 +1,253 @@
+"""A desktop for one case: a display, a window manager, the bus that screen readers listen on, and a person.
+
+The person sees the window through its accessibility tree and through pictures of the screen, and acts with the real
+mouse and keyboard of that display.
+"""
+
+import os
+import re
+import shutil
+import subprocess
+import time
+
+from road import PROGRAMS, RoadTest
+
+# Set to a folder to keep the pictures that the cases take.
+PICTURES = os.environ.get("KESTRAV_PICTURES")
+
+
+def run(*command, **options):
+    return subprocess.run([*map(str, command)], check=True, capture_output=True, text=True, **options).stdout
+
+
+class DesktopTest(RoadTest):
+    scale = "1"
+    locale = "C.UTF-8"
+    look = {}
+
+    def setUp(self):
+        super().setUp()
+        if os.stat("/etc").st_uid != 0:
+            self.skipTest("the installer works for the real root only")
+        self.make_room()
+        self.make_home()
+        self.start_display()
+        self.window = None
+
+    def wait_until(self, condition, otherwise, process=None, seconds=20):
+        try:
+            super().wait_until(condition, otherwise, process, seconds)
+        except self.failureException:
+            if PICTURES:
+                self.picture("failure")
+            raise
+
+    # -- the computer ----------------------------------------------------------------------------------------------
+
+    def make_room(self):
+        """What the window installs at its launch stays in this case: the mounts are the case's own."""
+        scratch = self.folder / "room"
+        scratch.mkdir()
+        run("mount", "-t", "tmpfs", "-o", "mode=755", "room", scratch)
+        self.addCleanup(run, "umount", "-l", scratch)
+        for folder in ("/etc", "/usr/local", "/usr/libexec", "/usr/share/polkit-1"):
+            own = scratch / folder.replace("/", "_")
+            (own / "upper").mkdir(parents=True)
+            (own / "work").mkdir()
+            run("mount", "-t", "overlay", "-o", f"lowerdir={folder},upperdir={own}/upper,workdir={own}/work",
+                "room", folder)
+            self.addCleanup(run, "umount", "-l", folder)
+        self.install("kestrav-bless")
+        # What the installer copies into place; no case starts it.
+        helper = "kestrav-helper" if (PROGRAMS / "kestrav-helper").exists() else "kestrav-commandd"
+        self.install(helper, "kestrav-helper")
+
+    @staticmethod
+    def install(program, name=None):
+        os.makedirs("/usr/libexec/kestrav", exist_ok=True)
+        place = f"/usr/libexec/kestrav/{name or program}"
+        shutil.copy(PROGRAMS / program, place)
+        os.chmod(place, 0o755)
+
+    def make_home(self):
+        self.home = self.folder / "home"
+        self.home.mkdir()
+        runtime = self.folder / "runtime"
+        runtime.mkdir(mode=0o700)
+        keep = ("PATH", "LD_LIBRARY_PATH", "ASAN_OPTIONS", "UBSAN_OPTIONS")
+        self.environment = {name: os.environ[name] for name in keep if name in os.environ}
+        self.environment.update(
+            HOME=str(self.home), XDG_RUNTIME_DIR=str(runtime), LC_ALL=self.locale, QT_QPA_PLATFORM="xcb",
+            QT_SCALE_FACTOR=self.scale, QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1", **self.look)
+        self.store = self.home / ".local/share/com.corvatel.Kestrav/CocoaAppCD.storedata"
+
+    def start(self, command, **options):
+        process = subprocess.Popen([*map(str, command)], env=self.environment, **options)
+        self.addCleanup(self.end, process)
+        return process
+
+    @staticmethod
+    def end(process):
+        if process.poll() is None:
+            process.kill()
+        process.wait(timeout=20)
+
+    def start_display(self):
+        quiet = {"stdin": subprocess.DEVNULL, "stderr": subprocess.DEVNULL}
+        x = self.start(["Xvfb", "-displayfd", "1", "-screen", "0", "1600x1200x24", "-nolisten", "tcp", "-noreset"],
+                       stdout=subprocess.PIPE, **quiet)
+        self.addCleanup(x.stdout.close)
+        self.environment["DISPLAY"] = ":" + x.stdout.readline().decode().strip()
+        bus = self.start(["dbus-daemon", "--session", "--nofork", "--print-address=1"], stdout=subprocess.PIPE, **quiet)
+        self.addCleanup(bus.stdout.close)
+        self.environment["DBUS_SESSION_BUS_ADDRESS"] = bus.stdout.readline().decode().strip()
+        os.environ.update({name: self.environment[name] for name in
+                           ("DISPLAY", "DBUS_SESSION_BUS_ADDRESS", "XDG_RUNTIME_DIR", "HOME")})
+        self.start(["openbox"], stdout=subprocess.DEVNULL, **quiet)
+        self.wait_until(lambda: "window id" in run("xprop", "-root", "_NET_SUPPORTING_WM_CHECK"),
+                        "there is no window manager")
+
+    # -- the program -----------------------------------------------------------------------------------------------
+
+    def open_window(self, plugged=True, ready=True):
+        """Starts the program and waits until the window can be used."""
+        self.window = self.launch(plugged)
+        if ready:
+            self.wait_until(lambda: self.status_line() == "Installed successfully!", "the window is not ready")
+        return self.window
+
+    def launch(self, plugged=True):
+        program = [PROGRAMS / "kestrav"]
+        command = self.plugged_in(program) if plugged else ["umockdev-run", "--", *program]
+        self.output = self.folder / "kestrav.out"
+        with open(self.output, "wb") as output:
+            return self.start(command, stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.STDOUT)
+
+    def exit_status(self, seconds=20):
+        """As a shell says it: 128 and the signal's number where a signal ended the program."""
+        status = self.window.wait(timeout=seconds)
+        return status if status >= 0 else 128 - status
+
+    # -- what the person sees --------------------------------------------------------------------------------------
+
+    @staticmethod
+    def atspi():
+        import gi
+        gi.require_version("Atspi", "2.0")
+        from gi.repository import Atspi
+        return Atspi
+
+    def nodes(self):
+        """Every accessible object of the program, outermost first. It may change while it is walked."""
+        desktop = self.atspi().get_desktop(0)
+        found = []
+
+        def walk(node):
+            if node is None:
+                return
+            node.clear_cache()
+            found.append(node)
+            for index in range(node.get_child_count()):
+                walk(node.get_child_at_index(index))
+
+        try:
+            for index in range(desktop.get_child_count()):
+                program = desktop.get_child_at_index(index)
+                if program is not None and program.get_name() == "kestrav":
+                    walk(program)
+        except Exception:  # pylint: disable=broad-except; an object that is gone by now has many ways to say so
+            pass
+        return found
+
+    def look_for(self, role, name=None):
+        """The showing object of this role and name, or None."""
+        for node in self.nodes():
+            try:
+                if node.get_role_name() == role and name in (None, node.get_name()) and self.has(node, "SHOWING"):
+                    return node
+            except Exception:  # pylint: disable=broad-except
+                continue
+        return None
+
+    def find(self, role, name=None, seconds=20):
+        found = []
+        self.wait_until(lambda: found.append(self.look_for(role, name)) or found[-1], f"there is no {role} {name}",
+                        seconds=seconds)
+        return found[-1]
+
+    def has(self, node, state):
+        return node.get_state_set().contains(getattr(self.atspi().StateType, state))
+
+    def firmware_button(self):
+        return self.find("push button", "Update Firmware…")
+
+    def icon_button(self):
+        return self.find("push button", "Update Icon…")
+
+    def text_of(self, role, name):
+        node = self.look_for(role, name)
+        try:
+            return "" if node is None else self.atspi().Text.get_text(node, 0, -1)
+        except Exception:  # pylint: disable=broad-except
+            return ""
+
+    def log(self):
+        """The log as shown: its lines, each of them ended."""
+        return self.text_of("text", "Log")
+
+    def status_line(self):
+        return self.text_of("text", "System message")
+
+    def wait_for_log(self, lines, seconds=30):
+        expected = "".join(line + "\n" for line in lines)
+        self.wait_until(lambda: self.log() == expected, f"the log is not {expected!r}", seconds=seconds)
+
+    def windows(self):
+        """The windows on the screen that are the program's: menus, too, which are no part of the tree."""
+        found = subprocess.run(["xdotool", "search", "--onlyvisible", "--class", "^kestrav$"], env=self.environment,
+                               capture_output=True, text=True, check=False)
+        return found.stdout.split()
+
+    def box(self, node):
+        extents = self.atspi().Component.get_extents(node, self.atspi().CoordType.SCREEN)
+        return extents.x, extents.y, extents.width, extents.height
+
+    def picture(self, name):
+        """Takes a picture of the screen and gives its path."""
+        path = self.folder / f"{name}.png"
+        run("import", "-window", "root", path, env=self.environment)
+        if PICTURES:
+            shutil.copy(path, os.path.join(PICTURES, f"{self.id().split('.')[-1]}-{name}.png"))
+        return path
+
+    @staticmethod
+    def differing_pixels(one, other, box):
+        x, y, width, height = box
+        crop = f"{width}x{height}+{x}+{y}"
+        result = subprocess.run(["compare", "-metric", "AE", "-extract", crop, one, other, "null:"],
+                                capture_output=True, text=True, check=False)
+        return int(float(re.match(r"[\d.e+]+", result.stderr).group()))
+
+    # -- what the person does --------------------------------------------------------------------------------------
+
+    def xdotool(self, *arguments):
+        return run("xdotool", *arguments, env=self.environment)
+
+    def keys(self, *names):
+        for name in names:
+            self.xdotool("key", "--clearmodifiers", name)
+            time.sleep(0.1)
+
+    def write(self, text):
+        self.xdotool("type", "--delay", "5", text)
+
+    def click(self, node, button=1):
+        x, y, width, height = self.box(node)
+        self.xdotool("mousemove", x + width // 2, y + height // 2, "click", button)
+
+    def choose(self, path, title):
+        """Names a file in the chooser that has come up, and confirms."""
+        self.find("dialog", title)
+        self.wait_until(lambda: self.has(self.find("text", "File name:"), "FOCUSED"), "the chooser has no focus")
+        self.write(str(path))
+        self.keys("Return")

@@ -1,0 +1,69 @@
+// The server in a process of its own, among parts that fail.
+
+#include <chrono>
+#include <csignal>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <stdexcept>
+#include <string>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+#include "base/SystemLog.h"
+#include "services/commandd/CallerJudge.h"
+#include "services/commandd/RequestRunner.h"
+#include "services/commandd/Server.h"
+#include "services/privileged/Gate.h"
+#include "services/privileged/UdevBlockDevices.h"
+#include "tests/services/CommandDaemon.h"
+
+namespace kestrav {
+namespace {
+
+/// Takes a second over an entry of a request's process, as a write would, and fails for the server itself.
+class FailingLog final : public SystemLog {
+  public:
+    void write(std::string_view) override {
+        if (::getpid() == server_) throw std::runtime_error("no room for the entry");
+        std::this_thread::sleep_for(std::chrono::seconds(1));
+    }
+
+  private:
+    pid_t server_ = ::getpid();
+};
+
+[[noreturn]] void serveOn(UniqueFd listener) {
+    FailingLog log;
+    const UdevBlockDevices devices;
+    const MountinfoTable mounts;
+    const RootAndOwnUser judge(::geteuid());
+    Gate gate(devices, mounts, log);
+    RequestRunner runner(gate, log);
+    try {
+        ::_exit(Server(std::move(listener), judge, runner, log).run() ? 0 : 1);
+    } catch (const std::exception&) {
+        ::_exit(2);
+    }
+}
+
+TEST(Server, LetsRequestsEndThatWereBegunBeforeItFailed) {
+    std::uint16_t port = 0;
+    UniqueFd listener = listenOnFreePort(port);
+    const pid_t server = ::fork();
+    if (server == 0) serveOn(std::move(listener));
+    listener.reset();
+    const Client begun(port);
+    begun.send(requestFor("rm", {}));
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    const Client refused(port);
+    refused.send("GET /");  // the server logs the refusal, and fails
+    EXPECT_THAT(begun.readOnce(), testing::HasSubstr("is not a command"));
+    begun.finishSending();
+    int status = -1;
+    EXPECT_EQ(::waitpid(server, &status, 0), server);
+    EXPECT_EQ(WEXITSTATUS(status), 1);
+}
+
+}  // namespace
+}  // namespace kestrav
