@@ -14,6 +14,7 @@
 #include "services/commandd/CallerJudge.h"
 #include "services/commandd/RequestRunner.h"
 #include "services/commandd/Server.h"
+#include "services/privileged/Consent.h"
 #include "services/privileged/Gate.h"
 #include "services/privileged/UdevBlockDevices.h"
 #include "tests/services/CommandDaemon.h"
@@ -39,7 +40,8 @@ class FailingLog final : public SystemLog {
     const MountinfoTable mounts;
     const RootAndOwnUser judge(::geteuid());
     Gate gate(devices, mounts, log);
-    RequestRunner runner(gate, log);
+    PolkitConsent consent;
+    RequestRunner runner(consent, gate, log);
     try {
         ::_exit(Server(std::move(listener), judge, runner, log).run() ? 0 : 1);
     } catch (const std::exception&) {
