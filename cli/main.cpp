@@ -5,6 +5,7 @@
 #include <string>
 #include <variant>
 
+#include "base/StandardDescriptors.h"
 #include "base/SystemLog.h"
 #include "cli/Commands.h"
 #include "cli/TerminalLog.h"
@@ -69,6 +70,7 @@ int perform(const kestrav::Invocation& invocation) {
 
 int main(int argc, char** argv) {
     using namespace kestrav;
+    if (!openStandardDescriptors()) return static_cast<int>(ExitCode::wrongCall);
     const auto parsed = parseCommandLine(argc, argv, std::cout, std::cerr);
     if (const auto* code = std::get_if<ExitCode>(&parsed)) {
         return static_cast<int>(std::cout.flush() ? *code : ExitCode::wrongCall);

@@ -93,7 +93,9 @@ int run(int rounds, int scale, std::size_t doubles) {
 }  // namespace kestrav::benchmark
 
 int main(int count, char** arguments) {
-    const auto argument = [&](int at, long fallback) { return count > at ? std::atol(arguments[at]) : fallback; };
+    const auto argument = [&](int at, long fallback) {
+        return count > at ? std::strtol(arguments[at], nullptr, 10) : fallback;
+    };
     return kestrav::benchmark::run(static_cast<int>(argument(1, 15)), static_cast<int>(argument(2, 40)),
                                    static_cast<std::size_t>(argument(3, 10'000'000)));
 }

@@ -106,6 +106,7 @@ Report measureApart(const PeerMaker& peer, const Document& document) {
 Figures medians(const std::vector<Report>& reports) {
     const auto of = [&](double Figures::*figure) {
         std::vector<double> values;
+        values.reserve(reports.size());
         for (const Report& report : reports)
             values.push_back(report.figures.*figure);
         return median(values);
@@ -124,6 +125,7 @@ std::vector<Figures> measure(const std::vector<PeerMaker>& peers, const Document
         }
     }
     std::vector<Figures> figures;
+    figures.reserve(reports.size());
     for (const auto& ofPeer : reports)
         figures.push_back(medians(ofPeer));
     return figures;

@@ -1,5 +1,7 @@
 #include "services/commandd/RequestRunner.h"
 
+#include <algorithm>
+#include <array>
 #include <csignal>
 #include <optional>
 #include <unistd.h>
@@ -16,11 +18,12 @@
 namespace kestrav {
 namespace {
 
-/// The service passes on that it is told to stop; the signal stays blocked, so it only shows here.
+/// The service passes on that it is told to stop; the signals stay blocked, so they only show here.
 bool isToldToStop() {
     sigset_t pending;
     if (::sigpending(&pending) != 0) return false;
-    return ::sigismember(&pending, SIGTERM) == 1 || ::sigismember(&pending, SIGINT) == 1;
+    constexpr std::array endingSignals{SIGTERM, SIGINT, SIGHUP, SIGQUIT};
+    return std::ranges::any_of(endingSignals, [&](int signal) { return ::sigismember(&pending, signal) == 1; });
 }
 
 }  // namespace

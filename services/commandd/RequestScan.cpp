@@ -13,6 +13,7 @@ bool isBlank(char byte) {
 RequestScan::State RequestScan::take(std::string_view bytes) {
     for (const char byte : bytes) {
         if (state_ == State::complete && !isBlank(byte)) state_ = State::moreBehindIt;
+        if (state_ == State::complete) continue;
         if (state_ != State::incomplete) break;
         takeOne(byte);
     }

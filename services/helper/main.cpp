@@ -4,6 +4,7 @@
 #include <string_view>
 #include <sys/stat.h>
 
+#include "base/StandardDescriptors.h"
 #include "base/SystemLog.h"
 #include "services/helper/HelperService.h"
 #include "services/privileged/Consent.h"
@@ -30,6 +31,7 @@ int serve(kestrav::SystemLog& log) {
 }  // namespace
 
 int main(int count, char** words) {
+    if (!kestrav::openStandardDescriptors()) return 1;
     const std::string_view word = count == 2 ? words[1] : "";
     if (word == "--help") {
         std::fputs(help, stdout);

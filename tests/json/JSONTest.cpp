@@ -206,6 +206,16 @@ TEST(JSONLookup, GivesAPartThatIsIndependent) {
     EXPECT_EQ(json["list"][0].valueAs<int>(), 99);
 }
 
+TEST(JSONLookup, CostsTheSameWhateverLiesBelow) {
+    // Copying the list each time would take hours, not the time that a test has.
+    JSON json = JSON::parse("{}");
+    json.assign({"large"}, Tree::list(std::vector<Tree>(1'000'000, Tree("a text that needs a node of its own"))));
+    std::size_t sum = 0;
+    for (int round = 0; round < 100'000; ++round)
+        sum += json["large"].object().size();
+    EXPECT_EQ(sum, 100'000'000'000U);
+}
+
 struct FailureRow {
     const char* name;
     JSON from;

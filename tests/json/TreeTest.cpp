@@ -26,8 +26,7 @@ TEST(Tree, IsNullAtFirst) {
 TEST(Tree, HoldsTextsOfEveryShortLengthAndBeyond) {
     for (std::size_t length = 0; length <= kLong.size(); ++length) {
         const std::string text = kLong.substr(0, length);
-        const Tree tree(text);
-        const Tree copy = tree;
+        const Tree copy = [tree = Tree(text)] { return tree; }();
         EXPECT_EQ(copy.text(), text);
         EXPECT_EQ(copy.kind(), Tree::Kind::text);
     }
@@ -191,8 +190,10 @@ TEST(TreeDepth, OfAMillionIsReleasedComparedAndCopied) {
         }
         return tree;
     };
-    const Tree one = deep(1'000'000);
-    const Tree copy = one;
+    Tree one = deep(1'000'000);
+    Tree copy = one;
+    one = Tree();
+    copy.swap(one);
     EXPECT_TRUE(one == deep(1'000'000));
     EXPECT_FALSE(one == deep(999'998));
 }

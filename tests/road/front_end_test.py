@@ -147,6 +147,12 @@ class FrontEnd(RoadTest):
         self.assertEqual(result.returncode, 1)
         self.assert_reported(result, "Unabled to open /dev/rnil")
 
+    def test_closed_standard_descriptors_take_no_harm(self):
+        command = self.plugged_in(
+            ["sh", "-c", 'exec "$@" <&- 2>&-', "-", PROGRAMS / "kestravctl", "read", "510", "2", "-o", self.folder / "out"])
+        self.assertEqual(subprocess.run(command, timeout=20).returncode, 0)
+        self.assertEqual((self.folder / "out").read_bytes(), b"\x55\xaa")
+
     def test_help_onto_a_full_disk(self):
         with open("/dev/full", "wb") as full:
             self.assertEqual(subprocess.run([PROGRAMS / "kestravctl", "--help"], stdout=full).returncode, 2)

@@ -25,7 +25,9 @@ namespace kestrav {
 namespace {
 
 using namespace std::chrono_literals;
+using testing::AnyOf;
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 using Clock = std::chrono::steady_clock;
 
@@ -261,7 +263,7 @@ TEST_F(Daemon, DoesNothingForAPeerThatHasGone) {
     }
     daemon_.signal(SIGCONT);
     EXPECT_EQ(nothing(), nothingDone);
-    EXPECT_THAT(daemon_.log(), HasSubstr("the system does not tell who is asking"));
+    EXPECT_THAT(daemon_.log(), Not(AnyOf(HasSubstr("who is asking"), HasSubstr("dd if="))));
     EXPECT_TRUE(accessory_.diskBytes() == before_);
 }
 

@@ -2,10 +2,12 @@
 
 #include <chrono>
 #include <csignal>
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <stdexcept>
 #include <string>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -35,6 +37,7 @@ class FailingLog final : public SystemLog {
 };
 
 [[noreturn]] void serveOn(UniqueFd listener) {
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);  // a server that hangs must not outlive the test
     FailingLog log;
     const UdevBlockDevices devices;
     const MountinfoTable mounts;
@@ -52,6 +55,7 @@ class FailingLog final : public SystemLog {
 TEST(Server, LetsRequestsEndThatWereBegunBeforeItFailed) {
     std::uint16_t port = 0;
     UniqueFd listener = listenOnFreePort(port);
+    ASSERT_EQ(::fcntl(listener.get(), F_SETFL, O_NONBLOCK), 0);  // as the server expects it
     const pid_t server = ::fork();
     if (server == 0) serveOn(std::move(listener));
     listener.reset();
