@@ -234,7 +234,11 @@ void HelperService::answer(const Job& job) {
     if (job.callerGone && !job.process->begun()) {
         log_.write(line(job.request) + "gone before the request was begun; nothing was done");
     } else if (result && !result->refused) {
-        sd_bus_reply_method_return(job.message.get(), "s", carriable(result->text).c_str());
+        if (sd_bus_reply_method_return(job.message.get(), "s", carriable(result->text).c_str()) < 0) {
+            // Without any answer the caller would wait for ever.
+            refuse(job.message.get(), SD_BUS_ERROR_FAILED, job.request,
+                   answerFor(failed("the answer could not be sent; the request was carried out.")));
+        }
     } else if (result) {
         refuse(job.message.get(), SD_BUS_ERROR_ACCESS_DENIED, job.request, result->text);
     } else if (!job.process->begun() && retiring_) {

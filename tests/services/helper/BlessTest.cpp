@@ -1,97 +1,30 @@
-#include <cerrno>
-#include <csignal>
+#include <algorithm>
+#include <chrono>
 #include <fcntl.h>
 #include <filesystem>
-#include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <map>
-#include <optional>
-#include <sstream>
 #include <string>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
+#include <vector>
 
-#include "tests/room/SystemRoom.h"
-#include "tests/room/runProgram.h"
+#include "base/UniqueFd.h"
+#include "tests/room/ChildProcess.h"
+#include "tests/services/helper/InstallerInARoom.h"
 
 namespace kestrav {
 namespace {
 
 namespace fs = std::filesystem;
-using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::Not;
 using testing::StartsWith;
-
-constexpr const char* kOwn = "/usr/libexec/kestrav";
-constexpr const char* kBless = "/usr/libexec/kestrav/kestrav-bless";
-constexpr const char* kSource = "/usr/libexec/kestrav/kestrav-helper";
-constexpr const char* kProgram = "/usr/local/libexec/com.corvatel.KestravHelper";
-constexpr const char* kPolicy = "/etc/dbus-1/system.d/com.corvatel.KestravHelper.conf";
-constexpr const char* kUnit = "/etc/systemd/system/com.corvatel.KestravHelper.service";
-constexpr const char* kRules = "/etc/udev/rules.d/60-kestrav.rules";
-constexpr const char* kActivation = "/usr/local/share/dbus-1/system-services/com.corvatel.KestravHelper.service";
-constexpr const char* kRight = "/usr/share/polkit-1/actions/com.corvitel.KestravHelper.policy";
-constexpr const char* kUnfinished = "/usr/local/libexec/.com.corvatel.KestravHelper.unfinished";
-
-std::string contents(const fs::path& path) {
-    std::ostringstream text;
-    text << std::ifstream(path).rdbuf();
-    return text.str();
-}
-
-void write(const fs::path& path, const std::string& text) {
-    std::ofstream(path) << text;
-}
-
-mode_t modeOf(const char* path) {
-    struct stat status {};
-    return ::lstat(path, &status) == 0 ? status.st_mode & 07777 : 0;
-}
-
-/// What a file is, so that any change of it shows.
-std::string identity(const fs::path& path) {
-    struct stat status {};
-    if (::lstat(path.c_str(), &status) != 0) return "none";
-    return std::to_string(status.st_ino) + " " + std::to_string(status.st_mode) + " " +
-           std::to_string(status.st_mtim.tv_sec) + "." + std::to_string(status.st_mtim.tv_nsec);
-}
-
-class Bless : public testing::Test {
-  protected:
-    void SetUp() override {
-        if (!SystemRoom::isPossible()) GTEST_SKIP() << "needs root";
-        room_.emplace();
-        fs::create_directory(kOwn);
-        fs::copy_file(KESTRAV_BLESS, kBless);
-        write(kSource, "the helper's program");
-    }
-
-    static ProgramRun bless(const std::string& operation, const ProgramOptions& options = {}) {
-        return runProgram({kBless, operation}, options);
-    }
-
-    static std::vector<fs::path> leftOver() {
-        std::vector<fs::path> found;
-        for (const char* folder : {"/etc/dbus-1/system.d", "/etc/systemd/system", "/etc/udev/rules.d",
-                                   "/usr/local/libexec", "/usr/local/share/dbus-1/system-services"}) {
-            if (!fs::exists(folder)) continue;
-            for (const auto& entry : fs::directory_iterator(folder)) {
-                if (entry.path().filename().string().starts_with(".com.corvatel") ||
-                    entry.path().filename().string().starts_with(".60-kestrav")) {
-                    found.push_back(entry.path());
-                }
-            }
-        }
-        return found;
-    }
-
-    std::optional<SystemRoom> room_;
-};
 
 struct InstalledFile {
     const char* path;
@@ -252,65 +185,6 @@ TEST_F(Bless, RefusesAnybodyButRoot) {
     EXPECT_EQ(run.err, "Only root can do that: run it through pkexec or sudo.\n");
 }
 
-struct Opened {
-    const char* folder;
-    uid_t owner;
-    mode_t mode;
-};
-
-class BlessDistrusts : public Bless, public testing::WithParamInterface<Opened> {};
-
-TEST_P(BlessDistrusts, AFolderThatOthersCanWriteTo) {
-    const auto& [folder, owner, mode] = GetParam();
-    fs::create_directories(folder);
-    ASSERT_EQ(::chown(folder, owner, 0), 0);
-    ASSERT_EQ(::chmod(folder, mode), 0);
-    const ProgramRun run = bless("install");
-    EXPECT_EQ(run.exitStatus, 1);
-    EXPECT_THAT(run.err, StartsWith(std::string("Refused: others than root can write to the folder ") + folder));
-    for (const char* path : {kProgram, kPolicy, kUnit, kRules, kActivation})
-        EXPECT_FALSE(fs::exists(path)) << path;
-    EXPECT_THAT(leftOver(), IsEmpty());
-}
-
-INSTANTIATE_TEST_SUITE_P(Folders, BlessDistrusts,
-                         testing::Values(Opened{"/usr/local/libexec", 0, 0777}, Opened{"/usr/local/libexec", 0, 0775},
-                                         Opened{"/usr/local/libexec", 1234, 0755}, Opened{"/usr/local", 0, 01777},
-                                         Opened{"/etc/systemd/system", 0, 0757}, Opened{"/etc/dbus-1", 0, 0770},
-                                         Opened{"/usr/local/share/dbus-1/system-services", 99, 0755},
-                                         Opened{"/etc/udev", 0, 0733}));
-
-TEST_F(Bless, DistrustsALinkOnTheWay) {
-    fs::create_directory("/etc/elsewhere");
-    fs::create_directory_symlink("/etc/elsewhere", "/usr/local/libexec");
-    const ProgramRun run = bless("install");
-    EXPECT_EQ(run.exitStatus, 1);
-    EXPECT_EQ(run.err, "Refused: /usr/local/libexec is not a folder but a link or a file.\n");
-    EXPECT_TRUE(fs::is_empty("/etc/elsewhere"));
-}
-
-TEST_F(Bless, DistrustsAProgramThatOthersCanChange) {
-    ASSERT_EQ(::chmod(kSource, 0775), 0);
-    const ProgramRun run = bless("install");
-    EXPECT_EQ(run.err, "Refused: others than root can change /usr/libexec/kestrav/kestrav-helper.\n");
-    EXPECT_FALSE(fs::exists(kProgram));
-}
-
-TEST_F(Bless, DistrustsItsOwnFolderWhenOthersCanWriteToIt) {
-    ASSERT_EQ(::chmod(kOwn, 0777), 0);
-    EXPECT_THAT(bless("install").err,
-                StartsWith("Refused: others than root can write to the folder /usr/libexec/kestrav"));
-    EXPECT_FALSE(fs::exists(kProgram));
-}
-
-TEST_F(Bless, DoesNotWaitForAPipeInTheProgramsPlace) {
-    fs::remove(kSource);
-    ASSERT_EQ(::mkfifo(kSource, 0644), 0);
-    const ProgramRun run = bless("install");
-    EXPECT_EQ(run.exitStatus, 1);
-    EXPECT_THAT(run.err, StartsWith("Refused: "));
-}
-
 TEST_F(Bless, NeverExitsLikePkexecDoes) {
     fs::remove(kSource);
     const ProgramRun run = bless("install");
@@ -357,6 +231,27 @@ TEST_F(Bless, ExchangesNothingWhenThereIsNoRoomForAll) {
     EXPECT_EQ(contents(kProgram), "the helper's program");
     EXPECT_FALSE(fs::exists(kActivation));
 }
+
+class BlessWaits : public Bless, public testing::WithParamInterface<const char*> {};
+
+TEST_P(BlessWaits, ForAnotherOneThatRuns) {
+    fs::create_directories("/usr/local/libexec");
+    UniqueFd other(::open("/usr/local/libexec", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    ASSERT_EQ(::flock(other.get(), LOCK_EX), 0);
+    ChildProcess second = ChildProcess::start({kBless, GetParam()});
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    EXPECT_TRUE(second.runs());
+    EXPECT_FALSE(fs::exists(kUnit));
+    other.reset();
+    EXPECT_EQ(second.wait(), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Operations, BlessWaits, testing::Values("install", "uninstall", "register-right"),
+                         [](const auto& row) {
+                             std::string name = row.param;
+                             std::ranges::replace(name, '-', '_');
+                             return name;
+                         });
 
 TEST_F(Bless, InstallsOnceWhenAskedByTenAtOnce) {
     std::vector<pid_t> children;

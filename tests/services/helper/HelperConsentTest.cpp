@@ -1,0 +1,215 @@
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <optional>
+#include <string>
+
+#include "command/HelperInstallation.h"
+#include "command/linux/PolkitAuthorization.h"
+#include "tests/command/fakes/RecordingLog.h"
+#include "tests/room/DismissingAgent.h"
+#include "tests/room/PasswordAgent.h"
+#include "tests/services/helper/RunningHelper.h"
+
+namespace kestrav {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::MatchesRegex;
+using testing::StartsWith;
+
+TEST_F(Helper, ServesRootWithoutAskingAnybody) {
+    startDaemons("NO");
+    startHelper();
+    EXPECT_EQ(callUnmount(), "sdzz1 was not mounted.");
+    EXPECT_THAT(callWrite(), MatchesRegex("Wrote 40000 bytes to sdzz at block 1536, verified, [0-9.]+ MB/s\\."));
+    EXPECT_TRUE(diskHasTheImage());
+    EXPECT_THAT(log(), HasSubstr("user 0: dd if=/run/image.fds of=/dev/rsdzz seek=1536 bs=512: Wrote 40000 bytes"));
+}
+
+TEST_F(Helper, AnswersWithBlocksInHexadecimal) {
+    startDaemons();
+    startHelper();
+    const std::string answer = callHelper("dd", {"if=/dev/rsdzz", "skip=3", "count=1"});
+    std::string expected;
+    for (const char c : before_.substr(1536, 512)) {
+        char digits[3];
+        std::snprintf(digits, sizeof digits, "%02x", static_cast<unsigned char>(c));
+        expected += digits;
+    }
+    EXPECT_EQ(answer, expected);
+}
+
+TEST_F(Helper, ServesAUserWhomTheRulesLet) {
+    startDaemons("YES");
+    startHelper();
+    UserProcess user(kGuest, callWrite);
+    user.go();
+    EXPECT_THAT(user.result(), StartsWith("Wrote 40000 bytes"));
+    EXPECT_TRUE(diskHasTheImage());
+}
+
+TEST_F(Helper, OpensTheImageWithTheUsersRights) {
+    startDaemons("YES");
+    startHelper();
+    fs::permissions(kImage, fs::perms(0600));
+    UserProcess user(kGuest, callWrite);
+    user.go();
+    EXPECT_THAT(user.result(), AllOf(StartsWith("Refused: "), HasSubstr("Permission denied")));
+    EXPECT_TRUE(diskIsUntouched());
+}
+
+struct Decision {
+    const char* name;
+    const char* rule;
+    const char* answer;
+};
+
+class HelperRefuses : public Helper, public testing::WithParamInterface<Decision> {};
+
+TEST_P(HelperRefuses, LeavingTheDiskUntouchedAndALineInTheLog) {
+    startDaemons(GetParam().rule);
+    startHelper();
+    UserProcess user(kGuest, callWrite);
+    user.go();
+    EXPECT_EQ(user.result(), std::string("AccessDenied: ") + GetParam().answer);
+    EXPECT_TRUE(diskIsUntouched());
+    EXPECT_THAT(log(), HasSubstr("user 4712: dd if=/run/image.fds of=/dev/rsdzz seek=1536 bs=512: " +
+                                 std::string(GetParam().answer)));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    WithoutConsent, HelperRefuses,
+    testing::Values(Decision{"no", "NO", "Refused: an administrator did not agree."},
+                    Decision{"challenge", "AUTH_ADMIN",
+                             "Refused: an administrator has to agree, and there is no way to ask for a password here."},
+                    Decision{
+                        "defaults", "",
+                        "Refused: an administrator has to agree, and there is no way to ask for a password here."}),
+    [](const auto& row) { return row.param.name; });
+
+TEST_F(Helper, AsksForAnAdministratorsPassword) {
+    startDaemons();
+    startHelper();
+    UserProcess user(kGuest, callWrite);
+    PasswordAgent agent(user.pid(), kGuest);
+    user.go();
+    ASSERT_TRUE(agent.isAsked()) << agent.shown();
+    EXPECT_THAT(agent.shown(), AllOf(HasSubstr("Authentication is required to unmount, read or write the disk of your "
+                                               "Kestrav accessory"),
+                                     HasSubstr("kestrav-admin")));
+    EXPECT_TRUE(diskIsUntouched()) << "written before anybody agreed";
+    agent.type("secret\n");
+    EXPECT_THAT(user.result(), StartsWith("Wrote 40000 bytes"));
+    EXPECT_TRUE(diskHasTheImage());
+}
+
+TEST_F(Helper, AsksOnceForTheRequestsOfOneProcess) {
+    startDaemons();
+    startHelper();
+    UserProcess user(kAdmin, [] { return callUnmount() + " " + callWrite(); });
+    PasswordAgent agent(user.pid(), kAdmin);
+    user.go();
+    ASSERT_TRUE(agent.isAsked()) << agent.shown();
+    agent.type("secret\n");
+    EXPECT_THAT(user.result(), StartsWith("sdzz1 was not mounted. Wrote 40000 bytes"));
+    EXPECT_FALSE(agent.isAsked(1)) << "asked twice: " << agent.shown();
+}
+
+TEST_F(Helper, NeedsNoSecondPasswordAfterTheInstallation) {
+    startDaemons();
+    startHelper();
+    UserProcess user(kAdmin, [] {
+        PolkitAuthorization authorization(kBless);
+        RecordingLog log;
+        std::optional<AuthorizationRef> authRef;
+        HelperInstallation(authorization, log).blessHelper(authRef);
+        return callWrite();
+    });
+    PasswordAgent agent(user.pid(), kAdmin);
+    user.go();
+    ASSERT_TRUE(agent.isAsked()) << agent.shown();
+    agent.type("secret\n");
+    EXPECT_THAT(user.result(), StartsWith("Wrote 40000 bytes"));
+    EXPECT_FALSE(agent.isAsked(1)) << "asked twice: " << agent.shown();
+}
+
+TEST_F(Helper, RefusesAfterAWrongPassword) {
+    startDaemons();
+    startHelper();
+    UserProcess user(kAdmin, callWrite);
+    PasswordAgent agent(user.pid(), kAdmin);
+    user.go();
+    ASSERT_TRUE(agent.isAsked()) << agent.shown();
+    agent.type("wrong\n");
+    EXPECT_EQ(user.result(), "AccessDenied: Refused: an administrator did not agree.");
+    EXPECT_TRUE(diskIsUntouched());
+}
+
+TEST_F(Helper, RefusesWhenThePromptIsDismissed) {
+    startDaemons();
+    startHelper();
+    UserProcess user(kAdmin, callWrite);
+    const DismissingAgent agent(user.pid(), kAdmin);
+    user.go();
+    EXPECT_THAT(user.result(), StartsWith("AccessDenied: Refused: "));
+    EXPECT_TRUE(diskIsUntouched());
+}
+
+TEST_F(Helper, DoesNotPromptForAProgramThatDoesNotWantThat) {
+    startDaemons();
+    startHelper();
+    UserProcess user(kAdmin, [] { return callHelper("dd", kWrite, false); });
+    PasswordAgent agent(user.pid(), kAdmin);
+    user.go();
+    EXPECT_EQ(user.result(),
+              "AccessDenied: Refused: an administrator has to agree, and there is no way to ask for a password here.");
+    EXPECT_FALSE(agent.isAsked(1));
+}
+
+TEST_F(Helper, RefusesWhenPolkitIsKilledWhileItAsks) {
+    startDaemons();
+    startHelper();
+    UserProcess user(kAdmin, callWrite);
+    PasswordAgent agent(user.pid(), kAdmin);
+    user.go();
+    ASSERT_TRUE(agent.isAsked()) << agent.shown();
+    daemons_.killPolkitd();
+    EXPECT_THAT(user.result(),
+                StartsWith("AccessDenied: Refused: the authorization service (polkit) could not decide"));
+    EXPECT_TRUE(diskIsUntouched());
+}
+
+TEST_F(Helper, BeginsNothingForACallerThatIsGone) {
+    startDaemons();
+    startHelper();
+    UserProcess user(kAdmin, callWrite);
+    PasswordAgent agent(user.pid(), kAdmin);
+    user.go();
+    ASSERT_TRUE(agent.isAsked()) << agent.shown();
+    user.kill();
+    ASSERT_TRUE(holdsWithin(10s, [&] { return childrenOf(helper_.pid()).empty(); }));
+    EXPECT_THAT(log(), HasSubstr("gone before the request was begun; nothing was done"));
+    EXPECT_TRUE(diskIsUntouched());
+}
+
+TEST_F(HelperOnALargeDisk, EndsTheWriteThatItHasBegunForACallerThatIsGone) {
+    startDaemons("YES");
+    startHelper();
+    makeLargeImage();
+    UserProcess user(kGuest, callWrite);
+    user.go();
+    ASSERT_TRUE(isWriting());
+    user.kill();
+    ASSERT_FALSE(childrenOf(helper_.pid()).empty()) << "the write was over before the caller went";
+    ASSERT_TRUE(holdsWithin(30s, [&] { return childrenOf(helper_.pid()).empty(); }));
+    EXPECT_THAT(log(), HasSubstr(": Wrote 157286400 bytes"));
+}
+
+}  // namespace
+}  // namespace kestrav

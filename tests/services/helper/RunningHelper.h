@@ -1,0 +1,153 @@
+#pragma once
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <gtest/gtest.h>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+#include "tests/room/SystemDaemons.h"
+#include "tests/room/SystemRoom.h"
+#include "tests/room/runProgram.h"
+#include "tests/services/SimulatedAccessory.h"
+#include "tests/services/TemporaryFolder.h"
+#include "tests/services/helper/HelperCaller.h"
+
+namespace kestrav {
+
+inline constexpr const char* kBless = "/usr/libexec/kestrav/kestrav-bless";
+inline constexpr const char* kLog = "/run/helper.log";
+inline constexpr const char* kImage = "/run/image.fds";
+inline constexpr uid_t kAdmin = 4711;
+inline constexpr uid_t kGuest = 4712;
+inline constexpr std::size_t kDiskBytes = std::size_t{4} << 20U;
+inline constexpr std::streamoff kFirmwareByte = 786432;
+
+inline bool holdsWithin(std::chrono::milliseconds time, const std::function<bool()>& condition) {
+    const auto end = std::chrono::steady_clock::now() + time;
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() >= end) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return true;
+}
+
+inline std::vector<pid_t> childrenOf(pid_t parent) {
+    std::ifstream in("/proc/" + std::to_string(parent) + "/task/" + std::to_string(parent) + "/children");
+    std::vector<pid_t> children;
+    for (pid_t child = 0; in >> child;)
+        children.push_back(child);
+    return children;
+}
+
+inline const std::vector<std::string> kWrite{std::string("if=") + kImage, "of=/dev/rsdzz", "seek=1536", "bs=512"};
+
+inline std::string callUnmount() {
+    return callHelper("umount", {"/dev/sdzzs1"});
+}
+
+inline std::string callWrite() {
+    return callHelper("dd", kWrite);
+}
+
+/// The real helper, installed by the real installer, on a real system bus with the real polkitd, beside a simulated
+/// accessory; nobody but this test sees any of it.
+class Helper : public testing::Test {
+  protected:
+    explicit Helper(std::string disk = patternOf(kDiskBytes, 7)) : before_(std::move(disk)) {}
+
+    void SetUp() override {
+        if (!SystemRoom::isPossible()) GTEST_SKIP() << "needs root";
+        accessory_.emplace(before_);
+        room_.emplace();
+        addAccount("kestrav-admin", kAdmin, true);
+        addAccount("kestrav-guest", kGuest, false);
+        std::filesystem::create_directory("/usr/libexec/kestrav");
+        std::filesystem::copy_file(KESTRAV_BLESS, kBless);
+        std::filesystem::copy_file(KESTRAV_HELPER, "/usr/libexec/kestrav/kestrav-helper");
+        SystemDaemons::addActions(kBless);
+        ASSERT_EQ(runProgram({kBless, "install"}).exitStatus, 0);
+        std::ofstream(kImage, std::ios::binary) << image_;
+        std::filesystem::permissions(kImage, std::filesystem::perms(0644));
+    }
+
+    /// `decision`: what polkit is to say about running commands, such as "YES"; empty for the action's own defaults.
+    void startDaemons(const std::string& decision = {}) {
+        if (!decision.empty()) {
+            SystemDaemons::addRule(
+                "polkit.addRule(function(action) {"
+                "  if (action.id == 'com.corvatel.kestrav.run') return polkit.Result." +
+                decision + "; });");
+        }
+        daemons_.startBus();
+        daemons_.startPolkitd();
+    }
+
+    /// Starts the helper in this test's view of devices; the bus would start it in the real one.
+    void startHelper() {
+        std::vector<std::string> environment;
+        for (const char* name : {"LD_PRELOAD", "UMOCKDEV_DIR"}) {
+            if (const char* value = std::getenv(name); value != nullptr) {
+                environment.push_back(std::string(name) + "=" + value);
+            }
+        }
+        helper_ =
+            ChildProcess::start({"/bin/sh", "-c", std::string("exec ") + KESTRAV_HELPER + " 2>>" + kLog}, environment);
+        ASSERT_TRUE(holdsWithin(std::chrono::seconds(10), helperHasItsName));
+    }
+
+    static std::string log() {
+        std::ostringstream text;
+        text << std::ifstream(kLog).rdbuf();
+        return text.str();
+    }
+
+    /// The one process that works on a request.
+    pid_t jobProcess() const {
+        std::vector<pid_t> children;
+        holdsWithin(std::chrono::seconds(10), [&] { return !(children = childrenOf(helper_.pid())).empty(); });
+        return children.empty() ? -1 : children.front();
+    }
+
+    bool diskIsUntouched() const { return accessory_->diskBytes() == before_; }
+    bool diskHasTheImage() const {
+        std::string after = before_;
+        return accessory_->diskBytes() == after.replace(kFirmwareByte, image_.size(), image_);
+    }
+
+    const std::string before_;
+    const std::string image_ = patternOf(40000, 3);
+    std::optional<SimulatedAccessory> accessory_;
+    std::optional<SystemRoom> room_;
+    SystemDaemons daemons_;
+    ChildProcess helper_;
+};
+
+/// A disk so large that a write of most of it can be met in the middle.
+class HelperOnALargeDisk : public Helper {
+  protected:
+    HelperOnALargeDisk() : Helper(std::string(std::size_t{160} << 20U, '\0')) {}
+
+    static void makeLargeImage() {
+        std::ofstream(kImage, std::ios::binary) << std::string(std::size_t{150} << 20U, 'x');
+    }
+
+    /// Waits until the first block is written.
+    bool isWriting() const {
+        return holdsWithin(std::chrono::seconds(20), [this] {
+            std::ifstream disk(accessory_->nodes() / "sdzz", std::ios::binary);
+            disk.seekg(kFirmwareByte);
+            return disk.get() == 'x';
+        });
+    }
+};
+
+}  // namespace kestrav
