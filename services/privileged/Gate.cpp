@@ -119,11 +119,12 @@ Outcome<std::string> Gate::write(const WriteRequest& request, const Caller& call
     if (!image) return image.problem();
     if (auto problem = doesNotFit(image.value().size(), request.firstBlock, device)) return *problem;
     const auto family = devices_.diskAndPartitions(device.number);
-    if (std::find(family.begin(), family.end(), image.value().fileSystem()) != family.end()) {
+    if (!family) return family.problem();
+    if (std::ranges::find(family.value(), image.value().fileSystem()) != family.value().end()) {
         return refused("the image lies on the accessory itself; copy it to another disk first.");
     }
     // The desktop may have mounted a partition again since the updater asked to unmount it.
-    if (const auto places = unmountAll(mounts_, family, device.name); !places) return places.problem();
+    if (const auto places = unmountAll(mounts_, family.value(), device.name); !places) return places.problem();
     const auto disk = openDisk(devices_, node.value(), DiskUse::write);
     if (!disk) return disk.problem();
     const auto report = writeImage(image.value(), *disk.value(), request.firstBlock * sector, device.name);

@@ -130,8 +130,8 @@ TEST(RootAndOwnUser, TurnsEveryoneElseAway) {
 /// No device at all, and a note of having been asked.
 class NoDevices final : public BlockDevices {
   public:
-    std::optional<BlockDevice> find(dev_t) const override { return std::nullopt; }
-    std::vector<dev_t> diskAndPartitions(dev_t) const override { return {}; }
+    Outcome<BlockDevice> find(dev_t) const override { return refused("no such device."); }
+    Outcome<std::vector<dev_t>> diskAndPartitions(dev_t) const override { return refused("no such device."); }
     std::vector<std::string> builtOnTopOf(dev_t) const override { return {}; }
 };
 

@@ -4,7 +4,9 @@
 #include <gtest/gtest.h>
 #include <string>
 #include <sys/file.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "base/UniqueFd.h"
@@ -38,6 +40,29 @@ class GateOnSimulatedDisk : public testing::Test {
     std::string diskWith(const std::string& image, std::uint64_t block) const {
         std::string disk = before_;
         return disk.replace(block * 512, image.size(), image);
+    }
+
+    /// Writes in a process of its own, which may open that many files at once.
+    std::string writeWithSpareDescriptors(const std::string& image, int spare) {
+        int ends[2];
+        if (::pipe2(ends, O_CLOEXEC) != 0) return "no pipe";
+        const UniqueFd told(ends[0]);
+        UniqueFd telling(ends[1]);
+        const pid_t child = ::fork();
+        if (child == 0) {
+            ::close_range(static_cast<unsigned>(telling.get()) + 1, ~0U, 0);
+            const auto most = static_cast<rlim_t>(telling.get() + 1 + spare);
+            const rlimit few{most, most};
+            ::setrlimit(RLIMIT_NOFILE, &few);
+            const std::string answer = write(image, 1536);
+            ::_exit(::write(telling.get(), answer.data(), answer.size()) > 0 ? 0 : 1);
+        }
+        telling.reset();
+        std::string answer(10240, '\0');
+        const ssize_t got = ::read(told.get(), answer.data(), answer.size());
+        ::waitpid(child, nullptr, 0);
+        answer.resize(got > 0 ? static_cast<std::size_t>(got) : 0);
+        return answer;
     }
 
     const std::string before_ = patternOf(diskBytes, 7);
@@ -148,6 +173,22 @@ TEST_F(GateOnSimulatedDisk, RefusesEverythingElseInOneHarmlessLine) {
     EXPECT_EQ(answer, "Refused: \"rm\\x0a\\x1b[2J\xef\xbf\xbd%n\" is not a command of this service.");
     EXPECT_EQ(log_.entries.size(), 1U);
     EXPECT_LT(log_.entries[0].size(), 3000U);
+}
+
+TEST_F(GateOnSimulatedDisk, SaysWhichTimeThatItLacksDescriptors) {
+    const std::string image = folder_.file("image", "x");
+    std::string answer;
+    int refusals = 0;
+    for (int spare = 0; spare < 40; ++spare) {
+        answer = writeWithSpareDescriptors(image, spare);
+        if (answer.starts_with("Wrote")) break;
+        ++refusals;
+        EXPECT_THAT(answer, StartsWith("Refused: ")) << spare;
+        EXPECT_THAT(answer, HasSubstr("Too many open files")) << spare;
+        EXPECT_TRUE(accessory_.diskBytes() == before_) << spare;
+    }
+    EXPECT_THAT(answer, StartsWith("Wrote 1 bytes"));
+    EXPECT_GT(refusals, 0);
 }
 
 TEST_F(GateOnSimulatedDisk, RefusesADiskThatAnotherServiceHasLocked) {
