@@ -7,13 +7,13 @@
 #include <optional>
 #include <unistd.h>
 
-#include "base/SystemLog.h"
 #include "services/privileged/AccessoryNode.h"
 #include "services/privileged/AnswerText.h"
 #include "services/privileged/DiskReader.h"
 #include "services/privileged/DiskWriter.h"
 #include "services/privileged/ImageFile.h"
 #include "services/privileged/OpenDisk.h"
+#include "services/privileged/RequestLog.h"
 #include "services/privileged/Unmounter.h"
 
 namespace kestrav {
@@ -86,7 +86,11 @@ std::string Gate::perform(const Caller& caller, std::string_view command, std::s
         const auto outcome = answer();
         const bool blocks = outcome && command == "dd" && arguments.size() == 3;
         std::string text = outcome ? outcome.value() : answerFor(outcome.problem());
-        log_.write(who + (blocks ? "read " + std::to_string(text.size()) + " bytes" : text));
+        if (!outcome && outcome.problem().kind == Problem::Kind::refused) {
+            log_.refused(caller.uid, who + text);
+        } else {
+            log_.write(who + (blocks ? "read " + std::to_string(text.size()) + " bytes" : text));
+        }
         return text;
     } catch (const std::exception& error) {
         // Out of memory or of descriptors in a library: the request ends, the service doesn't.

@@ -18,6 +18,7 @@
 #include "services/commandd/Server.h"
 #include "services/privileged/Consent.h"
 #include "services/privileged/Gate.h"
+#include "services/privileged/RequestLog.h"
 #include "services/privileged/UdevBlockDevices.h"
 #include "tests/services/CommandDaemon.h"
 
@@ -38,7 +39,8 @@ class FailingLog final : public SystemLog {
 
 [[noreturn]] void serveOn(UniqueFd listener) {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);  // a server that hangs must not outlive the test
-    FailingLog log;
+    FailingLog failing;
+    RequestLog log(failing);
     const UdevBlockDevices devices;
     const MountinfoTable mounts;
     const RootAndOwnUser judge(::geteuid());

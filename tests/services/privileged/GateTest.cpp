@@ -11,6 +11,7 @@
 
 #include "base/UniqueFd.h"
 #include "services/privileged/Gate.h"
+#include "services/privileged/RequestLog.h"
 #include "services/privileged/UdevBlockDevices.h"
 #include "tests/services/RecordingLog.h"
 #include "tests/services/SimulatedAccessory.h"
@@ -29,7 +30,7 @@ constexpr std::size_t diskBytes = std::size_t{4} << 20U;
 class GateOnSimulatedDisk : public testing::Test {
   protected:
     std::string perform(std::string_view command, const std::vector<std::string>& arguments) {
-        return Gate(devices_, mounts_, log_).perform(callerWithUid(::geteuid()).value(), command, arguments);
+        return Gate(devices_, mounts_, requests_).perform(callerWithUid(::geteuid()).value(), command, arguments);
     }
     std::string write(const std::string& image, std::uint64_t block) {
         return perform("dd", {"if=" + image, "of=/dev/rsdzz", "seek=" + std::to_string(block), "bs=512"});
@@ -71,6 +72,7 @@ class GateOnSimulatedDisk : public testing::Test {
     UdevBlockDevices devices_;
     MountinfoTable mounts_;
     RecordingLog log_;
+    RequestLog requests_{log_};
 };
 
 TEST_F(GateOnSimulatedDisk, WritesAFirmware) {
@@ -138,7 +140,8 @@ TEST_F(GateOnSimulatedDisk, RefusesAnotherUsersFile) {
     const std::string image = folder_.file("image", "of root");
     ASSERT_EQ(::chmod(image.c_str(), 0600), 0);
     const std::vector<std::string> arguments{"if=" + image, "of=/dev/rsdzz", "seek=1536", "bs=512"};
-    const std::string answer = Gate(devices_, mounts_, log_).perform(callerWithUid(65534).value(), "dd", arguments);
+    const std::string answer =
+        Gate(devices_, mounts_, requests_).perform(callerWithUid(65534).value(), "dd", arguments);
     EXPECT_THAT(answer, HasSubstr("can't be opened by user 65534: Permission denied"));
     EXPECT_TRUE(accessory_.diskBytes() == before_);
 }

@@ -27,6 +27,7 @@
 #include "services/privileged/Gate.h"
 #include "services/privileged/NodeBytes.h"
 #include "services/privileged/OpenDisk.h"
+#include "services/privileged/RequestLog.h"
 #include "services/privileged/UdevBlockDevices.h"
 #include "tests/services/LoopDisk.h"
 #include "tests/services/RecordingLog.h"
@@ -134,7 +135,7 @@ class GateOnKernel : public testing::Test {
     bool isMounted() const { return !MountinfoTable().placesOf(disk_->partitionNumber()).value().empty(); }
 
     std::string perform(std::string_view command, const std::vector<std::string>& arguments) {
-        return Gate(*devices_, mounts_, log_).perform(callerWithUid(0).value(), command, arguments);
+        return Gate(*devices_, mounts_, requests_).perform(callerWithUid(0).value(), command, arguments);
     }
     std::string unmount() { return perform("umount", {"/dev/" + disk_->name() + "s1"}); }
     std::string write(const std::string& image, std::uint64_t block = 1536) {
@@ -150,13 +151,15 @@ class GateOnKernel : public testing::Test {
     std::optional<LoopAsAccessory> devices_;
     MountinfoTable mounts_;
     RecordingLog log_;
+    RequestLog requests_{log_};
 };
 
 TEST_F(GateOnKernel, LetsTheDiskGoWhenTheImagesFileSystemStopsAnswering) {
     if (!SlowFolder::isPossible()) GTEST_SKIP() << "needs a kernel with FUSE";
     fs::create_directory(folder_.path() / "slow");
     const SlowFolder slow(folder_.path() / "slow", {.size = 3'000'000, .stallsFrom = 0});
-    Gate gate(*devices_, mounts_, log_, {.toOpen = std::chrono::seconds(20), .toRead = std::chrono::milliseconds(300)});
+    Gate gate(*devices_, mounts_, requests_,
+              {.toOpen = std::chrono::seconds(20), .toRead = std::chrono::milliseconds(300)});
     const std::vector<std::string> arguments{"if=" + slow.image(), "of=/dev/r" + disk_->name(), "seek=1536", "bs=512"};
     EXPECT_EQ(gate.perform(callerWithUid(0).value(), "dd", arguments),
               "Failed: the file system of the image stopped answering. Nothing was written.");
