@@ -60,7 +60,11 @@ void RequestLog::Unmap::operator()(Counts* counts) const noexcept {
     ::munmap(counts, sizeof(Counts));
 }
 
-RequestLog::RequestLog(SystemLog& log, std::function<Time()> now) : log_(log), now_(std::move(now)), own_(::geteuid()) {
+RequestLog::RequestLog(SystemLog& log, std::chrono::steady_clock::duration window, std::function<Time()> now)
+    : log_(log),
+      window_(window),
+      now_(std::move(now)),
+      own_(::geteuid()) {
     void* shared = ::mmap(nullptr, sizeof(Counts), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
     if (shared == MAP_FAILED) throw std::bad_alloc();
     counts_.reset(new (shared) Counts);
@@ -74,7 +78,7 @@ void RequestLog::refused(uid_t uid, std::string_view entry) {
     if (uid == 0 || uid == own_) return log_.write(entry);
     summarise();
     Ticks none = noWindow;
-    counts_->windowEnd.compare_exchange_strong(none, (now_() + kWindow).time_since_epoch().count());
+    counts_->windowEnd.compare_exchange_strong(none, (now_() + window_).time_since_epoch().count());
     if (counts_->of(uid).refusals.fetch_add(1) < kListed) log_.write(entry);
 }
 

@@ -26,7 +26,8 @@ class RequestLog {
     static constexpr std::chrono::seconds kWindow{60};
 
     /// Nothing is owned. Throws std::bad_alloc.
-    explicit RequestLog(SystemLog& log, std::function<Time()> now = std::chrono::steady_clock::now);
+    explicit RequestLog(SystemLog& log, std::chrono::steady_clock::duration window = kWindow,
+                        std::function<Time()> now = std::chrono::steady_clock::now);
 
     /// A line that is always there: what was carried out, and what concerns the service itself.
     void write(std::string_view entry);
@@ -49,6 +50,7 @@ class RequestLog {
     void closeWindow(std::chrono::steady_clock::rep end);
 
     SystemLog& log_;
+    std::chrono::steady_clock::duration window_;
     std::function<Time()> now_;
     uid_t own_;
     std::unique_ptr<Counts, Unmap> counts_;  ///< shared with forked processes

@@ -146,6 +146,16 @@ TEST_F(GateOnSimulatedDisk, RefusesAnotherUsersFile) {
     EXPECT_TRUE(accessory_.diskBytes() == before_);
 }
 
+TEST_F(GateOnSimulatedDisk, DoesNotLetAStrangerFillItsLog) {
+    const Caller stranger{::geteuid() + 4711, 65534, {}};
+    Gate gate(devices_, mounts_, requests_);
+    for (int i = 0; i < 100; ++i)
+        gate.perform(stranger, "rm", {});
+    EXPECT_EQ(log_.entries.size(), RequestLog::kListed);
+    gate.perform(stranger, "umount", std::vector<std::string>{"/dev/sdzzs1"});
+    EXPECT_THAT(log_.entries.back(), HasSubstr("was not mounted")) << "what is carried out always has its line";
+}
+
 TEST_F(GateOnSimulatedDisk, RefusesAnotherDisk) {
     accessory_.setAttribute(SimulatedAccessory::usbPath, "idVendor", "1d6b");
     const std::string image = folder_.file("image", "x");

@@ -27,7 +27,7 @@ class RequestLogTest : public testing::Test {
     const std::string name_ = "user " + std::to_string(stranger_);
     RequestLog::Time now_{1h};
     RecordingLog log_;
-    RequestLog requests_{log_, [this] { return now_; }};
+    RequestLog requests_{log_, RequestLog::kWindow, [this] { return now_; }};
 };
 
 TEST_F(RequestLogTest, ListsTheFirstRefusalsOfAStranger) {
