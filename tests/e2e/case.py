@@ -1,9 +1,11 @@
 """What every case has: the guest with the packages in it, people, accessories, the system log."""
 
+import time
 import unittest
 
 from accessory import Accessory
 from disks import content
+from guest import PATIENCE
 
 PRELUDE = ["Writing to device memory space."]
 FINISH = ["", "Finished writing to device."]
@@ -27,8 +29,7 @@ class GuestCase(unittest.TestCase):
         self.accessories = []
         # Set by a case whose file system was mounted, which changes bytes of the partition.
         self.partition_may_change = False
-        shown = self.root.run("journalctl", "-q", "-n", "1", "--show-cursor").out
-        self.cursor = shown.rsplit("-- cursor: ", 1)[1].strip()
+        self.log_start = self.guest.system_log_size()
 
     # -- things ----------------------------------------------------------------------------------------------------
 
@@ -53,9 +54,25 @@ class GuestCase(unittest.TestCase):
 
     def system_log(self, *identifiers):
         """The lines of these programs in the system log since the case began, oldest first."""
-        wanted = [word for identifier in identifiers for word in ("-t", identifier)]
-        self.root.run("journalctl", "--sync")
-        return self.root.run("journalctl", "-q", "-o", "cat", f"--after-cursor={self.cursor}", *wanted).out.splitlines()
+        return self.guest.system_log(self.log_start, identifiers)
+
+    def wait_for_log(self, words, *identifiers):
+        """Waits until a line with these words is in the system log, and gives it."""
+        lines = []
+
+        def said():
+            lines[:] = [line for line in self.system_log(*identifiers) if words in line]
+            return lines
+
+        self.wait_until(said, f"the system log has no line with {words!r}")
+        return lines[0]
+
+    def wait_until(self, condition, otherwise, seconds=PATIENCE):
+        end = time.monotonic() + seconds
+        while not condition():
+            if time.monotonic() > end:
+                self.fail(otherwise + "; it has: " + "\n".join(self.system_log()))
+            time.sleep(0.1)
 
     def assert_handed_over(self, result, path, size):
         """The front end has said that it handed the image over, which it says whatever became of it."""

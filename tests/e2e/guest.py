@@ -70,7 +70,21 @@ class Guest:
 
     def wait_until_ready(self):
         self.people["root"] = Person(self, "root", BOOT_PATIENCE)
+        self.people["root"].start("sh", "-c", "exec journalctl -f -n all -o json >/e2e/exchange/system-log")
         return self
+
+    def system_log_size(self):
+        path = self.exchange / "system-log"
+        return path.stat().st_size if path.exists() else 0
+
+    def system_log(self, start, identifiers=()):
+        """The messages in the system log from that size of it on; only these programs', if some are named."""
+        with open(self.exchange / "system-log", "rb") as log:
+            log.seek(start)
+            entries = [json.loads(line) for line in log.read().splitlines(keepends=True) if line.endswith(b"\n")]
+        return [entry.get("MESSAGE") for entry in entries
+                if isinstance(entry.get("MESSAGE"), str)  # bytes that are no text come as a list
+                and (not identifiers or entry.get("SYSLOG_IDENTIFIER") in identifiers)]
 
     def log_in(self, name, terminal):
         """Opens a session for this person at one of the terminals of the guest's seat."""
@@ -107,7 +121,7 @@ class Guest:
         return self.people["root"].run(*argv, **options)
 
     def sh(self, script, **options):
-        return self.run("sh", "-euc", script, **options)
+        return self.people["root"].sh(script, **options)
 
 
 class Person:
@@ -161,6 +175,9 @@ class Person:
         if check and result.status != 0:
             raise GuestFailure(f"{self.name}: {shlex.join(map(str, argv))}: {result}")
         return result
+
+    def sh(self, script, **options):
+        return self.run("sh", "-euc", script, **options)
 
 
 class Job:
