@@ -9,7 +9,7 @@ SOUND = f"0 {SECTORS} linear {{disk}} {{start}}"
 
 
 class Accessory:
-    """`table` is the device-mapper table of the memory, its lines with {disk} and {start} for this slot's place."""
+    """`table` is the device-mapper table of the memory: {disk} and {start} are its slot, {stick} is a disk apart from all."""
 
     def __init__(self, guest, slot, port=0, ids=KESTRAV, serial="K0001", readonly=False, table=SOUND):
         self.guest, self.slot, self.port, self.ids, self.serial = guest, slot, port, ids, serial
@@ -19,7 +19,8 @@ class Accessory:
 
     def filled(self, table):
         start = self.slot.index * SECTORS
-        return "\n".join(line.format(disk="/dev/disk/by-id/virtio-accessories", start=start + int(line.split()[0]))
+        virtio = "/dev/disk/by-id/virtio-"
+        return "\n".join(line.format(disk=virtio + "accessories", stick=virtio + "stick", start=start + int(line.split()[0]))
                          for line in table.splitlines())
 
     def change_memory(self, table):

@@ -4,7 +4,7 @@ import time
 import unittest
 
 from accessory import Accessory
-from disks import content
+from disks import FIRMWARE, content
 from guest import PATIENCE
 
 PRELUDE = ["Writing to device memory space."]
@@ -86,3 +86,10 @@ class GuestCase(unittest.TestCase):
         """Pulls the accessory and compares its whole memory, from outside of the guest, with what is expected of it."""
         accessory.forget()
         self.assertEqual(accessory.slot.differences(), [], "it differs in these bytes")
+
+    def assert_nothing_else_changed(self, accessory, size, offset=FIRMWARE):
+        """Like assert_disk() after a write that failed: where the image was to be there may be anything now."""
+        accessory.forget()
+        slot = accessory.slot
+        slot.expect(offset, slot.read()[offset:offset + size])
+        self.assert_disk(accessory)

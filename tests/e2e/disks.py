@@ -67,6 +67,9 @@ class Slots:
             file.truncate(self.COUNT * SIZE)
         self.fresh = fresh_disk(root, folder)
         self.taken = []
+        # For another vendor's disk: a file of its own, whose times tell whether anything was written to it.
+        self.stick = folder / "stick.img"
+        self.stick.write_bytes(self.fresh)
 
     def take(self):
         # The first place stays empty, so that nobody takes the file as a whole for a disk with partitions.
