@@ -114,6 +114,7 @@ class DesktopTest(RoadTest):
         self.window = self.launch(plugged)
         if ready:
             self.wait_until(lambda: self.status_line() == "Installed successfully!", "the window is not ready")
+            self.wait_until(self.has_the_keyboard, "the window manager doesn't give the window its keys")
         return self.window
 
     def launch(self, plugged=True):
@@ -207,6 +208,11 @@ class DesktopTest(RoadTest):
         found = subprocess.run(["xdotool", "search", "--onlyvisible", "--class", "^kestrav$"], env=self.environment,
                                capture_output=True, text=True, check=False)
         return found.stdout.split()
+
+    def has_the_keyboard(self):
+        active = subprocess.run(["xdotool", "getactivewindow", "getwindowname"], env=self.environment,
+                                capture_output=True, text=True, check=False)
+        return active.stdout.strip() == "Kestrav"
 
     def box(self, node):
         extents = self.atspi().Component.get_extents(node, self.atspi().CoordType.SCREEN)
