@@ -8,6 +8,8 @@
 #include <utility>
 #include <vector>
 
+#include "services/privileged/DiskCache.h"
+
 namespace kestrav {
 namespace {
 
@@ -51,7 +53,8 @@ std::error_code NodeBytes::write(std::uint64_t offset, std::span<const std::byte
 
 std::error_code NodeBytes::flush() {
     // Not repeated on EINTR or any other error: the kernel reports a lost write once, a second call would find none.
-    return ::fsync(node_.get()) == 0 ? std::error_code() : systemError(errno);
+    if (::fsync(node_.get()) != 0) return systemError(errno);
+    return emptyDiskCache(node_.get());
 }
 
 DiskBytes::ReadBack NodeBytes::readBack(std::uint64_t offset, std::span<std::byte> into) {
