@@ -10,9 +10,12 @@ namespace kestrav {
 /// Tells the disk behind `node`, which is open for writing, to put on its medium what it holds in a cache of its own,
 /// and waits for its answer, 45 seconds at most.
 ///
-/// The kernel does that as part of fsync(2) only for disks that are known to have a cache; of a USB disk it assumes
-/// that it has none, without asking it. No error comes from a disk that doesn't know the command (SYNCHRONIZE CACHE
-/// (10) of SCSI Block Commands), nor from what is no SCSI disk at all: there fsync(2) was all that can be done.
+/// fsync(2) does that as well, but repeats the command when the disk answers that it could not keep the bytes. A disk
+/// that reports a lost write once, as the kernel itself does, then says that all is well. So this comes before
+/// fsync(2). And of a disk of which the kernel doesn't know that it has a cache it asks nothing.
+///
+/// No error comes from a disk that doesn't know the command (SYNCHRONIZE CACHE (10) of SCSI Block Commands), nor from
+/// what is no SCSI disk at all: there fsync(2) is all that can be done.
 std::error_code emptyDiskCache(int node);
 
 /// A SCSI disk's answer as the kernel hands it on.
