@@ -6,16 +6,10 @@ import unittest
 from accessory import Accessory
 from disks import FIRMWARE, content
 from guest import PATIENCE
+from world import World
 
 PRELUDE = ["Writing to device memory space."]
 FINISH = ["", "Finished writing to device."]
-
-
-class World:
-    """What all cases of one run share: one guest, and the memory of its accessories."""
-
-    guest = None
-    slots = None
 
 
 class GuestCase(unittest.TestCase):
@@ -26,9 +20,6 @@ class GuestCase(unittest.TestCase):
     def setUp(self):
         self.guest = World.guest
         self.root = self.guest.people["root"]
-        self.accessories = []
-        # Set by a case whose file system was mounted, which changes bytes of the partition.
-        self.partition_may_change = False
         self.log_start = self.guest.system_log_size()
 
     # -- things ----------------------------------------------------------------------------------------------------
@@ -36,7 +27,6 @@ class GuestCase(unittest.TestCase):
     def accessory(self, **how):
         """An accessory with a memory of its own, not plugged in yet."""
         accessory = Accessory(self.guest, World.slots.take(), **how)
-        self.accessories.append(accessory)
         self.addCleanup(accessory.forget)
         return accessory
 

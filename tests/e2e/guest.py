@@ -5,6 +5,7 @@ import os
 import shlex
 import socket
 import subprocess
+import tarfile
 import time
 from pathlib import Path
 
@@ -41,6 +42,11 @@ class Guest:
         self.folder = folder
         self.exchange = folder / "exchange"
         self.exchange.mkdir()
+        with tarfile.open(self.exchange / "dpkg.tar", "w") as dpkg:
+            for name in ("status", "info/format", "info", "updates", "triggers"):
+                dpkg.add(f"/var/lib/dpkg/{name}", name, recursive=False)
+            for path in Path("/var/lib/dpkg/info").glob("*.list"):
+                dpkg.add(path, f"info/{path.name}")
         self.console = folder / "console.log"
         self.people = {}
         self.qemu = subprocess.Popen(self.command(kernel, kernel.make_start(folder), disks), stdin=subprocess.DEVNULL,

@@ -1,33 +1,22 @@
-"""Puts the built programs in their places in the guest."""
+"""The packages, made of the programs that are built already, and installed in the guest."""
 
 import shutil
+import subprocess
 
 from guest import ROOT
+from kernel import HERE
 
-PROGRAMS = ROOT / "build/release/bin"
-LIBEXEC = "/usr/libexec/kestrav"
-PACKAGING = ROOT / "packaging"
-
-PLACES = {
-    PROGRAMS / "kestrav": "/usr/bin/kestrav",
-    PROGRAMS / "kestravctl": "/usr/bin/kestravctl",
-    PROGRAMS / "kestrav-commandd": f"{LIBEXEC}/kestrav-commandd",
-    PROGRAMS / "kestrav-helper": f"{LIBEXEC}/kestrav-helper",
-    PROGRAMS / "kestrav-bless": f"{LIBEXEC}/kestrav-bless",
-    PACKAGING / "systemd/kestrav-commandd.service.in": "/usr/lib/systemd/system/kestrav-commandd.service",
-    PACKAGING / "systemd/kestrav-commandd.socket": "/usr/lib/systemd/system/kestrav-commandd.socket",
-    PACKAGING / "polkit/com.corvatel.kestrav.policy.in": "/usr/share/polkit-1/actions/com.corvatel.kestrav.policy",
-    PACKAGING / "udev/60-kestrav.rules": "/usr/lib/udev/rules.d/60-kestrav.rules",
-}
+BUILD = ROOT / "build/release"
 
 
-def install(guest):
-    for source, place in PLACES.items():
-        copy = guest.exchange / source.name
-        shutil.copy(source, copy)
-        if source.suffix == ".in":
-            text = copy.read_text().replace("@KESTRAV_LIBEXEC@", LIBEXEC)
-            copy.write_text(text.replace("@KESTRAV_BLESS@", f"{LIBEXEC}/kestrav-bless"))
-        mode = "755" if source.parent == PROGRAMS else "644"
-        guest.run("install", "-D", "-m", mode, f"/e2e/exchange/{source.name}", place)
-    guest.sh("systemctl daemon-reload; udevadm control --reload; systemctl start kestrav-commandd.socket")
+def make_packages(packages):
+    subprocess.run([HERE / "make-packages", BUILD, packages], check=True)
+
+
+def install(guest, packages):
+    names = []
+    for package in sorted(packages.glob("*.deb")):
+        shutil.copy(package, guest.exchange)
+        names.append(f"/e2e/exchange/{package.name}")
+    # Without the triggers of other packages, which would renew caches of menus and manual pages.
+    guest.run("dpkg", "--no-triggers", "--install", *names)

@@ -1,5 +1,7 @@
 """The accessory's partition mounted by the desktop's own service, and the update all the same."""
 
+import json
+
 from case import GuestCase
 from disks import FIRMWARE, PARTITION, content
 
@@ -31,3 +33,24 @@ class Mounted(GuestCase):
         self.assertIn("verified", result.err)
         self.assertEqual(self.places(accessory.disk), "")
         self.assert_disk(accessory)
+
+    def test_mounted_again_between_the_two_commands_is_unmounted_again(self):
+        accessory, path = self.plugged(), self.image(5000)
+        accessory.slot.expect(FIRMWARE, content(5000))
+        self.mount(accessory.disk)
+        # The first command alone, as an updater sends it; then the desktop is quicker than the second one.
+        said = self.ask("umount", f"/dev/{accessory.disk}s1")
+        self.assertIn(f"Unmounted {accessory.disk}1 from ", said)
+        self.mount(accessory.disk)
+        said = self.ask("dd", f"if={path}", f"of=/dev/r{accessory.disk}", "seek=1536", "bs=512")
+        self.assertIn("Wrote 5000 bytes", said)
+        self.assertIn("verified", said)
+        self.assertEqual(self.places(accessory.disk), "")
+        self.assert_disk(accessory)
+
+    def ask(self, command, *arguments):
+        request = json.dumps({"command": command, "arguments": arguments})
+        return self.root.run("python3", "-c", "import socket, sys\n"
+                             "peer = socket.create_connection(('127.0.0.1', 9090))\n"
+                             "peer.sendall(sys.argv[1].encode())\n"
+                             "print(peer.recv(10240).decode())", request).out
