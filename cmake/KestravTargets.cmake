@@ -60,11 +60,11 @@ function(kestrav_test name)
   gtest_discover_tests(${name} TEST_PREFIX "${name}." DISCOVERY_TIMEOUT 60 PROPERTIES ${properties})
 endfunction()
 
-# kestrav_python_cases(PREFIX PROGRAM INTERPRETER python)
+# kestrav_python_cases(PREFIX PROGRAM INTERPRETER python [ENVIRONMENT name=value...])
 # Each method test_OUTCOME of each *_test.py in this folder is the case PREFIX.CLASS.OUTCOME of ctest, run with the
 # programs of this build, in a network and with mounts of its own. PROGRAM is a program that the cases use.
 function(kestrav_python_cases prefix program)
-  cmake_parse_arguments(arg "" "INTERPRETER" "" ${ARGN})
+  cmake_parse_arguments(arg "" "INTERPRETER" "ENVIRONMENT" ${ARGN})
   set(road "${CMAKE_SOURCE_DIR}/tests/road")
   file(GLOB files CONFIGURE_DEPENDS *_test.py)
   foreach(file IN LISTS files)
@@ -81,7 +81,7 @@ function(kestrav_python_cases prefix program)
         WORKING_DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR})
       set_tests_properties(${case} PROPERTIES
         TIMEOUT 180 SKIP_RETURN_CODE 77
-        ENVIRONMENT "KESTRAV_PROGRAMS=$<TARGET_FILE_DIR:${program}>;PYTHONDONTWRITEBYTECODE=1;PYTHONPATH=${CMAKE_CURRENT_SOURCE_DIR}")
+        ENVIRONMENT "KESTRAV_PROGRAMS=$<TARGET_FILE_DIR:${program}>;PYTHONDONTWRITEBYTECODE=1;PYTHONPATH=${CMAKE_CURRENT_SOURCE_DIR};${arg_ENVIRONMENT}")
     endforeach()
   endforeach()
 endfunction()

@@ -5,6 +5,7 @@
 #include <QEventLoop>
 #include <QHBoxLayout>
 #include <QIcon>
+#include <QPointer>
 #include <QPushButton>
 #include <QShortcut>
 #include <QTimer>
@@ -23,6 +24,27 @@
 #include "app/qt/outlets.h"
 
 namespace kestrav {
+namespace {
+
+/// Disables a widget for as long as one exists, on top of what its parts are told; the focus comes back afterwards.
+class Disabled {
+  public:
+    explicit Disabled(QWidget& widget) : widget_(widget), focus_(widget.window()->focusWidget()) {
+        widget_.setEnabled(false);
+    }
+    ~Disabled() {
+        widget_.setEnabled(true);
+        if (focus_) focus_->setFocus();
+    }
+    Disabled(const Disabled&) = delete;
+    Disabled& operator=(const Disabled&) = delete;
+
+  private:
+    QWidget& widget_;
+    QPointer<QWidget> focus_;
+};
+
+}  // namespace
 
 MainWindow::MainWindow() : folder_(QDir::homePath()) {
     setWindowTitle(tr("Kestrav"));
@@ -78,12 +100,14 @@ QPushButton* MainWindow::makeButton(const QString& name, const QString& text, co
 }
 
 void MainWindow::layOut() {
-    auto* buttons = new QHBoxLayout;
-    buttons->addWidget(firmwareButton_);
-    buttons->addWidget(iconButton_);
     auto* content = new QWidget;
+    buttons_ = new QWidget;
+    auto* row = new QHBoxLayout(buttons_);
+    row->setContentsMargins({});
+    row->addWidget(firmwareButton_);
+    row->addWidget(iconButton_);
     auto* all = new QVBoxLayout(content);
-    all->addLayout(buttons);
+    all->addWidget(buttons_);
     all->addWidget(log_, 1);
     all->addWidget(progress_);
     all->addWidget(statusLine_);
@@ -116,6 +140,8 @@ std::unique_ptr<OpenPanel> MainWindow::makeOpenPanel() {
 }
 
 void MainWindow::whileBusy(const std::function<void()>& task) {
+    // Longer than the barrier: who sees the buttons enabled can use them.
+    const Disabled disabled(*buttons_);
     const InputBarrier barrier;
     QEventLoop loop;
     std::exception_ptr failure;

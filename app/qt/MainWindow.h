@@ -39,7 +39,7 @@ class MainWindow final : public QMainWindow, public MainView {
 
     void setPreferredContentSize(int width, int height) override;
     std::unique_ptr<OpenPanel> makeOpenPanel() override;
-    /// Runs `task` on a thread of its own.
+    /// Runs `task` on a thread of its own. Both buttons are shown as disabled meanwhile.
     void whileBusy(const std::function<void()>& task) override;
 
   protected:
@@ -52,6 +52,7 @@ class MainWindow final : public QMainWindow, public MainView {
     void makeOutlets();
     void layOut();
 
+    QWidget* buttons_ = nullptr;
     QPushButton* firmwareButton_ = nullptr;
     QPushButton* iconButton_ = nullptr;
     LogTextEdit* log_ = nullptr;

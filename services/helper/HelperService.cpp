@@ -102,7 +102,6 @@ int HelperService::open() {
     for (const int number : {SIGTERM, SIGINT, SIGCHLD})
         sigaddset(&signals, number);
     if (::sigprocmask(SIG_BLOCK, &signals, nullptr) != 0) return -errno;
-    ::signal(SIGPIPE, SIG_IGN);
     sd_event* raw = nullptr;
     if (const int result = sd_event_new(&raw); result < 0) return result;
     event_.reset(raw);

@@ -1,3 +1,4 @@
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -46,7 +47,9 @@ int main(int count, char** words) {
         return 2;
     }
     ::umask(077);
-    kestrav::SyslogSystemLog log("kestrav-helper");
+    // Before the first line: whoever reads standard error may have gone, or may not read.
+    std::signal(SIGPIPE, SIG_IGN);
+    kestrav::SyslogSystemLog log("kestrav-helper", kestrav::SyslogSystemLog::SlowReader::missesLines);
     try {
         return serve(log);
     } catch (const std::exception& error) {

@@ -115,7 +115,7 @@ Outcome<std::string> Gate::write(const WriteRequest& request, const Caller& call
     const auto node = findDisk(devices_, request.node, request.diskName);
     if (!node) return node.problem();
     const BlockDevice& device = node.value().device;
-    const auto image = ImageFile::open(request.imagePath, caller);
+    const auto image = ImageFile::open(request.imagePath, caller, patience_);
     if (!image) return image.problem();
     if (auto problem = doesNotFit(image.value().size(), request.firstBlock, device)) return *problem;
     const auto family = devices_.diskAndPartitions(device.number);

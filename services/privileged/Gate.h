@@ -7,6 +7,7 @@
 #include "services/privileged/BlockDevices.h"
 #include "services/privileged/Caller.h"
 #include "services/privileged/CommandLine.h"
+#include "services/privileged/ImageReader.h"
 #include "services/privileged/MountTable.h"
 
 namespace kestrav {
@@ -21,10 +22,11 @@ class SystemLog;
 class Gate {
   public:
     /// Nothing is owned; all outlive this object.
-    Gate(const BlockDevices& devices, const MountTable& mounts, SystemLog& log)
+    Gate(const BlockDevices& devices, const MountTable& mounts, SystemLog& log, ImagePatience patience = {})
         : devices_(devices),
           mounts_(mounts),
-          log_(log) {}
+          log_(log),
+          patience_(patience) {}
 
     /// Carries a command line out and returns the answer: one line of UTF-8 text without line end, or for a read the
     /// blocks themselves; never empty, never more than 10239 bytes. Writes one line to the log.
@@ -39,6 +41,7 @@ class Gate {
     const BlockDevices& devices_;
     const MountTable& mounts_;
     SystemLog& log_;
+    ImagePatience patience_;
 };
 
 }  // namespace kestrav

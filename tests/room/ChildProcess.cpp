@@ -9,6 +9,7 @@
 #include <stdexcept>
 #include <sys/prctl.h>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 #include <utility>
 
@@ -46,6 +47,8 @@ ChildProcess ChildProcess::start(const std::vector<std::string>& words, const st
     const pid_t pid = ::fork();
     if (pid == 0) {
         ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+        // Whoever runs the tests may ignore it, and a program inherits that.
+        ::signal(SIGPIPE, SIG_DFL);
         ::execve(words.at(0).c_str(), pointers(words).data(), pointers(environment).data());
         ::_exit(98);
     }
@@ -107,6 +110,13 @@ UserProcess::UserProcess(uid_t uid, const std::function<std::string()>& task) {
 
 void UserProcess::go() {
     if (::write(go_.get(), "!", 1) != 1) throw std::runtime_error("the user's process is gone");
+}
+
+bool UserProcess::endsWithin(std::chrono::milliseconds time) const {
+    const auto end = std::chrono::steady_clock::now() + time;
+    while (process_.runs() && std::chrono::steady_clock::now() < end)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    return !process_.runs();
 }
 
 std::string UserProcess::result() {

@@ -28,7 +28,7 @@ class Accessibility(DesktopTest):
 
     def test_a_button_can_be_pressed_through_its_action(self):
         self.open_window()
-        self.atspi().Action.do_action(self.icon_button(), 0)
+        self.press_as_a_screen_reader(self.icon_button())
         self.find("dialog", "Choose a icon image")
 
     def test_the_chooser_names_everything_too(self):

@@ -8,12 +8,14 @@ import os
 import re
 import shutil
 import subprocess
-import time
 
 from road import PROGRAMS, RoadTest
 
 # Set to a folder to keep the pictures that the cases take.
 PICTURES = os.environ.get("KESTRAV_PICTURES")
+
+# Seconds for what comes at once on an idle machine.
+PATIENCE = 30
 
 
 def run(*command, **options):
@@ -34,7 +36,7 @@ class DesktopTest(RoadTest):
         self.start_display()
         self.window = None
 
-    def wait_until(self, condition, otherwise, process=None, seconds=20):
+    def wait_until(self, condition, otherwise, process=None, seconds=PATIENCE):
         try:
             super().wait_until(condition, otherwise, process, seconds)
         except self.failureException:
@@ -110,12 +112,19 @@ class DesktopTest(RoadTest):
     # -- the program -----------------------------------------------------------------------------------------------
 
     def open_window(self, plugged=True, ready=True):
-        """Starts the program and waits until the window can be used."""
+        """Starts the program and waits until the window can be used, with the mouse and with the keyboard."""
         self.window = self.launch(plugged)
         if ready:
-            self.wait_until(lambda: self.status_line() == "Installed successfully!", "the window is not ready")
-            self.wait_until(self.has_the_keyboard, "the window manager doesn't give the window its keys")
+            self.wait_until(lambda: self.status_line() == "Installed successfully!", "nothing was installed",
+                            self.window)
+            self.wait_until_usable()
         return self.window
+
+    def wait_until_usable(self):
+        """What comes earlier is thrown away, as it is while an update runs."""
+        for state in ("SENSITIVE", "FOCUSED"):
+            self.wait_until(lambda: self.is_in_state(("push button", "Update Firmware…"), state),
+                            f"the firmware button is not {state}")
 
     def launch(self, plugged=True):
         program = [PROGRAMS / "kestrav"]
@@ -124,7 +133,7 @@ class DesktopTest(RoadTest):
         with open(self.output, "wb") as output:
             return self.start(command, stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.STDOUT)
 
-    def exit_status(self, seconds=20):
+    def exit_status(self, seconds=PATIENCE):
         """As a shell says it: 128 and the signal's number where a signal ended the program."""
         status = self.window.wait(timeout=seconds)
         return status if status >= 0 else 128 - status
@@ -136,6 +145,7 @@ class DesktopTest(RoadTest):
         import gi
         gi.require_version("Atspi", "2.0")
         from gi.repository import Atspi
+        Atspi.set_timeout(PATIENCE * 1000, PATIENCE * 1000)
         return Atspi
 
     def nodes(self):
@@ -170,7 +180,7 @@ class DesktopTest(RoadTest):
                 continue
         return None
 
-    def find(self, role, name=None, seconds=20):
+    def find(self, role, name=None, seconds=PATIENCE):
         found = []
         self.wait_until(lambda: found.append(self.look_for(role, name)) or found[-1], f"there is no {role} {name}",
                         seconds=seconds)
@@ -178,6 +188,17 @@ class DesktopTest(RoadTest):
 
     def has(self, node, state):
         return node.get_state_set().contains(getattr(self.atspi().StateType, state))
+
+    def is_in_state(self, role_and_name, state):
+        """Whether there is such an object and it is in this state; it may go away meanwhile."""
+        node = self.look_for(*role_and_name)
+        try:
+            return node is not None and self.has(node, state)
+        except Exception:  # pylint: disable=broad-except
+            return False
+
+    def wait_until_gone(self, role, name=None):
+        self.wait_until(lambda: self.look_for(role, name) is None, f"the {role} {name} is still there")
 
     def firmware_button(self):
         return self.find("push button", "Update Firmware…")
@@ -199,20 +220,21 @@ class DesktopTest(RoadTest):
     def status_line(self):
         return self.text_of("text", "System message")
 
-    def wait_for_log(self, lines, seconds=30):
+    def wait_for_log(self, lines, seconds=PATIENCE):
         expected = "".join(line + "\n" for line in lines)
         self.wait_until(lambda: self.log() == expected, f"the log is not {expected!r}", seconds=seconds)
+
+    def alert_texts(self):
+        """The texts of the alert that has come up, or is to come, once it can be answered."""
+        self.find("alert")
+        self.wait_until(lambda: self.is_in_state(("push button", "OK"), "FOCUSED"), "the alert has no focus")
+        return [node.get_name() for node in self.nodes() if node.get_role_name() == "label"]
 
     def windows(self):
         """The windows on the screen that are the program's: menus, too, which are no part of the tree."""
         found = subprocess.run(["xdotool", "search", "--onlyvisible", "--class", "^kestrav$"], env=self.environment,
                                capture_output=True, text=True, check=False)
         return found.stdout.split()
-
-    def has_the_keyboard(self):
-        active = subprocess.run(["xdotool", "getactivewindow", "getwindowname"], env=self.environment,
-                                capture_output=True, text=True, check=False)
-        return active.stdout.strip() == "Kestrav"
 
     def box(self, node):
         extents = self.atspi().Component.get_extents(node, self.atspi().CoordType.SCREEN)
@@ -242,7 +264,6 @@ class DesktopTest(RoadTest):
     def keys(self, *names):
         for name in names:
             self.xdotool("key", "--clearmodifiers", name)
-            time.sleep(0.1)
 
     def write(self, text):
         self.xdotool("type", "--delay", "5", text)
@@ -254,6 +275,27 @@ class DesktopTest(RoadTest):
     def choose(self, path, title):
         """Names a file in the chooser that has come up, and confirms."""
         self.find("dialog", title)
-        self.wait_until(lambda: self.has(self.find("text", "File name:"), "FOCUSED"), "the chooser has no focus")
+        self.name_a_file(path)
+
+    def press_as_a_screen_reader(self, node):
+        """Not through the pointer and the keyboard; a disabled button may say that it can't be pressed."""
+        try:
+            self.atspi().Action.do_action(node, 0)
+        except Exception:  # pylint: disable=broad-except
+            pass
+
+    def dismiss(self, title):
+        """Leaves the chooser that has come up, or is to come, without a choice."""
+        self.find("dialog", title)
+        self.wait_until(lambda: self.is_in_state(("text", "File name:"), "FOCUSED"), "the chooser has no focus")
+        self.keys("Escape")
+        self.wait_until_gone("dialog", title)
+
+    def name_a_file(self, path):
+        """In the chooser that has come up, whichever it is."""
+        field = ("text", "File name:")
+        self.wait_until(lambda: self.is_in_state(field, "FOCUSED"), "the chooser has no focus")
+        self.keys("ctrl+a")
         self.write(str(path))
+        self.wait_until(lambda: self.text_of(*field) == str(path), "the name was not taken")
         self.keys("Return")

@@ -22,11 +22,31 @@ class Launch(DesktopTest):
             self.assertEqual(self.exit_status(), 0)
             os.remove("/usr/local/libexec/com.corvatel.KestravHelper")
 
+    def test_nothing_can_be_pressed_before_it_is_installed(self):
+        """A prompt for a password may stand there for minutes."""
+        installer, go_on = Path("/usr/libexec/kestrav/kestrav-bless"), self.folder / "go-on"
+        installer.rename(f"{installer}.real")
+        installer.write_text(f'#!/bin/sh\nuntil [ -e {go_on} ]; do sleep 0.05; done\nexec {installer}.real "$@"\n')
+        installer.chmod(0o755)
+        self.open_window(ready=False)
+        buttons = self.firmware_button(), self.icon_button()
+        for button in buttons:
+            self.wait_until(lambda button=button: not self.has(button, "SENSITIVE"), "a button is not locked")
+            self.press_as_a_screen_reader(button)
+            self.click(button)
+        self.keys("alt+f", "ctrl+q")
+        self.assertFalse(Path("/usr/local/libexec/com.corvatel.KestravHelper").exists())
+        go_on.touch()
+        self.wait_until_usable()
+        self.assertEqual(len(self.windows()), 1)
+        self.assertEqual(self.status_line(), "Installed successfully!")
+        self.keys("alt+i")
+        self.dismiss("Choose a icon image")
+
     def test_a_failure_shows_one_alert_and_ends_with_status_1(self):
         os.remove("/usr/libexec/kestrav/kestrav-bless")
         self.open_window(ready=False)
-        self.find("alert")
-        said = [node.get_name() for node in self.nodes() if node.get_role_name() == "label"]
+        said = self.alert_texts()
         self.assertEqual(len([text for text in said if text.startswith("Authorization failure: ")]), 1, said)
         self.picture("alert")
         self.keys("Return")
@@ -36,8 +56,7 @@ class Launch(DesktopTest):
     def test_an_installer_that_refuses_is_told_in_the_same_way(self):
         os.chmod("/usr/libexec/kestrav/kestrav-helper", 0o777)
         self.open_window(ready=False)
-        self.find("alert")
-        said = [node.get_name() for node in self.nodes() if node.get_role_name() == "label"]
+        said = self.alert_texts()
         self.assertTrue(any(text.startswith("Authorization failure: ") and "kestrav-helper" in text for text in said),
                         said)
         self.keys("Escape")

@@ -17,7 +17,7 @@ class WindowLog(DesktopTest):
                  "Failed writing to device.", "End firmware processing."]
         self.wait_for_log(lines)
         self.content = "".join(line + "\r\n" for line in lines).encode()
-        self.wait_until(lambda: self.has(self.firmware_button(), "FOCUSED"), "the button has lost the focus")
+        self.wait_until_usable()
 
     def clipboard(self):
         return subprocess.run(["xclip", "-selection", "clipboard", "-o"], env=self.environment, capture_output=True,
@@ -51,10 +51,7 @@ class WindowLog(DesktopTest):
 
     def save_as(self, path):
         self.find("dialog", "Save the log")
-        self.wait_until(lambda: self.has(self.find("text", "File name:"), "FOCUSED"), "the chooser has no focus")
-        self.keys("ctrl+a")
-        self.write(str(path))
-        self.keys("Return")
+        self.name_a_file(path)
         self.wait_until(path.exists, "nothing was saved")
         self.assertEqual(path.read_bytes(), self.content)
 

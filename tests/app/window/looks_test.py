@@ -72,7 +72,8 @@ class Looks(DesktopTest):
         self.keys("alt+f")
         self.find("dialog", "Choose a firmware image")
         self.picture("chooser")
-        self.keys("Escape")
+        self.dismiss("Choose a firmware image")
+        self.wait_until_usable()
         self.picture("window")
 
     def test_three_times_the_size(self):

@@ -54,8 +54,7 @@ class Quit(DesktopTest):
         folder.write_text("in the way")
         self.open_window()
         self.keys("alt+F4")
-        self.find("alert")
-        said = [node.get_name() for node in self.nodes() if node.get_role_name() == "label"]
+        said = self.alert_texts()
         self.assertIn("Failed to initialize the application's saved data", said)
         self.assertIn(f"Expected a folder to store application data, found a file {folder}.", said)
         self.picture("error")

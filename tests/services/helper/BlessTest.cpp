@@ -7,6 +7,7 @@
 #include <map>
 #include <string>
 #include <sys/file.h>
+#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -230,6 +231,47 @@ TEST_F(Bless, ExchangesNothingWhenThereIsNoRoomForAll) {
     EXPECT_EQ(run.err, std::string("The file ") + kProgram + " can't be written: File too large.\n");
     EXPECT_EQ(contents(kProgram), "the helper's program");
     EXPECT_FALSE(fs::exists(kActivation));
+}
+
+/// A pipe by that name which is full and which nobody reads, as long as the result lives.
+UniqueFd fullPipe(const char* path) {
+    if (::mkfifo(path, 0600) != 0) return {};
+    UniqueFd pipe(::open(path, O_RDWR | O_NONBLOCK | O_CLOEXEC));
+    const std::string filling(4096, 'x');
+    while (::write(pipe.get(), filling.data(), filling.size()) > 0) {
+    }
+    return pipe;
+}
+
+bool endsSoon(const ChildProcess& process) {
+    for (int i = 0; i < 3000 && process.runs(); ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    return !process.runs();
+}
+
+class BlessUnread : public Bless, public testing::WithParamInterface<const char*> {};
+
+TEST_P(BlessUnread, EndsAllTheSame) {
+    const UniqueFd pipe = fullPipe("/run/full");
+    ASSERT_TRUE(pipe);
+    ChildProcess run = ChildProcess::start({"/bin/sh", "-c", std::string(kBless) + GetParam() + " >/run/full 2>&1"});
+    EXPECT_TRUE(endsSoon(run)) << "waits for somebody to read";
+}
+
+INSTANTIATE_TEST_SUITE_P(Words, BlessUnread, testing::Values(" install", " uninstall", " nonsense"),
+                         [](const auto& row) { return std::string(row.param + 1); });
+
+TEST_F(Bless, KeepsWhatUdevadmSaysFromAReaderThatDoesNotRead) {
+    const UniqueFd pipe = fullPipe("/run/full");
+    ASSERT_TRUE(pipe);
+    fs::create_directory("/run/udev");
+    write("/run/udev/control", "");
+    write("/run/talkative", "#!/bin/sh\necho said >&2\necho said\n");
+    fs::permissions("/run/talkative", fs::perms(0755));
+    ASSERT_EQ(::mount("/run/talkative", "/usr/bin/udevadm", nullptr, MS_BIND, nullptr), 0);
+    ChildProcess run = ChildProcess::start({"/bin/sh", "-c", std::string(kBless) + " install >/run/full 2>&1"});
+    EXPECT_TRUE(endsSoon(run)) << "udevadm waits for somebody to read";
+    EXPECT_EQ(run.wait(), 0);
 }
 
 class BlessWaits : public Bless, public testing::WithParamInterface<const char*> {};

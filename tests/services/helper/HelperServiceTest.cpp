@@ -1,14 +1,17 @@
 #include <chrono>
 #include <csignal>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <list>
 #include <string>
+#include <sys/stat.h>
 #include <thread>
 #include <vector>
 
+#include "base/UniqueFd.h"
 #include "tests/room/PasswordAgent.h"
 #include "tests/services/helper/RunningHelper.h"
 
@@ -70,6 +73,30 @@ TEST_F(Helper, SaysThatThereIsNoBus) {
     const ProgramRun run = runProgram({KESTRAV_HELPER});
     EXPECT_EQ(run.exitStatus, 1);
     EXPECT_THAT(run.err, HasSubstr("The helper can't serve on the system bus: "));
+}
+
+TEST_F(Helper, ServesWhileNobodyReadsItsErrors) {
+    startDaemons();
+    ASSERT_EQ(::mkfifo("/run/errors", 0600), 0);
+    const UniqueFd pipe(::open("/run/errors", O_RDWR | O_NONBLOCK | O_CLOEXEC));
+    const std::string filling(4096, 'x');
+    while (::write(pipe.get(), filling.data(), filling.size()) > 0) {
+    }
+    startHelper("/run/errors");
+    UserProcess user(0, callUnmount);
+    user.go();
+    ASSERT_TRUE(user.endsWithin(30s)) << "waits for somebody to read";
+    EXPECT_EQ(user.result(), "sdzz1 was not mounted.");
+}
+
+TEST_F(Helper, ServesWhenNobodyCanReadItsErrors) {
+    startDaemons();
+    ASSERT_EQ(::mkfifo("/run/errors", 0600), 0);
+    UniqueFd pipe(::open("/run/errors", O_RDWR | O_NONBLOCK | O_CLOEXEC));
+    startHelper("/run/errors");
+    pipe.reset();
+    EXPECT_EQ(callUnmount(), "sdzz1 was not mounted.");
+    EXPECT_TRUE(helper_.runs());
 }
 
 TEST_F(Helper, LetsNobodyElseTakeItsName) {

@@ -92,15 +92,16 @@ class Helper : public testing::Test {
     }
 
     /// Starts the helper in this test's view of devices; the bus would start it in the real one.
-    void startHelper() {
+    /// What it writes to its standard error goes to the file `errors`.
+    void startHelper(const std::string& errors = kLog) {
         std::vector<std::string> environment;
         for (const char* name : {"LD_PRELOAD", "UMOCKDEV_DIR"}) {
             if (const char* value = std::getenv(name); value != nullptr) {
                 environment.push_back(std::string(name) + "=" + value);
             }
         }
-        helper_ =
-            ChildProcess::start({"/bin/sh", "-c", std::string("exec ") + KESTRAV_HELPER + " 2>>" + kLog}, environment);
+        helper_ = ChildProcess::start({"/bin/sh", "-c", std::string("exec ") + KESTRAV_HELPER + " 2>>" + errors},
+                                      environment);
         ASSERT_TRUE(holdsWithin(std::chrono::seconds(10), helperHasItsName));
     }
 

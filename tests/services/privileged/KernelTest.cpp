@@ -1,5 +1,6 @@
 // The gate on real block devices, real mounts and real exclusive opening. Needs root.
 
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
@@ -27,6 +28,7 @@
 #include "services/privileged/UdevBlockDevices.h"
 #include "tests/services/LoopDisk.h"
 #include "tests/services/RecordingLog.h"
+#include "tests/services/SlowFolder.h"
 #include "tests/services/TemporaryFolder.h"
 
 namespace kestrav {
@@ -145,6 +147,18 @@ class GateOnKernel : public testing::Test {
     MountinfoTable mounts_;
     RecordingLog log_;
 };
+
+TEST_F(GateOnKernel, LetsTheDiskGoWhenTheImagesFileSystemStopsAnswering) {
+    if (!SlowFolder::isPossible()) GTEST_SKIP() << "needs a kernel with FUSE";
+    fs::create_directory(folder_.path() / "slow");
+    const SlowFolder slow(folder_.path() / "slow", {.size = 3'000'000, .stallsFrom = 0});
+    Gate gate(*devices_, mounts_, log_, {.toOpen = std::chrono::seconds(20), .toRead = std::chrono::milliseconds(300)});
+    const std::vector<std::string> arguments{"if=" + slow.image(), "of=/dev/r" + disk_->name(), "seek=1536", "bs=512"};
+    EXPECT_EQ(gate.perform(callerWithUid(0).value(), "dd", arguments),
+              "Failed: the file system of the image stopped answering. Nothing was written.");
+    EXPECT_TRUE(onDisk() == before_);
+    EXPECT_THAT(write(folder_.file("image", "x")), StartsWith("Wrote 1 bytes"));
+}
 
 TEST_F(GateOnKernel, WritesPastTheSystemsCache) {
     const std::string image = patternOf(3'000'001, 3);
