@@ -13,6 +13,8 @@
 #include <unistd.h>
 #include <utility>
 
+#include "tests/signalOne.h"
+
 namespace kestrav {
 namespace {
 
@@ -57,7 +59,7 @@ ChildProcess ChildProcess::start(const std::vector<std::string>& words, const st
 
 void ChildProcess::end() {
     if (pid_ <= 0) return;
-    ::kill(pid_, SIGKILL);
+    signalOne(pid_, SIGKILL);
     wait();
 }
 

@@ -13,6 +13,7 @@
 #include <unistd.h>
 
 #include "tests/room/runProgram.h"
+#include "tests/signalOne.h"
 
 namespace kestrav {
 namespace {
@@ -77,7 +78,7 @@ void SystemDaemons::startPolkitd() {
 }
 
 void SystemDaemons::stopPolkitd() const {
-    ::kill(polkitd_.pid(), SIGSTOP);
+    signalOne(polkitd_.pid(), SIGSTOP);
 }
 
 void SystemDaemons::addRule(const std::string& javascript) {

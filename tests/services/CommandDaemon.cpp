@@ -14,6 +14,8 @@
 #include <thread>
 #include <unistd.h>
 
+#include "tests/signalOne.h"
+
 namespace kestrav {
 namespace {
 
@@ -69,7 +71,7 @@ CommandDaemon::CommandDaemon(const Conditions& conditions) {
 
 CommandDaemon::~CommandDaemon() {
     if (ended_) return;
-    ::kill(pid_, SIGKILL);
+    signalOne(pid_, SIGKILL);
     ::waitpid(pid_, nullptr, 0);
 }
 
@@ -78,7 +80,7 @@ std::string CommandDaemon::log() const {
 }
 
 void CommandDaemon::signal(int number) const {
-    ::kill(pid_, number);
+    signalOne(pid_, number);
 }
 
 bool CommandDaemon::runs() {

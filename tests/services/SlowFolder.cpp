@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "base/UniqueFd.h"
+#include "tests/signalOne.h"
 
 namespace kestrav {
 namespace {
@@ -161,7 +162,7 @@ SlowFolder::SlowFolder(std::string place, const Behaviour& behaviour) : place_(s
 
 void SlowFolder::end() {
     if (server_ <= 0) return;
-    ::kill(server_, SIGKILL);
+    signalOne(server_, SIGKILL);
     ::waitpid(server_, nullptr, 0);
     server_ = -1;
     ::umount2(place_.c_str(), MNT_DETACH);

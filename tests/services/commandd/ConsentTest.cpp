@@ -218,6 +218,26 @@ TEST_F(CommandsOfAUser, AreRefusedWhenPolkitIsKilledWhileItAsks) {
     expectOneRefusal(kAdmin, "Refused: the authorization service (polkit) could not decide");
 }
 
+TEST_F(CommandsOfAUser, AreRefusedWhenTheBusIsKilledInMidQuestionAndAskedAboutWhenItIsBack) {
+    start();
+    UserProcess user = writeAs(kAdmin);
+    PasswordAgent agent(user.pid(), kAdmin);
+    user.go();
+    ASSERT_TRUE(agent.isAsked()) << agent.shown();
+    daemons_.killBus();
+    daemons_.killPolkitd();
+    EXPECT_THAT(user.result(), StartsWith("Refused: the authorization service (polkit) c"));
+    expectOneRefusal(kAdmin, "Refused: the authorization service (polkit) c");
+    daemons_.startBus();
+    daemons_.startPolkitd();
+    UserProcess again = writeAs(kAdmin);
+    PasswordAgent secondAgent(again.pid(), kAdmin);
+    again.go();
+    ASSERT_TRUE(secondAgent.isAsked()) << secondAgent.shown();
+    secondAgent.type("secret\n");
+    EXPECT_THAT(again.result(), StartsWith("Wrote 40000 bytes"));
+}
+
 TEST_F(CommandsOfAUser, AreRefusedWithoutABus) {
     daemon_.emplace();
     UserProcess user = writeAs(kAdmin);

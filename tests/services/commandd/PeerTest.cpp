@@ -1,6 +1,5 @@
 #include <arpa/inet.h>
 #include <chrono>
-#include <functional>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
@@ -11,18 +10,16 @@
 #include <thread>
 #include <unistd.h>
 #include <utility>
-#include <variant>
-#include <vector>
 
 #include "services/commandd/CallerJudge.h"
 #include "services/commandd/Connection.h"
 #include "services/commandd/PeerIdentity.h"
 #include "services/commandd/RequestRunner.h"
-#include "services/privileged/Consent.h"
 #include "services/privileged/Gate.h"
 #include "services/privileged/RequestLog.h"
 #include "tests/services/CommandDaemon.h"
 #include "tests/services/RecordingLog.h"
+#include "tests/services/commandd/FakeConsent.h"
 
 namespace kestrav {
 namespace {
@@ -138,26 +135,6 @@ TEST(RootAndOwnUser, TurnsEveryoneElseAway) {
     EXPECT_EQ(judge.refusal(1001), "user 1001 may not write the accessory; an administrator has to.");
     EXPECT_TRUE(judge.refusal(65534));
 }
-
-/// No device at all, and a note of having been asked.
-class NoDevices final : public BlockDevices {
-  public:
-    Outcome<BlockDevice> find(dev_t) const override { return refused("no such device."); }
-    Outcome<std::vector<dev_t>> diskAndPartitions(dev_t) const override { return refused("no such device."); }
-    std::vector<std::string> builtOnTopOf(dev_t) const override { return {}; }
-};
-
-/// Answers as it is told, and keeps who was asked about.
-class FakeConsent final : public Consent {
-  public:
-    std::optional<Problem> answer;
-    std::vector<AskingProcess> askedAbout;
-
-    std::optional<Problem> refusal(const ConsentSubject& subject, bool, const std::function<bool()>&) override {
-        askedAbout.push_back(std::get<AskingProcess>(subject));
-        return answer;
-    }
-};
 
 class RunRequest : public testing::Test {
   protected:

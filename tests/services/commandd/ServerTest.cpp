@@ -25,6 +25,7 @@
 #include "tests/services/CommandDaemon.h"
 #include "tests/services/TemporaryFolder.h"
 #include "tests/services/linesSaying.h"
+#include "tests/signalOne.h"
 
 namespace kestrav {
 namespace {
@@ -71,6 +72,7 @@ TEST(Server, LetsRequestsEndThatWereBegunBeforeItFailed) {
     UniqueFd listener = listenOnFreePort(port);
     ASSERT_EQ(::fcntl(listener.get(), F_SETFL, O_NONBLOCK), 0);  // as the server expects it
     const pid_t server = ::fork();
+    ASSERT_GE(server, 0);
     if (server == 0) {
         FailingLog failing;
         RequestLog log(failing);
@@ -96,6 +98,7 @@ TEST(Server, SaysByItselfHowManyRefusalsItOnlyCounted) {
     UniqueFd listener = listenOnFreePort(port);
     ASSERT_EQ(::fcntl(listener.get(), F_SETFL, O_NONBLOCK), 0);
     const pid_t server = ::fork();
+    ASSERT_GE(server, 0);
     if (server == 0) {
         FileLog file(path);
         RequestLog log(file, std::chrono::seconds(1));
@@ -108,7 +111,7 @@ TEST(Server, SaysByItselfHowManyRefusalsItOnlyCounted) {
     for (int i = 0; i < 2000 && linesSaying(contentsOf(path), "not listed") == 0; ++i)
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     EXPECT_EQ(linesSaying(contentsOf(path), "unknown users: 5 more refusals within a minute are not listed"), 1U);
-    ::kill(server, SIGKILL);
+    signalOne(server, SIGKILL);
     ::waitpid(server, nullptr, 0);
 }
 

@@ -261,14 +261,45 @@ TEST_P(BlessUnread, EndsAllTheSame) {
 INSTANTIATE_TEST_SUITE_P(Words, BlessUnread, testing::Values(" install", " uninstall", " nonsense"),
                          [](const auto& row) { return std::string(row.param + 1); });
 
+/// Has udev seem to run, and a script of the shell stand in for udevadm.
+void standInForUdevadm(const std::string& script) {
+    fs::create_directory("/run/udev");
+    write("/run/udev/control", "");
+    write("/run/udevadm", "#!/bin/sh\n" + script);
+    fs::permissions("/run/udevadm", fs::perms(0755));
+    ASSERT_EQ(::mount("/run/udevadm", "/usr/bin/udevadm", nullptr, MS_BIND, nullptr), 0);
+}
+
+TEST_F(Bless, HasUdevReadItsRulesAndLookAtTheAccessoryAgain) {
+    standInForUdevadm("echo \"$@\" >>/run/calls\n");
+    ASSERT_EQ(bless("install").exitStatus, 0);
+    const std::string both =
+        "control --reload\n"
+        "trigger --subsystem-match=block --property-match=ID_VENDOR_ID=10d6 --property-match=ID_MODEL_ID=fd01\n";
+    EXPECT_EQ(contents("/run/calls"), both);
+    ASSERT_EQ(bless("install").exitStatus, 0);
+    EXPECT_EQ(contents("/run/calls"), both) << "told again although nothing changed";
+    ASSERT_EQ(bless("uninstall").exitStatus, 0);
+    EXPECT_EQ(contents("/run/calls"), both + both);
+}
+
+TEST_F(Bless, FinishesAnInstallationThatTheSystemDidNotTake) {
+    standInForUdevadm("[ ! -e /run/broken ]\n");
+    write("/run/broken", "");
+    const ProgramRun run = bless("install");
+    EXPECT_EQ(run.exitStatus, 1);
+    EXPECT_EQ(run.err, "/usr/bin/udevadm did not take the change. Restart the computer.\n");
+    EXPECT_EQ(bless("install").exitStatus, 1) << "passed for finished";
+    fs::remove("/run/broken");
+    EXPECT_EQ(bless("install").out, "The helper is installed.\n");
+    EXPECT_EQ(bless("install").out, "The helper is installed already.\n");
+    EXPECT_THAT(leftOver(), IsEmpty());
+}
+
 TEST_F(Bless, KeepsWhatUdevadmSaysFromAReaderThatDoesNotRead) {
     const UniqueFd pipe = fullPipe("/run/full");
     ASSERT_TRUE(pipe);
-    fs::create_directory("/run/udev");
-    write("/run/udev/control", "");
-    write("/run/talkative", "#!/bin/sh\necho said >&2\necho said\n");
-    fs::permissions("/run/talkative", fs::perms(0755));
-    ASSERT_EQ(::mount("/run/talkative", "/usr/bin/udevadm", nullptr, MS_BIND, nullptr), 0);
+    standInForUdevadm("echo said >&2\necho said\n");
     ChildProcess run = ChildProcess::start({"/bin/sh", "-c", std::string(kBless) + " install >/run/full 2>&1"});
     EXPECT_TRUE(endsSoon(run)) << "udevadm waits for somebody to read";
     EXPECT_EQ(run.wait(), 0);

@@ -13,6 +13,7 @@
 #include "tests/room/DismissingAgent.h"
 #include "tests/room/PasswordAgent.h"
 #include "tests/services/helper/RunningHelper.h"
+#include "tests/signalOne.h"
 
 namespace kestrav {
 namespace {
@@ -162,7 +163,7 @@ TEST_F(Helper, DoesNotLetAStrangerFillItsLog) {
     });
     user.go();
     EXPECT_THAT(user.result(), StartsWith("AccessDenied: Refused: "));
-    ::kill(helper_.pid(), SIGTERM);
+    signalOne(helper_.pid(), SIGTERM);
     EXPECT_EQ(helper_.wait(), 0);
     EXPECT_EQ(linesSaying(log(), "user 4712: umount /dev/sdzzs1: Refused: "), 20U);
     EXPECT_EQ(linesSaying(log(), "user 4712: 11 more refusals within a minute are not listed"), 1U) << log();

@@ -14,6 +14,7 @@
 #include "base/UniqueFd.h"
 #include "tests/room/PasswordAgent.h"
 #include "tests/services/helper/RunningHelper.h"
+#include "tests/signalOne.h"
 
 namespace kestrav {
 namespace {
@@ -52,7 +53,7 @@ TEST_F(Helper, SaysWhenARequestsProcessWasKilled) {
     PasswordAgent agent(user.pid(), kAdmin);
     user.go();
     ASSERT_TRUE(agent.isAsked()) << agent.shown();
-    ::kill(jobProcess(), SIGKILL);
+    signalOne(jobProcess(), SIGKILL);
     EXPECT_EQ(user.result(),
               "Failed: Failed: the request's process ended before it was done. If it was a write, repeat it.");
     EXPECT_EQ(callUnmount(), "sdzz1 was not mounted.") << "the helper itself did not survive";
@@ -182,11 +183,11 @@ TEST_F(HelperOnALargeDisk, WaitsForAJobOfAMinute) {
     user.go();
     const pid_t job = jobProcess();
     ASSERT_TRUE(isWriting());
-    ::kill(job, SIGSTOP);
+    signalOne(job, SIGSTOP);
     // The idle minute passes meanwhile as well.
     std::this_thread::sleep_for(63s);
     EXPECT_TRUE(helper_.runs());
-    ::kill(job, SIGCONT);
+    signalOne(job, SIGCONT);
     EXPECT_THAT(user.result(), StartsWith("Wrote 157286400 bytes"));
 }
 
@@ -204,7 +205,7 @@ TEST_F(Helper, EndsItselfAfterAnIdleMinute) {
 TEST_F(Helper, EndsOnSigtermAtOnceWhenIdle) {
     startDaemons();
     startHelper();
-    ::kill(helper_.pid(), SIGTERM);
+    signalOne(helper_.pid(), SIGTERM);
     EXPECT_EQ(helper_.wait(), 0);
 }
 
@@ -216,12 +217,12 @@ TEST_F(HelperOnALargeDisk, EndsOnSigtermAfterTheWorkThatRuns) {
     user.go();
     const pid_t job = jobProcess();
     ASSERT_TRUE(isWriting());
-    ::kill(job, SIGSTOP);
-    ::kill(helper_.pid(), SIGTERM);
+    signalOne(job, SIGSTOP);
+    signalOne(helper_.pid(), SIGTERM);
     std::this_thread::sleep_for(300ms);
     EXPECT_TRUE(helper_.runs());
     EXPECT_EQ(callUnmount(), "Failed: Refused: the helper is being stopped; try again in a moment.");
-    ::kill(job, SIGCONT);
+    signalOne(job, SIGCONT);
     EXPECT_THAT(user.result(), StartsWith("Wrote 157286400 bytes"));
     EXPECT_EQ(helper_.wait(), 0);
 }
@@ -233,7 +234,7 @@ TEST_F(Helper, DoesNotLetAPromptHoldUpItsEnd) {
     PasswordAgent agent(user.pid(), kAdmin);
     user.go();
     ASSERT_TRUE(agent.isAsked()) << agent.shown();
-    ::kill(helper_.pid(), SIGTERM);
+    signalOne(helper_.pid(), SIGTERM);
     EXPECT_EQ(helper_.wait(), 0);
     EXPECT_EQ(user.result(), "Failed: Refused: the helper is being stopped; try again in a moment.");
     expectOneRefusal(kAdmin, "bs=512: Refused: the helper is being stopped");

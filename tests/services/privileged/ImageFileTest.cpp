@@ -19,6 +19,7 @@
 #include "base/UniqueFd.h"
 #include "services/privileged/ImageFile.h"
 #include "tests/services/TemporaryFolder.h"
+#include "tests/signalOne.h"
 
 namespace kestrav {
 namespace {
@@ -88,10 +89,10 @@ TEST(ImageFile, GivesAReaderUpThatDoesNotAnswer) {
     ASSERT_TRUE(image);
     const auto readers = childrenOfThis();
     ASSERT_EQ(readers.size(), 1U);
-    ::kill(readers.front(), SIGSTOP);
+    signalOne(readers.front(), SIGSTOP);
     std::array<std::byte, 8> bytes{};
     EXPECT_EQ(image.value().read(0, bytes), std::errc::timed_out);
-    ::kill(readers.front(), SIGCONT);
+    signalOne(readers.front(), SIGCONT);
     EXPECT_EQ(image.value().read(0, bytes), std::errc::timed_out) << "a late answer was taken";
     EXPECT_EQ(image.value().lengthError(), std::errc::timed_out);
 }
@@ -100,7 +101,7 @@ TEST(ImageFile, SaysWhenItsReaderWasEnded) {
     const TemporaryFolder folder;
     const auto image = ImageFile::open(folder.file("image", "firmware"), self());
     ASSERT_TRUE(image);
-    ::kill(childrenOfThis().at(0), SIGKILL);
+    signalOne(childrenOfThis().at(0), SIGKILL);
     std::array<std::byte, 8> bytes{};
     EXPECT_EQ(image.value().read(0, bytes), std::errc::io_error);
     EXPECT_EQ(image.value().lengthError(), std::errc::io_error);
@@ -122,8 +123,8 @@ TEST(ImageFile, EndsItsReaderWithTheProcessThatUsesIt) {
     }
     pid_t reader = -1;
     ASSERT_EQ(::read(told.get(), &reader, sizeof reader), static_cast<ssize_t>(sizeof reader));
-    ::kill(reader, SIGSTOP);  // so that it can't notice by itself
-    ::kill(user, SIGKILL);
+    signalOne(reader, SIGSTOP);  // so that it can't notice by itself
+    signalOne(user, SIGKILL);
     ::waitpid(user, nullptr, 0);
     const auto isGone = [reader] {
         std::ifstream stat("/proc/" + std::to_string(reader) + "/stat");

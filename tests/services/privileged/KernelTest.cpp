@@ -33,6 +33,7 @@
 #include "tests/services/RecordingLog.h"
 #include "tests/services/SlowFolder.h"
 #include "tests/services/TemporaryFolder.h"
+#include "tests/signalOne.h"
 
 namespace kestrav {
 namespace {
@@ -90,7 +91,7 @@ class Bystander {
         began_ = ::read(ready.get(), &done, 1) == 1 && done == 'y';
     }
     ~Bystander() {
-        ::kill(pid_, SIGKILL);
+        signalOne(pid_, SIGKILL);
         ::waitpid(pid_, nullptr, 0);
     }
     Bystander(const Bystander&) = delete;
