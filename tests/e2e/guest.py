@@ -9,7 +9,7 @@ import tarfile
 import time
 from pathlib import Path
 
-from kernel import HERE, Kernel, require
+from kernel import HERE, Kernel
 
 ROOT = HERE.parents[1]
 PORTS = ("root", "anna", "ben")
@@ -37,7 +37,6 @@ class Guest:
     """`disks` maps a name (as in /dev/disk/by-id/virtio-NAME) to the file that is the disk."""
 
     def __init__(self, cache, folder, disks):
-        require("qemu-system-x86_64", "modprobe", "depmod", "dpkg-deb")
         kernel = Kernel(cache)
         self.folder = folder
         self.exchange = folder / "exchange"
