@@ -12,7 +12,7 @@
 
 namespace kestrav {
 
-class SystemLog;
+class RequestLog;
 
 /// The one way to anything that is done with root's rights: every command line of every service passes it.
 ///
@@ -22,7 +22,7 @@ class SystemLog;
 class Gate {
   public:
     /// Nothing is owned; all outlive this object.
-    Gate(const BlockDevices& devices, const MountTable& mounts, SystemLog& log, ImagePatience patience = {})
+    Gate(const BlockDevices& devices, const MountTable& mounts, RequestLog& log, ImagePatience patience = {})
         : devices_(devices),
           mounts_(mounts),
           log_(log),
@@ -40,7 +40,7 @@ class Gate {
 
     const BlockDevices& devices_;
     const MountTable& mounts_;
-    SystemLog& log_;
+    RequestLog& log_;
     ImagePatience patience_;
 };
 

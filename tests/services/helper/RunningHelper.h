@@ -20,6 +20,7 @@
 #include "tests/services/SimulatedAccessory.h"
 #include "tests/services/TemporaryFolder.h"
 #include "tests/services/helper/HelperCaller.h"
+#include "tests/services/linesSaying.h"
 
 namespace kestrav {
 
@@ -122,6 +123,14 @@ class Helper : public testing::Test {
     bool diskHasTheImage() const {
         std::string after = before_;
         return accessory_->diskBytes() == after.replace(kFirmwareByte, image_.size(), image_);
+    }
+
+    /// Nothing was done, and exactly one line of the log is about that user and says so.
+    void expectOneRefusal(uid_t uid, const std::string& words) const {
+        EXPECT_TRUE(diskIsUntouched());
+        const std::string who = "kestrav-helper: user " + std::to_string(uid) + ": ";
+        EXPECT_EQ(linesSaying(log(), who), 1U) << log();
+        EXPECT_EQ(linesSaying(log(), words), 1U) << log();
     }
 
     const std::string before_;
