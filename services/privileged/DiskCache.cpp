@@ -9,8 +9,8 @@ namespace kestrav {
 namespace {
 
 constexpr unsigned char synchronizeCache = 0x35;
-// Below the minute that an updater waits for its answer.
-constexpr unsigned patience = 45'000;  // milliseconds
+// An updater waits a minute for its answer, and the kernel needs some of it for giving the disk up.
+constexpr unsigned patience = 30'000;  // milliseconds
 
 constexpr std::uint16_t didNoConnect = 0x01;
 constexpr std::uint16_t didTimeOut = 0x03;

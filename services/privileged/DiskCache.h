@@ -8,7 +8,7 @@
 namespace kestrav {
 
 /// Tells the disk behind `node`, which is open for writing, to put on its medium what it holds in a cache of its own,
-/// and waits for its answer, 45 seconds at most.
+/// and waits for its answer, 30 seconds at most.
 ///
 /// fsync(2) does that as well, but repeats the command when the disk answers that it could not keep the bytes. A disk
 /// that reports a lost write once, as the kernel itself does, then says that all is well. So this comes before

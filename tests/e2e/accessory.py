@@ -35,14 +35,14 @@ class Accessory:
         blocks = f"/sys/devices/platform/dummy_hcd.{self.port}/usb*/*/*/host*/target*/*/block/*"
         words = ["plug", self.name, self.port, self.filled(self.table), *self.ids, self.serial, int(self.readonly)]
         self.disk = self.guest.run(
-            "sh", "-euc", f"/e2e/scripts/accessory \"$@\"; for try in $(seq 600); do set -- {blocks};"
+            "sh", "-euc", f"/e2e/tests/e2e/guest/accessory \"$@\"; for try in $(seq 600); do set -- {blocks};"
             " [ -e \"$1/dev\" ] && break; sleep 0.1; done; udevadm settle; basename \"$1\"", "plug", *words).out.strip()
         return self
 
     def pull(self):
         """Pulls the plug, as far as it is in."""
-        self.guest.run("/e2e/scripts/accessory", "pull", self.name)
+        self.guest.run("/e2e/tests/e2e/guest/accessory", "pull", self.name)
 
     def forget(self):
         """Pulled, and nothing of it left in the guest: all that was written to it is in its memory now."""
-        self.guest.run("/e2e/scripts/accessory", "forget", self.name)
+        self.guest.run("/e2e/tests/e2e/guest/accessory", "forget", self.name)

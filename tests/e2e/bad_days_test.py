@@ -87,7 +87,7 @@ class Plug(GuestCase):
         # The first blocks have arrived, as is seen from outside, and the others are kept back.
         self.wait_until(lambda: accessory.slot.read()[FIRMWARE:KEPT_BACK * BLOCK] ==
                         content(size)[:KEPT_BACK * BLOCK - FIRMWARE], "the update does not begin")
-        pulling = self.root.start("/e2e/scripts/accessory", "pull", accessory.name)
+        pulling = self.root.start("/e2e/tests/e2e/guest/accessory", "pull", accessory.name)
         result = update.wait()
         # The gadget is a program of the kernel and waits for its memory, which a real one would have lost.
         accessory.change_memory(SOUND)

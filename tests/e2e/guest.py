@@ -9,7 +9,7 @@ import tarfile
 import time
 from pathlib import Path
 
-from kernel import HERE, Kernel, require
+from kernel import HERE, Kernel
 
 ROOT = HERE.parents[1]
 PORTS = ("root", "anna", "ben")
@@ -37,7 +37,6 @@ class Guest:
     """`disks` maps a name (as in /dev/disk/by-id/virtio-NAME) to the file that is the disk."""
 
     def __init__(self, cache, folder, disks):
-        require("qemu-system-x86_64", "modprobe", "depmod", "dpkg-deb")
         kernel = Kernel(cache)
         self.folder = folder
         self.exchange = folder / "exchange"
@@ -63,7 +62,7 @@ class Guest:
                             "systemd.unit=e2e.target systemd.show_status=false systemd.log_target=kmsg",
                  "-serial", f"file:{self.console}", "-device", "virtio-rng-pci", "-device", "virtio-serial-pci",
                  *share("machine", "/", ",readonly=on"), *share("kernel", kernel.folder, ",readonly=on"),
-                 *share("scripts", HERE / "guest", ",readonly=on"), *share("exchange", self.exchange, "")]
+                 *share("tests", ROOT / "tests", ",readonly=on"), *share("exchange", self.exchange, "")]
         for port in PORTS:
             words += ["-chardev", f"socket,id={port},path={self.folder / port},server=on,wait=off",
                       "-device", f"virtserialport,chardev={port},name={port}"]
@@ -97,7 +96,7 @@ class Guest:
         self.sh(f"chown {name} $(readlink -f /dev/virtio-ports/{name})")
         self.run("systemd-run", "--quiet", f"--unit=e2e-{name}", "-p", "PAMName=login", "-p", f"User={name}",
                  "-p", f"TTYPath=/dev/{terminal}", "-p", "StandardInput=tty", "-p", "StandardOutput=journal",
-                 "-p", f"WorkingDirectory=/home/{name}", "/usr/bin/python3", "/e2e/scripts/agent.py", name)
+                 "-p", f"WorkingDirectory=/home/{name}", "/usr/bin/python3", "/e2e/tests/e2e/guest/agent.py", name)
         self.people[name] = Person(self, name)
         return self.people[name]
 
@@ -135,7 +134,7 @@ class Person:
 
     def __init__(self, guest, name, patience=PATIENCE):
         self.guest, self.name = guest, name
-        self.waiting = b""
+        self.waiting, self.requests = b"", 0
         self.port = socket.socket(socket.AF_UNIX)
         self.connect(time.monotonic() + patience)
         self.answer(patience)  # it says once that it is there
@@ -163,14 +162,17 @@ class Person:
         except TimeoutError:
             raise self.guest.failure(f"no answer from {self.name} in {patience} seconds") from None
         line, self.waiting = self.waiting.split(b"\n", 1)
-        answer = json.loads(line)
+        return json.loads(line)
+
+    def ask(self, patience=PATIENCE, **request):
+        self.requests += 1
+        self.port.sendall(json.dumps({"number": self.requests, **request}).encode() + b"\n")
+        # An answer that came too late for an earlier case is nobody's.
+        while (answer := self.answer(patience)).get("to") != self.requests:
+            pass
         if "error" in answer:
             raise self.guest.failure(f"{self.name}'s agent: {answer['error']}")
         return answer
-
-    def ask(self, patience=PATIENCE, **request):
-        self.port.sendall(json.dumps(request).encode() + b"\n")
-        return self.answer(patience)
 
     def start(self, *argv, terminal=False, environment=None):
         return Job(self, [*map(str, argv)], terminal, environment or {})

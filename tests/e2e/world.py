@@ -11,6 +11,7 @@ class World:
     guest = None
     slots = None
     folder = None
+    lock = None  # held open: two runs would clear away each other's folder
 
     @classmethod
     def begin(cls, folder):

@@ -1,6 +1,6 @@
 """agent.py PORT: does in the guest what the cases ask for through the virtio port of that name.
 
-A request is one line of JSON, and so is its answer. `start` starts a program, in a terminal of its own if wanted, and
+A request is one line of JSON with a number, and so is its answer, with that number in `to`. `start` starts a program, in a terminal of its own if wanted, and
 answers with a number for it; `look` tells what it has said so far and its exit status, null while it runs, and waits
 for its end for some seconds at most; `type` types into its terminal; `end` ends it.
 """
@@ -86,10 +86,11 @@ def main():
             waiting += port.read(65536) or b""
             while b"\n" in waiting:
                 line, waiting = waiting.split(b"\n", 1)
+                request = json.loads(line)
                 try:
-                    say(answer(jobs, json.loads(line)))
+                    say({"to": request["number"], **answer(jobs, request)})
                 except Exception as error:  # pylint: disable=broad-except; the case has to hear of it, whatever it is
-                    say({"error": repr(error)})
+                    say({"to": request["number"], "error": repr(error)})
 
 
 main()
