@@ -1,14 +1,12 @@
 #include "base/SystemLog.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <climits>
-#include <poll.h>
 #include <syslog.h>
 #include <unistd.h>
 #include <utility>
 
 #include "base/utf8.h"
+#include "base/writeWithPatience.h"
 
 namespace kestrav {
 namespace {
@@ -24,11 +22,6 @@ void appendHexadecimal(std::string& shown, char byte) {
     constexpr std::string_view digits = "0123456789abcdef";
     const auto value = static_cast<unsigned char>(byte);
     shown += {'\\', 'x', digits[value >> 4U], digits[value & 15U]};
-}
-
-bool hasRoom(int descriptor) {
-    pollfd writing{descriptor, POLLOUT, 0};
-    return ::poll(&writing, 1, 0) == 1 && (writing.revents & POLLOUT) != 0;
 }
 
 }  // namespace
@@ -52,15 +45,8 @@ void SyslogSystemLog::write(std::string_view entry) {
 }
 
 void SyslogSystemLog::copyToStandardError(std::string_view line) const {
-    while (!line.empty()) {
-        // A pipe that has room at all has room for this much. O_NONBLOCK would say so as well, but it would hold for
-        // everybody who shares the pipe or the terminal.
-        if (slowReader_ == SlowReader::missesLines && !hasRoom(STDERR_FILENO)) return;
-        const ssize_t written = ::write(STDERR_FILENO, line.data(), std::min<std::size_t>(line.size(), PIPE_BUF));
-        if (written < 0 && errno == EINTR) continue;
-        if (written <= 0) return;
-        line.remove_prefix(static_cast<std::size_t>(written));
-    }
+    const bool waits = slowReader_ == SlowReader::isWaitedFor;
+    writeWithPatience(STDERR_FILENO, line, waits ? kEndlessPatience : std::chrono::milliseconds(0));
 }
 
 std::string escapedForTerminal(std::string_view text) {

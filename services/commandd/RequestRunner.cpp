@@ -6,7 +6,6 @@
 #include <optional>
 #include <unistd.h>
 
-#include "base/SystemLog.h"
 #include "services/commandd/CommandRequest.h"
 #include "services/commandd/Connection.h"
 #include "services/commandd/PeerProcess.h"
@@ -14,6 +13,7 @@
 #include "services/privileged/CommandLine.h"
 #include "services/privileged/Consent.h"
 #include "services/privileged/Gate.h"
+#include "services/privileged/RequestLog.h"
 
 namespace kestrav {
 namespace {
@@ -46,7 +46,7 @@ void RequestRunner::run(int connection, const PeerIdentity& peer, std::string_vi
     const std::string who = "user " + std::to_string(peer.uid) + ": ";
     const auto refuse = [&](const Problem& problem) {
         const std::string answer = answerFor(problem);
-        log_.write(who + answer);
+        log_.refused(peer.uid, who + answer);
         sendReply(connection, answer);
     };
     const auto read = readRequest(request);
@@ -60,7 +60,7 @@ void RequestRunner::run(int connection, const PeerIdentity& peer, std::string_vi
     // The last moment at which nothing has happened yet. The socket's number is compared as well: another one could
     // have taken its address.
     if (peerIdentity(connection) != std::optional(peer)) {
-        log_.write(who + "gone before the request was begun; nothing was done");
+        log_.refused(peer.uid, who + "gone before the request was begun; nothing was done");
         return;
     }
     sendReply(connection, gate_.perform(caller.value(), read.value().command, read.value().arguments));

@@ -11,13 +11,13 @@ namespace kestrav {
 
 class Consent;
 class Gate;
-class SystemLog;
+class RequestLog;
 
 /// Carries one complete request out and answers it. Runs in the child process that was made for it.
 class RequestRunner {
   public:
     /// Nothing is owned.
-    RequestRunner(Consent& consent, Gate& gate, SystemLog& log) : consent_(consent), gate_(gate), log_(log) {}
+    RequestRunner(Consent& consent, Gate& gate, RequestLog& log) : consent_(consent), gate_(gate), log_(log) {}
 
     /// Reads the request, obtains consent unless root or the service's own user asks, makes sure that the one who asks
     /// is still there, has it done and sends the reply. Nothing is begun for a peer that has gone, and a question for
@@ -29,7 +29,7 @@ class RequestRunner {
 
     Consent& consent_;
     Gate& gate_;
-    SystemLog& log_;
+    RequestLog& log_;
 };
 
 }  // namespace kestrav

@@ -12,11 +12,11 @@
 #include <unistd.h>
 #include <utility>
 
-#include "base/SystemLog.h"
 #include "services/commandd/CallerJudge.h"
 #include "services/commandd/Connection.h"
 #include "services/commandd/RequestRunner.h"
 #include "services/privileged/AnswerText.h"
+#include "services/privileged/RequestLog.h"
 
 namespace kestrav {
 namespace {
@@ -53,12 +53,12 @@ bool hasGone(int connection) {
 }
 
 std::string userName(uid_t uid) {
-    return "user " + std::to_string(uid);
+    return uid == RequestLog::kUnknown ? "unknown" : "user " + std::to_string(uid);
 }
 
 }  // namespace
 
-Server::Server(UniqueFd listener, const CallerJudge& judge, RequestRunner& runner, SystemLog& log)
+Server::Server(UniqueFd listener, const CallerJudge& judge, RequestRunner& runner, RequestLog& log)
     : listener_(std::move(listener)),
       judge_(judge),
       runner_(runner),
@@ -85,7 +85,9 @@ bool Server::serve() {
         }
         if (ready > 0) handle(watch);
         dropLate();
+        log_.summarise();
     }
+    log_.finish();
     return true;
 }
 
@@ -132,6 +134,7 @@ std::vector<pollfd> Server::watched() const {
 
 int Server::millisecondsToNextDeadline() const {
     std::optional<Clock::time_point> next = acceptAgain_;
+    if (const auto summary = log_.nextSummary()) next = next ? std::min(*next, *summary) : *summary;
     const auto consider = [&next](Clock::time_point deadline) { next = next ? std::min(*next, deadline) : deadline; };
     for (const Peer& peer : peers_)
         consider(peer.deadline);
@@ -190,16 +193,15 @@ void Server::admit(UniqueFd connection) {
     // Nobody is left to be told, and nobody may fill the log by coming and going.
     if (!identity && hasGone(connection.get())) return;
     if (!identity) {
-        refuse(std::move(connection), "unknown", refused("the system does not tell who is asking."));
+        refuse(std::move(connection), RequestLog::kUnknown, refused("the system does not tell who is asking."));
         return;
     }
-    const std::string who = userName(identity->uid);
     if (const auto refusal = judge_.refusal(identity->uid)) {
-        refuse(std::move(connection), who, refused(*refusal));
+        refuse(std::move(connection), identity->uid, refused(*refusal));
         return;
     }
     if (isFull(identity->uid)) {
-        refuse(std::move(connection), who, refused("the service is busy; try again in a moment."));
+        refuse(std::move(connection), identity->uid, refused("the service is busy; try again in a moment."));
         return;
     }
     peers_.push_back({std::move(connection), *identity, Clock::now() + timeToArrive, {}, {}});
@@ -219,7 +221,7 @@ bool Server::receive(Peer& peer) {
     const ssize_t got = ::recv(peer.connection.get(), bytes.data(), bytes.size(), 0);
     if (got < 0) return errno == EAGAIN || errno == EINTR;
     const auto turnAway = [&](const char* sentence) {
-        refuse(std::move(peer.connection), userName(peer.identity.uid), refused(sentence));
+        refuse(std::move(peer.connection), peer.identity.uid, refused(sentence));
         return false;
     };
     if (got == 0 && peer.received.empty()) return false;
@@ -240,7 +242,7 @@ void Server::dropLate() {
     for (auto peer = peers_.begin(); peer != peers_.end();) {
         const auto current = peer++;
         if (current->deadline > now) continue;
-        refuse(std::move(current->connection), userName(current->identity.uid),
+        refuse(std::move(current->connection), current->identity.uid,
                refused("the request did not arrive within five seconds."));
         peers_.erase(current);
     }
@@ -256,7 +258,7 @@ void Server::begin(Peer& peer) {
         running_.emplace(child, Running{std::move(peer.connection), peer.identity.uid});
         return;
     }
-    refuse(std::move(peer.connection), userName(peer.identity.uid),
+    refuse(std::move(peer.connection), peer.identity.uid,
            refused("no process can be started for the request: " + systemWords(errno) + "."));
 }
 
@@ -291,14 +293,20 @@ void Server::collectChildren() {
     for (pid_t child = ::waitpid(-1, &status, WNOHANG); child > 0; child = ::waitpid(-1, &status, WNOHANG)) {
         auto connection = running_.extract(child);
         if (connection.empty() || (WIFEXITED(status) && WEXITSTATUS(status) == 0)) continue;
-        refuse(std::move(connection.mapped().connection), "process " + std::to_string(child),
-               failed("the request's process ended before it was done. If it was a write, repeat it."));
+        const std::string answer =
+            answerFor(failed("the request's process ended before it was done. If it was a write, repeat it."));
+        log_.write("process " + std::to_string(child) + ": " + answer);
+        answerLast(std::move(connection.mapped().connection), answer);
     }
 }
 
-void Server::refuse(UniqueFd connection, std::string_view who, const Problem& problem) {
+void Server::refuse(UniqueFd connection, uid_t uid, const Problem& problem) {
     const std::string answer = answerFor(problem);
-    log_.write(std::string(who) + ": " + answer);
+    log_.refused(uid, userName(uid) + ": " + answer);
+    answerLast(std::move(connection), answer);
+}
+
+void Server::answerLast(UniqueFd connection, std::string_view answer) {
     sendReply(connection.get(), answer);
     // The oldest goes without its second of grace rather than that strangers take all descriptors.
     if (leaving_.size() >= mostPeers) leaving_.pop_front();
@@ -313,7 +321,7 @@ void Server::stop() {
     for (const auto& [child, request] : running_)
         ::kill(child, SIGTERM);
     for (Peer& peer : peers_) {
-        refuse(std::move(peer.connection), userName(peer.identity.uid), refused("the service is being stopped."));
+        refuse(std::move(peer.connection), peer.identity.uid, refused("the service is being stopped."));
     }
     peers_.clear();
 }

@@ -18,7 +18,7 @@ namespace kestrav {
 
 class CallerJudge;
 class RequestRunner;
-class SystemLog;
+class RequestLog;
 
 /// Takes requests from the listening socket and has each one carried out in a child process of its own, so that a
 /// request that takes long, or goes wrong, holds nobody else up. One thread; never waits for a peer.
@@ -29,7 +29,7 @@ class SystemLog;
 class Server {
   public:
     /// `listener` doesn't wait in accept(2). The rest isn't owned and outlives this object.
-    Server(UniqueFd listener, const CallerJudge& judge, RequestRunner& runner, SystemLog& log);
+    Server(UniqueFd listener, const CallerJudge& judge, RequestRunner& runner, RequestLog& log);
 
     /// Serves until SIGTERM, SIGINT, SIGHUP or SIGQUIT; then takes nothing more, lets requests that were begun end and
     /// be answered, and returns true. False when the system doesn't give what it needs. Blocks those signals and
@@ -74,7 +74,8 @@ class Server {
     void begin(Peer& peer);
     [[noreturn]] void runInChild(Peer& peer, pid_t parent);
     void collectChildren();
-    void refuse(UniqueFd connection, std::string_view who, const Problem& problem);
+    void refuse(UniqueFd connection, uid_t uid, const Problem& problem);
+    void answerLast(UniqueFd connection, std::string_view answer);
     void stop();
     std::size_t served() const { return peers_.size() + running_.size(); }
     bool isFull(uid_t uid) const;
@@ -83,7 +84,7 @@ class Server {
     UniqueFd signals_;
     const CallerJudge& judge_;
     RequestRunner& runner_;
-    SystemLog& log_;
+    RequestLog& log_;
     std::list<Peer> peers_;
     std::list<Leaving> leaving_;
     std::map<pid_t, Running> running_;

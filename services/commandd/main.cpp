@@ -13,6 +13,7 @@
 #include "services/commandd/Server.h"
 #include "services/privileged/Consent.h"
 #include "services/privileged/Gate.h"
+#include "services/privileged/RequestLog.h"
 #include "services/privileged/UdevBlockDevices.h"
 
 namespace {
@@ -27,7 +28,8 @@ constexpr const char* help =
     "everybody else to whom polkit gives consent.\n"
     "SIGTERM stops it after the write that is running.\n";
 
-int serve(kestrav::SystemLog& log) {
+int serve(kestrav::SystemLog& systemLog) {
+    kestrav::RequestLog log(systemLog);
     auto listener = kestrav::listeningSocket();
     if (!listener) {
         log.write(listener.problem().sentence);

@@ -10,9 +10,9 @@
 #include <unistd.h>
 #include <utility>
 
-#include "base/SystemLog.h"
 #include "base/utf8.h"
 #include "services/privileged/AnswerText.h"
+#include "services/privileged/RequestLog.h"
 
 namespace kestrav {
 namespace {
@@ -102,7 +102,6 @@ int HelperService::open() {
     for (const int number : {SIGTERM, SIGINT, SIGCHLD})
         sigaddset(&signals, number);
     if (::sigprocmask(SIG_BLOCK, &signals, nullptr) != 0) return -errno;
-    ::signal(SIGPIPE, SIG_IGN);
     sd_event* raw = nullptr;
     if (const int result = sd_event_new(&raw); result < 0) return result;
     event_.reset(raw);
@@ -136,7 +135,9 @@ int HelperService::onCall(sd_bus_message* message, void* self, sd_bus_error*) {
 }
 
 int HelperService::accept(sd_bus_message* message) {
+    log_.summarise();
     HelperRequest request;
+    request.uid = RequestLog::kUnknown;
     if (const int result = read(message, request); result < 0) {
         return refuse(message, SD_BUS_ERROR_ACCESS_DENIED, request,
                       answerFor(refused("the system does not tell who is asking.")));
@@ -232,7 +233,7 @@ void HelperService::finish(Job& job) {
 void HelperService::answer(const Job& job) {
     const auto& result = job.process->answer();
     if (job.callerGone && !job.process->begun()) {
-        log_.write(line(job.request) + "gone before the request was begun; nothing was done");
+        log_.refused(job.request.uid, line(job.request) + "gone before the request was begun; nothing was done");
     } else if (result && !result->refused) {
         if (sd_bus_reply_method_return(job.message.get(), "s", carriable(result->text).c_str()) < 0) {
             // Without any answer the caller would wait for ever.
@@ -252,7 +253,7 @@ void HelperService::answer(const Job& job) {
 
 int HelperService::refuse(sd_bus_message* message, const char* errorName, const HelperRequest& request,
                           const std::string& text) {
-    log_.write(line(request) + text);
+    log_.refused(request.uid, line(request) + text);
     sd_bus_reply_method_errorf(message, errorName, "%s", text.c_str());
     return 1;
 }
@@ -287,6 +288,7 @@ void HelperService::leave() {
         }
     }
     if (!jobs_.empty()) return;
+    log_.finish();
     sd_bus_flush(bus_.get());
     sd_event_exit(event_.get(), 0);
 }

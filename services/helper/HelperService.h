@@ -12,7 +12,7 @@
 
 namespace kestrav {
 
-class SystemLog;
+class RequestLog;
 
 /// com.corvatel.KestravHelper on the system bus: its one operation runWithCmd(s, as) -> s has a command line carried
 /// out through the gate, after polkit's consent for everybody but root and the service's own user.
@@ -25,7 +25,7 @@ class HelperService {
     static constexpr std::chrono::seconds kIdleTime{60};
 
     /// Nothing is owned.
-    HelperService(Consent& consent, Gate& gate, SystemLog& log) : consent_(consent), gate_(gate), log_(log) {}
+    HelperService(Consent& consent, Gate& gate, RequestLog& log) : consent_(consent), gate_(gate), log_(log) {}
     HelperService(const HelperService&) = delete;
     HelperService& operator=(const HelperService&) = delete;
 
@@ -76,7 +76,7 @@ class HelperService {
 
     Consent& consent_;
     Gate& gate_;
-    SystemLog& log_;
+    RequestLog& log_;
     EventPtr event_;
     SdBusPtr bus_;
     EventSourcePtr idle_;

@@ -111,7 +111,8 @@ void JobProcess::begin() {
 }
 
 void JobProcess::cancel() const {
-    ::kill(pid_, SIGKILL);
+    // A negative number would mean every process there is.
+    if (pid_ > 0) ::kill(pid_, SIGKILL);
 }
 
 }  // namespace kestrav

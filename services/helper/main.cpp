@@ -1,3 +1,4 @@
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -9,6 +10,7 @@
 #include "services/helper/HelperService.h"
 #include "services/privileged/Consent.h"
 #include "services/privileged/Gate.h"
+#include "services/privileged/RequestLog.h"
 #include "services/privileged/UdevBlockDevices.h"
 
 namespace {
@@ -20,7 +22,8 @@ constexpr const char* help =
     "com.corvatel.KestravHelper on the system bus, which starts it when it is needed. Touches no other disk than the\n"
     "accessory's (USB 10d6:fd01). Ends itself when it is idle, and on SIGTERM after the work that runs.\n";
 
-int serve(kestrav::SystemLog& log) {
+int serve(kestrav::SystemLog& systemLog) {
+    kestrav::RequestLog log(systemLog);
     const kestrav::UdevBlockDevices devices;
     const kestrav::MountinfoTable mounts;
     kestrav::Gate gate(devices, mounts, log);
@@ -46,7 +49,9 @@ int main(int count, char** words) {
         return 2;
     }
     ::umask(077);
-    kestrav::SyslogSystemLog log("kestrav-helper");
+    // Before the first line: whoever reads standard error may have gone, or may not read.
+    std::signal(SIGPIPE, SIG_IGN);
+    kestrav::SyslogSystemLog log("kestrav-helper", kestrav::SyslogSystemLog::SlowReader::missesLines);
     try {
         return serve(log);
     } catch (const std::exception& error) {

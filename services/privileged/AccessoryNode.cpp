@@ -39,14 +39,14 @@ Outcome<AccessoryNode> findAccessory(const BlockDevices& devices, const std::str
     }
     if (!S_ISBLK(status.st_mode)) return refused(shown(path.value()) + " is not a disk.");
     auto device = devices.find(status.st_rdev);
-    if (!device) return refused("the system does not know the disk behind " + shown(path.value()) + ".");
-    if (!device->accessory) {
+    if (!device) return refused(shown(path.value()) + ": " + device.problem().sentence);
+    if (!device.value().accessory) {
         return refused(shown(path.value()) + " is not on the accessory (USB 10d6:fd01); nothing else is touched.");
     }
-    if (device->diskName != diskName) {
-        return refused(shown(alias) + " leads to the disk " + shown(device->diskName) + ".");
+    if (device.value().diskName != diskName) {
+        return refused(shown(alias) + " leads to the disk " + shown(device.value().diskName) + ".");
     }
-    return AccessoryNode{std::move(path.value()), std::move(*device)};
+    return AccessoryNode{std::move(path.value()), std::move(device.value())};
 }
 
 }  // namespace

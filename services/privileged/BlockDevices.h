@@ -6,6 +6,8 @@
 #include <sys/types.h>
 #include <vector>
 
+#include "services/privileged/Outcome.h"
+
 namespace kestrav {
 
 /// What the system knows of one block device.
@@ -31,11 +33,12 @@ class BlockDevices {
   public:
     virtual ~BlockDevices() = default;
 
-    /// The device with this number as it is now; nothing when there is none or when it can't be judged.
-    virtual std::optional<BlockDevice> find(dev_t number) const = 0;
+    /// The device with this number as it is now. Refused when there is none, when it makes no sense, and when the
+    /// system lacks what it takes to look at it.
+    virtual Outcome<BlockDevice> find(dev_t number) const = 0;
 
-    /// The disk with this number, and its partitions.
-    virtual std::vector<dev_t> diskAndPartitions(dev_t disk) const = 0;
+    /// The disk with this number, and its partitions. Refused when they can't all be told.
+    virtual Outcome<std::vector<dev_t>> diskAndPartitions(dev_t disk) const = 0;
 
     /// Names of devices that the system built on top of the disk or of one of its partitions (encryption, volumes).
     virtual std::vector<std::string> builtOnTopOf(dev_t disk) const = 0;

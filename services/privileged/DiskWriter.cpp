@@ -56,6 +56,11 @@ class ImageCopy {
 
     static std::string words(std::error_code error) { return systemWords(error.value()) + "."; }
 
+    static std::string imageWords(std::error_code error) {
+        if (error == std::errc::timed_out) return "the file system of the image stopped answering.";
+        return "reading the image: " + words(error);
+    }
+
     std::string block(std::uint64_t byte) const { return "block " + std::to_string(byte / sector); }
 
     std::uint64_t imageEnd() const { return offset_ + image_.size(); }
@@ -113,8 +118,7 @@ class ImageCopy {
         const auto error = image_.read(imageAt, part);
         if (!error) return std::nullopt;
         const bool shorter = error == std::errc::result_out_of_range;
-        return stopped(shorter ? "the image got shorter while it was read." : "reading the image: " + words(error),
-                       piece.at);
+        return stopped(shorter ? "the image got shorter while it was read." : imageWords(error), piece.at);
     }
 
     /// The copy ended at byte `at` of the disk, which was not touched from there on.
@@ -163,18 +167,23 @@ class ImageCopy {
     /// left half of each on the disk. Its times don't tell: they stay as they are when a program changes bytes of the
     /// file that it has in its memory and that it had changed before.
     std::optional<Problem> checkThatImageStayed() {
-        if (!image_.keptItsLength()) return imageChanged();
+        if (const auto error = image_.lengthError()) return cannotCompare(error);
         std::size_t index = 0;
         return forEachPiece([this, &index](const Piece& piece) -> std::optional<Problem> {
             std::uint64_t imageAt = 0;
             const auto part = imagePart(piece, buffer_.first(piece.size), imageAt);
             const auto error = image_.read(imageAt, part);
-            if (error == std::errc::result_out_of_range) return imageChanged();
-            if (error) return failed("reading the image once more to compare it: " + words(error) + repeatAdvice);
+            if (error) return cannotCompare(error);
             const XXH128_hash_t digest = ::XXH3_128bits(part.data(), part.size());
             if (::XXH128_isEqual(digest, written_[index++].image) != 0) return std::nullopt;
             return imageChanged();
         });
+    }
+
+    static Problem cannotCompare(std::error_code error) {
+        if (error == std::errc::result_out_of_range) return imageChanged();
+        return failed("the image was written, but could not be compared once more: " + imageWords(error) +
+                      repeatAdvice);
     }
 
     static Problem imageChanged() {

@@ -7,13 +7,13 @@
 #include <optional>
 #include <unistd.h>
 
-#include "base/SystemLog.h"
 #include "services/privileged/AccessoryNode.h"
 #include "services/privileged/AnswerText.h"
 #include "services/privileged/DiskReader.h"
 #include "services/privileged/DiskWriter.h"
 #include "services/privileged/ImageFile.h"
 #include "services/privileged/OpenDisk.h"
+#include "services/privileged/RequestLog.h"
 #include "services/privileged/Unmounter.h"
 
 namespace kestrav {
@@ -86,7 +86,11 @@ std::string Gate::perform(const Caller& caller, std::string_view command, std::s
         const auto outcome = answer();
         const bool blocks = outcome && command == "dd" && arguments.size() == 3;
         std::string text = outcome ? outcome.value() : answerFor(outcome.problem());
-        log_.write(who + (blocks ? "read " + std::to_string(text.size()) + " bytes" : text));
+        if (!outcome && outcome.problem().kind == Problem::Kind::refused) {
+            log_.refused(caller.uid, who + text);
+        } else {
+            log_.write(who + (blocks ? "read " + std::to_string(text.size()) + " bytes" : text));
+        }
         return text;
     } catch (const std::exception& error) {
         // Out of memory or of descriptors in a library: the request ends, the service doesn't.
@@ -115,15 +119,16 @@ Outcome<std::string> Gate::write(const WriteRequest& request, const Caller& call
     const auto node = findDisk(devices_, request.node, request.diskName);
     if (!node) return node.problem();
     const BlockDevice& device = node.value().device;
-    const auto image = ImageFile::open(request.imagePath, caller);
+    const auto image = ImageFile::open(request.imagePath, caller, patience_);
     if (!image) return image.problem();
     if (auto problem = doesNotFit(image.value().size(), request.firstBlock, device)) return *problem;
     const auto family = devices_.diskAndPartitions(device.number);
-    if (std::find(family.begin(), family.end(), image.value().fileSystem()) != family.end()) {
+    if (!family) return family.problem();
+    if (std::ranges::find(family.value(), image.value().fileSystem()) != family.value().end()) {
         return refused("the image lies on the accessory itself; copy it to another disk first.");
     }
     // The desktop may have mounted a partition again since the updater asked to unmount it.
-    if (const auto places = unmountAll(mounts_, family, device.name); !places) return places.problem();
+    if (const auto places = unmountAll(mounts_, family.value(), device.name); !places) return places.problem();
     const auto disk = openDisk(devices_, node.value(), DiskUse::write);
     if (!disk) return disk.problem();
     const auto report = writeImage(image.value(), *disk.value(), request.firstBlock * sector, device.name);

@@ -7,11 +7,12 @@
 #include "services/privileged/BlockDevices.h"
 #include "services/privileged/Caller.h"
 #include "services/privileged/CommandLine.h"
+#include "services/privileged/ImageReader.h"
 #include "services/privileged/MountTable.h"
 
 namespace kestrav {
 
-class SystemLog;
+class RequestLog;
 
 /// The one way to anything that is done with root's rights: every command line of every service passes it.
 ///
@@ -21,10 +22,11 @@ class SystemLog;
 class Gate {
   public:
     /// Nothing is owned; all outlive this object.
-    Gate(const BlockDevices& devices, const MountTable& mounts, SystemLog& log)
+    Gate(const BlockDevices& devices, const MountTable& mounts, RequestLog& log, ImagePatience patience = {})
         : devices_(devices),
           mounts_(mounts),
-          log_(log) {}
+          log_(log),
+          patience_(patience) {}
 
     /// Carries a command line out and returns the answer: one line of UTF-8 text without line end, or for a read the
     /// blocks themselves; never empty, never more than 10239 bytes. Writes one line to the log.
@@ -38,7 +40,8 @@ class Gate {
 
     const BlockDevices& devices_;
     const MountTable& mounts_;
-    SystemLog& log_;
+    RequestLog& log_;
+    ImagePatience patience_;
 };
 
 }  // namespace kestrav

@@ -1,42 +1,47 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <string>
-#include <sys/stat.h>
+#include <sys/types.h>
 #include <system_error>
 
-#include "base/UniqueFd.h"
 #include "services/privileged/Caller.h"
+#include "services/privileged/ImageReader.h"
 #include "services/privileged/Outcome.h"
 
 namespace kestrav {
 
-/// An image, opened with the rights of the user who wants it written.
+/// An image, opened with the rights of the user who wants it written, in a process of its own.
 class ImageFile {
   public:
-    /// Opens `path`, which is absolute, in a child process that has `caller`'s rights and no open files. Refused when
-    /// that user may not read it, when it is not a regular file, when it is empty, and when opening takes longer than
-    /// ten seconds. Forks, so the calling process better has one thread only.
-    static Outcome<ImageFile> open(const std::string& path, const Caller& caller);
+    /// Opens `path`, which is absolute. Refused when that user may not read it, when it is not a regular file, when it
+    /// is empty, and when its file system takes too long. Forks, so the calling process better has one thread only.
+    static Outcome<ImageFile> open(const std::string& path, const Caller& caller, ImagePatience patience = {});
 
-    std::uint64_t size() const;
+    std::uint64_t size() const { return size_; }
 
     /// The file system that the file lies on.
-    dev_t fileSystem() const { return status_.st_dev; }
+    dev_t fileSystem() const { return fileSystem_; }
 
     /// Fills `into` from `offset` on. A file that ends before is an error (it was as long when it was opened):
-    /// std::errc::result_out_of_range.
+    /// std::errc::result_out_of_range. A file system that doesn't answer is std::errc::timed_out.
     std::error_code read(std::uint64_t offset, std::span<std::byte> into) const;
 
-    /// False when the file has grown or shrunk since it was opened, or when that can't be told.
-    bool keptItsLength() const;
+    /// Nothing while the file is as long as when it was opened, std::errc::result_out_of_range when it has grown or
+    /// shrunk, else why that can't be told.
+    std::error_code lengthError() const;
 
   private:
-    ImageFile(UniqueFd file, const struct stat& status) : file_(std::move(file)), status_(status) {}
+    ImageFile(std::unique_ptr<ImageReader> reader, const ImageReader::File& file)
+        : reader_(std::move(reader)),
+          size_(static_cast<std::uint64_t>(file.size)),
+          fileSystem_(file.fileSystem) {}
 
-    UniqueFd file_;
-    struct stat status_;
+    std::unique_ptr<ImageReader> reader_;
+    std::uint64_t size_;
+    dev_t fileSystem_;
 };
 
 }  // namespace kestrav

@@ -1,9 +1,12 @@
 #include "services/privileged/MountTable.h"
 
+#include <cerrno>
 #include <libmount/libmount.h>
 #include <memory>
 #include <string_view>
 #include <sys/stat.h>
+
+#include "services/privileged/AnswerText.h"
 
 namespace kestrav {
 namespace {
@@ -25,11 +28,17 @@ bool isNumberlessOn(libmnt_fs* entry, dev_t number) {
 
 }  // namespace
 
-std::vector<MountedPlace> MountinfoTable::placesOf(dev_t number) const {
+Outcome<std::vector<MountedPlace>> MountinfoTable::placesOf(dev_t number) const {
+    const auto unreadable = [](int error) {
+        return refused("the system does not tell what is mounted: " + systemWords(error) + ".");
+    };
     std::vector<MountedPlace> places;
+    errno = ENOMEM;
     const std::unique_ptr<libmnt_table, MountRelease> table(::mnt_new_table_from_file("/proc/self/mountinfo"));
+    if (!table) return unreadable(errno);
     const std::unique_ptr<libmnt_iter, MountRelease> at(::mnt_new_iter(MNT_ITER_BACKWARD));
-    if (!table || !at) return places;
+    // Whoever asks has a place in the table itself: an empty one is no table.
+    if (!at || ::mnt_table_is_empty(table.get()) != 0) return unreadable(at ? ENODATA : ENOMEM);
     libmnt_fs* entry = nullptr;
     while (::mnt_table_next_fs(table.get(), at.get(), &entry) == 0) {
         const char* target = ::mnt_fs_get_target(entry);

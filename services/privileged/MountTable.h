@@ -4,6 +4,8 @@
 #include <sys/types.h>
 #include <vector>
 
+#include "services/privileged/Outcome.h"
+
 namespace kestrav {
 
 struct MountedPlace {
@@ -17,14 +19,15 @@ class MountTable {
   public:
     virtual ~MountTable() = default;
 
-    /// The mount points of the file systems on the block device `number`, the latest mounted first.
-    virtual std::vector<MountedPlace> placesOf(dev_t number) const = 0;
+    /// The mount points of the file systems on the block device `number`, the latest mounted first. Refused when that
+    /// can't be told.
+    virtual Outcome<std::vector<MountedPlace>> placesOf(dev_t number) const = 0;
 };
 
 /// The real one: /proc/self/mountinfo, read anew for every question.
 class MountinfoTable final : public MountTable {
   public:
-    std::vector<MountedPlace> placesOf(dev_t number) const override;
+    Outcome<std::vector<MountedPlace>> placesOf(dev_t number) const override;
 };
 
 }  // namespace kestrav

@@ -43,7 +43,8 @@ int openAndLock(const std::string& path, DiskUse use, UniqueFd& node) {
 }
 
 Problem inUse(const BlockDevices& devices, const BlockDevice& disk) {
-    std::string users = processesHolding(devices.diskAndPartitions(disk.number));
+    const auto family = devices.diskAndPartitions(disk.number);
+    std::string users = processesHolding(family ? family.value() : std::vector<dev_t>{disk.number});
     for (const std::string& device : devices.builtOnTopOf(disk.number)) {
         users += (users.empty() ? "" : ", ") + shown(device, 40);
     }
@@ -64,20 +65,22 @@ std::optional<std::uint64_t> diskSequence(int node) {
     return number;
 }
 
-/// Three questions that only the judged disk answers alike: is the node that the path names the one that is open, has
-/// it the judged number, and is the disk behind that number still the judged one.
-bool isStill(const BlockDevices& devices, const AccessoryNode& judged, int node) {
+/// Is the node that the path names the one that is open, and has it the judged number?
+bool isSameNode(const AccessoryNode& judged, int node) {
     struct stat opened {};
     struct stat named {};
     if (::fstat(node, &opened) != 0 || ::stat(judged.path.c_str(), &named) != 0) return false;
     if (opened.st_dev != named.st_dev || opened.st_ino != named.st_ino) return false;
     if (!S_ISBLK(named.st_mode) || named.st_rdev != judged.device.number) return false;
-    if (S_ISBLK(opened.st_mode) && opened.st_rdev != judged.device.number) return false;
-    const auto now = devices.find(judged.device.number);
-    if (!now || !now->accessory || now->kind != judged.device.kind || now->name != judged.device.name) return false;
-    if (now->diskSequence != judged.device.diskSequence || now->bytes != judged.device.bytes) return false;
+    return !S_ISBLK(opened.st_mode) || opened.st_rdev == judged.device.number;
+}
+
+/// Is the disk behind the judged number, now that the node is open, still the judged one?
+bool isSameDisk(const BlockDevice& now, const BlockDevice& judged, int node) {
+    if (!now.accessory || now.kind != judged.kind || now.name != judged.name) return false;
+    if (now.diskSequence != judged.diskSequence || now.bytes != judged.bytes) return false;
     const auto sequence = diskSequence(node);
-    return !sequence || !now->diskSequence || *sequence == *now->diskSequence;
+    return !sequence || !now.diskSequence || *sequence == *now.diskSequence;
 }
 
 }  // namespace
@@ -94,9 +97,11 @@ Outcome<std::unique_ptr<DiskBytes>> openDisk(const BlockDevices& devices, const 
     }
     if (error == EBUSY) return inUse(devices, disk.device);
     if (error != 0) return cannotOpen(error, disk.device);
-    if (!isStill(devices, disk, node.get())) {
-        return refused("another disk took the place of " + disk.device.name + " meanwhile.");
-    }
+    const Problem exchanged = refused("another disk took the place of " + disk.device.name + " meanwhile.");
+    if (!isSameNode(disk, node.get())) return exchanged;
+    const auto now = devices.find(disk.device.number);
+    if (!now) return now.problem();
+    if (!isSameDisk(now.value(), disk.device, node.get())) return exchanged;
     return std::unique_ptr<DiskBytes>(
         std::make_unique<NodeBytes>(std::move(node), disk.device.bytes, disk.device.logicalBlockSize));
 }

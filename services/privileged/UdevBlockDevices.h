@@ -8,8 +8,8 @@ namespace kestrav {
 /// a mounted sysfs there are no devices.
 class UdevBlockDevices final : public BlockDevices {
   public:
-    std::optional<BlockDevice> find(dev_t number) const override;
-    std::vector<dev_t> diskAndPartitions(dev_t disk) const override;
+    Outcome<BlockDevice> find(dev_t number) const override;
+    Outcome<std::vector<dev_t>> diskAndPartitions(dev_t disk) const override;
     std::vector<std::string> builtOnTopOf(dev_t disk) const override;
 };
 

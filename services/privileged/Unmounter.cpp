@@ -7,7 +7,9 @@
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 #include <thread>
+#include <utility>
 
+#include "base/UniqueFd.h"
 #include "services/privileged/AnswerText.h"
 #include "services/privileged/DiskHolders.h"
 
@@ -18,14 +20,32 @@ namespace {
 constexpr int tries = 10;
 constexpr std::chrono::milliseconds pause{100};
 
-int unmount(const std::string& place) {
+/// A mount point by its name within the folder that it lies in. Whoever owns a folder on the way can put another one in
+/// its place meanwhile; the opened one stays the same. The mount point itself isn't opened: that would keep it in use.
+struct HeldPlace {
+    UniqueFd folder;
+    std::string name;
+
+    std::string path() const { return "/proc/self/fd/" + std::to_string(folder.get()) + "/" + name; }
+};
+
+Outcome<HeldPlace> hold(const std::string& place) {
+    const std::size_t slash = place.rfind('/');
+    std::string name = slash + 1 < place.size() ? place.substr(slash + 1) : ".";
+    UniqueFd folder(::open(place.substr(0, slash + 1).c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    if (!folder) return refused("the folder of the mount point can't be opened: " + systemWords(errno) + ".");
+    return HeldPlace{std::move(folder), std::move(name)};
+}
+
+int unmount(const HeldPlace& place) {
+    const std::string path = place.path();
     for (int left = tries; left > 1; --left) {
         // The mount point itself is not followed as a link: its folder may belong to the user.
-        if (::umount2(place.c_str(), UMOUNT_NOFOLLOW) == 0) return 0;
+        if (::umount2(path.c_str(), UMOUNT_NOFOLLOW) == 0) return 0;
         if (errno != EBUSY) return errno;
         std::this_thread::sleep_for(pause);
     }
-    return ::umount2(place.c_str(), UMOUNT_NOFOLLOW) == 0 ? 0 : errno;
+    return ::umount2(path.c_str(), UMOUNT_NOFOLLOW) == 0 ? 0 : errno;
 }
 
 Problem staysMounted(const std::string& place, int errorNumber, const std::vector<dev_t>& numbers,
@@ -38,14 +58,14 @@ Problem staysMounted(const std::string& place, int errorNumber, const std::vecto
 }
 
 /// Another file system may hide the mount: it lies on top, and unmounting would hit it instead.
-bool isHidden(const MountedPlace& place, dev_t number) {
+bool isHidden(const HeldPlace& held, bool numberless, dev_t number) {
     struct statx status {};
     // DONT_SYNC: what lies on top may be a user-space file system that never answers.
     constexpr int quietly = AT_STATX_DONT_SYNC | AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT;
-    if (::statx(AT_FDCWD, place.path.c_str(), quietly, STATX_TYPE, &status) != 0) return true;
+    if (::statx(held.folder.get(), held.name.c_str(), quietly, STATX_TYPE, &status) != 0) return true;
     const bool ownNumber = makedev(status.stx_dev_major, status.stx_dev_minor) == number;
     // btrfs shows a number without a device (major 0), and was recognised by its source.
-    return !ownNumber && (status.stx_dev_major != 0 || !place.numberless);
+    return !ownNumber && (status.stx_dev_major != 0 || !numberless);
 }
 
 }  // namespace
@@ -54,11 +74,16 @@ Outcome<std::vector<std::string>> unmountAll(const MountTable& mounts, const std
                                              const std::string& name) {
     std::vector<std::string> done;
     for (const dev_t number : numbers) {
-        for (const MountedPlace& place : mounts.placesOf(number)) {
-            if (isHidden(place, number)) {
-                return refused(name + " is mounted at " + shown(place.path) + ", where something else hides it.");
+        const auto places = mounts.placesOf(number);
+        if (!places) return places.problem();
+        for (const MountedPlace& place : places.value()) {
+            const auto held = hold(place.path);
+            const std::string mounted = name + " is mounted at " + shown(place.path);
+            if (!held) return refused(mounted + ", and " + held.problem().sentence + ".");
+            if (isHidden(held.value(), place.numberless, number)) {
+                return refused(mounted + ", where something else hides it.");
             }
-            if (const int error = unmount(place.path); error != 0)
+            if (const int error = unmount(held.value()); error != 0)
                 return staysMounted(place.path, error, numbers, name);
             done.push_back(place.path);
         }

@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include "base/UniqueFd.h"
+#include "tests/signalOne.h"
 
 namespace kestrav {
 namespace {
@@ -66,7 +67,7 @@ void PrivateBus::start() {
 
 void PrivateBus::kill() {
     if (pid_ <= 0) return;
-    ::kill(pid_, SIGKILL);
+    signalOne(pid_, SIGKILL);
     ::waitpid(pid_, nullptr, 0);
     pid_ = -1;
     std::filesystem::remove(folder_ / "bus");

@@ -9,8 +9,11 @@
 #include <stdexcept>
 #include <sys/prctl.h>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 #include <utility>
+
+#include "tests/signalOne.h"
 
 namespace kestrav {
 namespace {
@@ -46,6 +49,8 @@ ChildProcess ChildProcess::start(const std::vector<std::string>& words, const st
     const pid_t pid = ::fork();
     if (pid == 0) {
         ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+        // Whoever runs the tests may ignore it, and a program inherits that.
+        ::signal(SIGPIPE, SIG_DFL);
         ::execve(words.at(0).c_str(), pointers(words).data(), pointers(environment).data());
         ::_exit(98);
     }
@@ -54,7 +59,7 @@ ChildProcess ChildProcess::start(const std::vector<std::string>& words, const st
 
 void ChildProcess::end() {
     if (pid_ <= 0) return;
-    ::kill(pid_, SIGKILL);
+    signalOne(pid_, SIGKILL);
     wait();
 }
 
@@ -107,6 +112,13 @@ UserProcess::UserProcess(uid_t uid, const std::function<std::string()>& task) {
 
 void UserProcess::go() {
     if (::write(go_.get(), "!", 1) != 1) throw std::runtime_error("the user's process is gone");
+}
+
+bool UserProcess::endsWithin(std::chrono::milliseconds time) const {
+    const auto end = std::chrono::steady_clock::now() + time;
+    while (process_.runs() && std::chrono::steady_clock::now() < end)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    return !process_.runs();
 }
 
 std::string UserProcess::result() {

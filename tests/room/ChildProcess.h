@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <string>
 #include <sys/types.h>
@@ -43,6 +44,8 @@ class UserProcess {
 
     pid_t pid() const { return process_.pid(); }
     void go();
+    /// Whether the task is over, at the latest after that time.
+    bool endsWithin(std::chrono::milliseconds time) const;
     /// Waits for the task's end.
     std::string result();
     void kill() { process_.end(); }

@@ -13,6 +13,7 @@
 #include <unistd.h>
 
 #include "tests/room/runProgram.h"
+#include "tests/signalOne.h"
 
 namespace kestrav {
 namespace {
@@ -77,7 +78,7 @@ void SystemDaemons::startPolkitd() {
 }
 
 void SystemDaemons::stopPolkitd() const {
-    ::kill(polkitd_.pid(), SIGSTOP);
+    signalOne(polkitd_.pid(), SIGSTOP);
 }
 
 void SystemDaemons::addRule(const std::string& javascript) {
@@ -87,13 +88,17 @@ void SystemDaemons::addRule(const std::string& javascript) {
 }
 
 void SystemDaemons::addActions(const std::string& blessProgram) {
+    const fs::path from = KESTRAV_ACTIONS;
+    const fs::path to = "/usr/share/polkit-1/actions";
+    fs::copy_file(from / "com.corvatel.kestrav.run.policy", to / "com.corvatel.kestrav.run.policy",
+                  fs::copy_options::overwrite_existing);
     std::ostringstream text;
-    text << std::ifstream(KESTRAV_ACTIONS).rdbuf();
+    text << std::ifstream(from / "com.corvatel.kestrav.policy.in").rdbuf();
     std::string actions = text.str();
     const std::string place = "@KESTRAV_BLESS@";
     for (std::size_t at = 0; (at = actions.find(place)) != std::string::npos;)
         actions.replace(at, place.size(), blessProgram);
-    std::ofstream("/usr/share/polkit-1/actions/com.corvatel.kestrav.policy") << actions;
+    std::ofstream(to / "com.corvatel.kestrav.policy") << actions;
 }
 
 void addAccount(const std::string& name, uid_t uid, bool admin) {

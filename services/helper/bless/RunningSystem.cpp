@@ -1,6 +1,7 @@
 #include "services/helper/bless/RunningSystem.h"
 
 #include <csignal>
+#include <fcntl.h>
 #include <initializer_list>
 #include <spawn.h>
 #include <string>
@@ -37,6 +38,23 @@ SdBusPtr systemBus() {
     return bus;
 }
 
+/// Nothing that the child says goes to whoever started this program: a reader that does not read would hold both up.
+class SilentChild {
+  public:
+    SilentChild() {
+        ::posix_spawn_file_actions_init(&actions_);
+        ::posix_spawn_file_actions_addopen(&actions_, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+        ::posix_spawn_file_actions_addopen(&actions_, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+    }
+    ~SilentChild() { ::posix_spawn_file_actions_destroy(&actions_); }
+    SilentChild(const SilentChild&) = delete;
+    SilentChild& operator=(const SilentChild&) = delete;
+    const posix_spawn_file_actions_t* actions() const { return &actions_; }
+
+  private:
+    posix_spawn_file_actions_t actions_{};
+};
+
 void run(std::initializer_list<const char*> words) {
     std::vector<char*> argv;
     for (const char* word : words)
@@ -44,7 +62,8 @@ void run(std::initializer_list<const char*> words) {
     argv.push_back(nullptr);
     char* noEnvironment[] = {nullptr};
     pid_t child = -1;
-    if (const int error = ::posix_spawn(&child, argv[0], nullptr, nullptr, argv.data(), noEnvironment); error != 0) {
+    const int error = ::posix_spawn(&child, argv[0], SilentChild().actions(), nullptr, argv.data(), noEnvironment);
+    if (error != 0) {
         throw systemFailure(std::string(argv[0]) + " can't be run", error);
     }
     int status = 0;

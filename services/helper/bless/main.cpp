@@ -1,6 +1,6 @@
+#include <chrono>
 #include <climits>
 #include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <fcntl.h>
@@ -9,6 +9,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "base/writeWithPatience.h"
 #include "services/helper/bless/InstallError.h"
 #include "services/helper/bless/Installer.h"
 
@@ -17,7 +18,7 @@ namespace {
 constexpr const char* kUsage =
     "Usage: kestrav-bless install | uninstall | register-right\n"
     "Installs the helper that updates a Kestrav accessory, takes it away, or registers the right to reach the\n"
-    "accessory's disk. Only root can do that; desktop programs ask for it through pkexec.\n";
+    "accessory's disk. Only root can do that; desktop programs ask for it through pkexec.";
 
 /// Whoever started this program also shaped what it inherits; none of it may matter.
 void forgetInheritance() {
@@ -36,6 +37,12 @@ void forgetInheritance() {
     for (const int number : {SIGPIPE, SIGXFSZ})
         std::signal(number, SIG_IGN);
     if (::chdir("/") != 0) ::_exit(1);
+}
+
+/// Whoever started this program may leave it a pipe that nobody reads; a process of root's must not stay for that.
+void say(int descriptor, std::string text) {
+    text += '\n';
+    kestrav::writeWithPatience(descriptor, text, std::chrono::seconds(2));
 }
 
 std::string ownFolder() {
@@ -61,15 +68,15 @@ int main(int argc, char* argv[]) {
     forgetInheritance();
     const std::string_view operation = argc == 2 ? argv[1] : "";
     if (operation != "install" && operation != "uninstall" && operation != "register-right") {
-        std::fputs(kUsage, stderr);
+        say(STDERR_FILENO, kUsage);
         return 2;
     }
     try {
-        std::puts(perform(operation).c_str());
+        say(STDOUT_FILENO, perform(operation));
         return 0;
     } catch (const std::exception& error) {
         // One sentence and nothing else: it is shown to the person as it stands.
-        std::fprintf(stderr, "%s\n", error.what());
+        say(STDERR_FILENO, error.what());
         return 1;
     }
 }

@@ -8,14 +8,18 @@
 #include <list>
 #include <optional>
 #include <string>
+#include <sys/prctl.h>
 #include <thread>
+#include <unistd.h>
 #include <vector>
 
+#include "tests/room/DismissingAgent.h"
 #include "tests/room/PasswordAgent.h"
 #include "tests/room/SystemDaemons.h"
 #include "tests/room/SystemRoom.h"
 #include "tests/services/CommandDaemon.h"
 #include "tests/services/SimulatedAccessory.h"
+#include "tests/services/linesSaying.h"
 
 namespace kestrav {
 namespace {
@@ -68,6 +72,13 @@ class CommandsOfAUser : public testing::Test {
         std::string after = before_;
         return accessory_->diskBytes() == after.replace(kFirmwareByte, image_.size(), image_);
     }
+    /// Nothing was done, and exactly one line of the log is about that user and says so.
+    void expectOneRefusal(uid_t uid, const std::string& words) const {
+        EXPECT_TRUE(diskIsUntouched());
+        const std::string who = "kestrav-commandd: user " + std::to_string(uid) + ": ";
+        EXPECT_EQ(linesSaying(daemon_->log(), who), 1U) << daemon_->log();
+        EXPECT_EQ(linesSaying(daemon_->log(), who + words), 1U) << daemon_->log();
+    }
     bool hasNoChildren() const {
         for (int i = 0; i < 1000 && !daemon_->children().empty(); ++i)
             std::this_thread::sleep_for(10ms);
@@ -96,7 +107,7 @@ TEST_F(CommandsOfAUser, UseThatUsersRightsForTheImage) {
     UserProcess user = writeAs(kGuest);
     user.go();
     EXPECT_THAT(user.result(), HasSubstr("Permission denied"));
-    EXPECT_TRUE(diskIsUntouched());
+    expectOneRefusal(kGuest, "dd if=/run/image.fds of=/dev/rsdzz seek=1536 bs=512: Refused: the image");
 }
 
 struct Decision {
@@ -112,8 +123,7 @@ TEST_P(CommandsWithoutConsent, LeaveTheDiskUntouchedAndALineInTheLog) {
     UserProcess user = writeAs(kGuest);
     user.go();
     EXPECT_EQ(user.result(), GetParam().answer);
-    EXPECT_TRUE(diskIsUntouched());
-    EXPECT_THAT(daemon_->log(), HasSubstr(std::string("user 4712: ") + GetParam().answer));
+    expectOneRefusal(kGuest, GetParam().answer);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -146,7 +156,55 @@ TEST_F(CommandsOfAUser, AreRefusedAfterAWrongPassword) {
     ASSERT_TRUE(agent.isAsked()) << agent.shown();
     agent.type("wrong\n");
     EXPECT_EQ(user.result(), "Refused: an administrator did not agree.");
-    EXPECT_TRUE(diskIsUntouched());
+    expectOneRefusal(kAdmin, "Refused: an administrator did not agree.");
+}
+
+TEST_F(CommandsOfAUser, AreRefusedWhenThePromptIsDismissed) {
+    start();
+    UserProcess user = writeAs(kAdmin);
+    const DismissingAgent agent(user.pid(), kAdmin);
+    user.go();
+    EXPECT_THAT(user.result(), StartsWith("Refused: "));
+    expectOneRefusal(kAdmin, "Refused: ");
+}
+
+TEST_F(CommandsOfAUser, AreRefusedOnAConnectionThatTwoProcessesShare) {
+    start("YES");
+    UserProcess user(kGuest, [port = daemon_->port()] {
+        const Client client(port);
+        const ChildProcess sharer(::fork());
+        if (sharer.pid() == 0) {
+            ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+            while (true)
+                ::pause();
+        }
+        client.send(requestFor("dd", {std::string("if=") + kImage, "of=/dev/rsdzz", "seek=1536", "bs=512"}));
+        return client.readOnce(60);
+    });
+    user.go();
+    EXPECT_EQ(user.result(), "Refused: several processes share the connection, so nobody can tell who asks.");
+    expectOneRefusal(kGuest, "Refused: several processes share the connection");
+}
+
+TEST_F(CommandsOfAUser, DoNotFillTheLogWithRefusals) {
+    start("NO");
+    UserProcess user(kGuest, [port = daemon_->port()] {
+        for (int i = 0; i < 15; ++i) {
+            ask(port, "umount", {"/dev/sdzzs1"});
+            const Client browser(port);
+            browser.send("POST / HTTP/1.1\r\n");
+            browser.readOnce();
+        }
+        return ask(port, "umount", {"/dev/sdzzs1"});
+    });
+    user.go();
+    EXPECT_EQ(user.result(), "Refused: an administrator did not agree.");
+    EXPECT_TRUE(hasNoChildren());
+    daemon_->signal(SIGTERM);
+    EXPECT_EQ(daemon_->waitForEnd(), 0);
+    EXPECT_EQ(linesSaying(daemon_->log(), "user 4712: Refused: "), 20U);
+    EXPECT_EQ(linesSaying(daemon_->log(), "user 4712: 11 more refusals within a minute are not listed"), 1U)
+        << daemon_->log();
 }
 
 TEST_F(CommandsOfAUser, AreRefusedWhenPolkitIsKilledWhileItAsks) {
@@ -157,7 +215,27 @@ TEST_F(CommandsOfAUser, AreRefusedWhenPolkitIsKilledWhileItAsks) {
     ASSERT_TRUE(agent.isAsked()) << agent.shown();
     daemons_.killPolkitd();
     EXPECT_THAT(user.result(), StartsWith("Refused: the authorization service (polkit) could not decide"));
-    EXPECT_TRUE(diskIsUntouched());
+    expectOneRefusal(kAdmin, "Refused: the authorization service (polkit) could not decide");
+}
+
+TEST_F(CommandsOfAUser, AreRefusedWhenTheBusIsKilledInMidQuestionAndAskedAboutWhenItIsBack) {
+    start();
+    UserProcess user = writeAs(kAdmin);
+    PasswordAgent agent(user.pid(), kAdmin);
+    user.go();
+    ASSERT_TRUE(agent.isAsked()) << agent.shown();
+    daemons_.killBus();
+    daemons_.killPolkitd();
+    EXPECT_THAT(user.result(), StartsWith("Refused: the authorization service (polkit) c"));
+    expectOneRefusal(kAdmin, "Refused: the authorization service (polkit) c");
+    daemons_.startBus();
+    daemons_.startPolkitd();
+    UserProcess again = writeAs(kAdmin);
+    PasswordAgent secondAgent(again.pid(), kAdmin);
+    again.go();
+    ASSERT_TRUE(secondAgent.isAsked()) << secondAgent.shown();
+    secondAgent.type("secret\n");
+    EXPECT_THAT(again.result(), StartsWith("Wrote 40000 bytes"));
 }
 
 TEST_F(CommandsOfAUser, AreRefusedWithoutABus) {
@@ -165,7 +243,7 @@ TEST_F(CommandsOfAUser, AreRefusedWithoutABus) {
     UserProcess user = writeAs(kAdmin);
     user.go();
     EXPECT_THAT(user.result(), StartsWith("Refused: the authorization service (polkit) can't be asked"));
-    EXPECT_TRUE(diskIsUntouched());
+    expectOneRefusal(kAdmin, "Refused: the authorization service (polkit) can't be asked");
 }
 
 TEST_F(CommandsOfAUser, AreNotAskedAboutOnceThatUserHasGone) {
@@ -176,8 +254,7 @@ TEST_F(CommandsOfAUser, AreNotAskedAboutOnceThatUserHasGone) {
     ASSERT_TRUE(agent.isAsked()) << agent.shown();
     user.kill();
     EXPECT_TRUE(hasNoChildren()) << "the question is still open";
-    EXPECT_THAT(daemon_->log(), HasSubstr("the request was given up before consent was given"));
-    EXPECT_TRUE(diskIsUntouched());
+    expectOneRefusal(kAdmin, "Refused: the request was given up before consent was given.");
 }
 
 TEST_F(CommandsOfAUser, DoNotHoldUpTheServicesEndWithAPrompt) {
@@ -189,7 +266,7 @@ TEST_F(CommandsOfAUser, DoNotHoldUpTheServicesEndWithAPrompt) {
     daemon_->signal(SIGTERM);
     EXPECT_EQ(daemon_->waitForEnd(), 0);
     EXPECT_EQ(user.result(), "Refused: the request was given up before consent was given.");
-    EXPECT_TRUE(diskIsUntouched());
+    expectOneRefusal(kAdmin, "Refused: the request was given up before consent was given.");
 }
 
 TEST_F(CommandsOfAUser, NeedNoPasswordToBeRefusedForWhatTheyAre) {
@@ -198,6 +275,7 @@ TEST_F(CommandsOfAUser, NeedNoPasswordToBeRefusedForWhatTheyAre) {
     PasswordAgent agent(user.pid(), kAdmin);
     user.go();
     EXPECT_EQ(user.result(), "Refused: \"rm\" is not a command of this service.");
+    expectOneRefusal(kAdmin, "rm -rf /: Refused: ");
     EXPECT_FALSE(agent.isAsked(1));
 }
 

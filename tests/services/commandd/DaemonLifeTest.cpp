@@ -18,6 +18,7 @@
 #include "tests/services/CommandDaemon.h"
 #include "tests/services/SimulatedAccessory.h"
 #include "tests/services/TemporaryFolder.h"
+#include "tests/signalOne.h"
 
 namespace kestrav {
 namespace {
@@ -55,7 +56,7 @@ class DaemonInMidWrite : public testing::Test {
         const pid_t writer = daemon.waitForChild();
         while (diskByte(1536 * 512 + 1) == 0)
             std::this_thread::yield();
-        ::kill(writer, SIGSTOP);
+        signalOne(writer, SIGSTOP);
         return writer;
     }
 
@@ -74,12 +75,12 @@ TEST_F(DaemonInMidWrite, EndsTheWriteAndAnswersBeforeItStops) {
     ASSERT_FALSE(isAtEnd());
     for (const int number : {SIGTERM, SIGINT, SIGHUP, SIGQUIT}) {
         daemon.signal(number);
-        ::kill(writer, number);  // as a service manager and a terminal do: to all of its processes
+        signalOne(writer, number);  // as a service manager and a terminal do: to all of its processes
     }
     std::this_thread::sleep_for(200ms);
     EXPECT_TRUE(daemon.runs());
     EXPECT_THROW(Client{daemon.port()}, std::runtime_error);  // nobody new is taken
-    ::kill(writer, SIGCONT);
+    signalOne(writer, SIGCONT);
     EXPECT_THAT(client.readOnce(60), StartsWith("Wrote " + std::to_string(imageSize) + " bytes"));
     EXPECT_EQ(daemon.waitForEnd(), 0);
 }
@@ -90,9 +91,9 @@ TEST_F(DaemonInMidWrite, TakesNoNoticeOfSignalsWithoutAMeaning) {
     const pid_t writer = holdInMidWrite(daemon, client);
     for (const int number : {SIGUSR1, SIGUSR2, SIGALRM, SIGPIPE}) {
         daemon.signal(number);
-        ::kill(writer, number);
+        signalOne(writer, number);
     }
-    ::kill(writer, SIGCONT);
+    signalOne(writer, SIGCONT);
     EXPECT_THAT(client.readOnce(60), StartsWith("Wrote " + std::to_string(imageSize) + " bytes"));
     EXPECT_TRUE(daemon.runs());
 }
@@ -126,7 +127,7 @@ TEST_F(DaemonInMidWrite, RefusesASecondUpdateOfTheDiskAndServesOthers) {
                 StartsWith("Refused: the disk sdzz is in use by "));
     EXPECT_THAT(ask(daemon.port(), "dd", {"if=/dev/rsdzz", "skip=1536", "count=1"}),
                 StartsWith("Refused: the disk sdzz is in use by "));
-    ::kill(writer, SIGCONT);
+    signalOne(writer, SIGCONT);
     EXPECT_THAT(client.readOnce(60), StartsWith("Wrote " + std::to_string(imageSize)));
 }
 
@@ -135,7 +136,7 @@ TEST_F(DaemonInMidWrite, FinishesTheWriteWhenThePeerGoes) {
     {
         const Client client(daemon.port());
         const pid_t writer = holdInMidWrite(daemon, client);
-        ::kill(writer, SIGCONT);
+        signalOne(writer, SIGCONT);
     }
     for (int i = 0; i < 6000 && !daemon.children().empty(); ++i)
         std::this_thread::sleep_for(10ms);
@@ -145,7 +146,7 @@ TEST_F(DaemonInMidWrite, FinishesTheWriteWhenThePeerGoes) {
 TEST_F(DaemonInMidWrite, AnswersForAProcessThatDied) {
     const CommandDaemon daemon;
     const Client client(daemon.port());
-    ::kill(holdInMidWrite(daemon, client), SIGKILL);
+    signalOne(holdInMidWrite(daemon, client), SIGKILL);
     EXPECT_EQ(client.readOnce(),
               "Failed: the request's process ended before it was done. If it was a write, repeat it.");
 }

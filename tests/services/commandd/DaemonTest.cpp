@@ -20,6 +20,7 @@
 #include "tests/services/CommandDaemon.h"
 #include "tests/services/SimulatedAccessory.h"
 #include "tests/services/TemporaryFolder.h"
+#include "tests/services/linesSaying.h"
 
 namespace kestrav {
 namespace {
@@ -119,6 +120,8 @@ TEST_P(BadBytes, AreRefusedInWords) {
     client.send(GetParam().bytes);
     EXPECT_THAT(client.readOnce(), StartsWith("Refused: " + GetParam().said));
     EXPECT_EQ(client.readOnce(), "");  // and the connection is closed
+    EXPECT_EQ(linesSaying(daemon_.log(), "Refused: " + GetParam().said), 1U) << daemon_.log();
+    EXPECT_EQ(linesSaying(daemon_.log(), "Refused: "), 1U) << daemon_.log();
     EXPECT_EQ(nothing(), nothingDone);
     EXPECT_TRUE(accessory_.diskBytes() == before_);
 }
@@ -252,7 +255,7 @@ TEST_F(Daemon, RefusesAnotherUserWithoutConsent) {
     ASSERT_EQ(::waitpid(stranger, &status, 0), stranger);
     EXPECT_EQ(status, 0);
     EXPECT_TRUE(accessory_.diskBytes() == before_);
-    EXPECT_THAT(daemon_.log(), HasSubstr("user 65534: Refused: "));
+    EXPECT_EQ(linesSaying(daemon_.log(), "user 65534: Refused: "), 1U) << daemon_.log();
 }
 
 TEST_F(Daemon, DoesNothingForAPeerThatHasGone) {

@@ -10,6 +10,7 @@
 
 #include "services/commandd/PeerProcess.h"
 #include "tests/services/CommandDaemon.h"
+#include "tests/signalOne.h"
 
 namespace kestrav {
 namespace {
@@ -44,7 +45,7 @@ class Connector {
     pid_t pid() const { return pid_; }
     void end() {
         if (pid_ <= 0) return;
-        ::kill(pid_, SIGKILL);
+        signalOne(pid_, SIGKILL);
         ::waitpid(pid_, nullptr, 0);
         pid_ = -1;
     }

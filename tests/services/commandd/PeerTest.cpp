@@ -1,6 +1,5 @@
 #include <arpa/inet.h>
 #include <chrono>
-#include <functional>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
@@ -10,17 +9,17 @@
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
-#include <variant>
-#include <vector>
+#include <utility>
 
 #include "services/commandd/CallerJudge.h"
 #include "services/commandd/Connection.h"
 #include "services/commandd/PeerIdentity.h"
 #include "services/commandd/RequestRunner.h"
-#include "services/privileged/Consent.h"
 #include "services/privileged/Gate.h"
+#include "services/privileged/RequestLog.h"
 #include "tests/services/CommandDaemon.h"
 #include "tests/services/RecordingLog.h"
+#include "tests/services/commandd/FakeConsent.h"
 
 namespace kestrav {
 namespace {
@@ -58,23 +57,33 @@ TEST(PeerIdentity, IsNobodyOnceThePeerHasClosed) {
     EXPECT_FALSE(peerIdentity(pair.service.get()));
 }
 
-TEST(PeerIdentity, IsNotAnotherSocketOnThePeersPort) {
-    Connected pair;
+/// Makes the peer vanish without a word, so that the other end goes on believing in the connection, and listens on the
+/// peer's port in its place. Nothing when another program was quicker to take that port.
+UniqueFd takePlaceOfPeer(Connected& pair) {
     sockaddr_in peer{};
     socklen_t length = sizeof peer;
-    ASSERT_EQ(::getpeername(pair.service.get(), reinterpret_cast<sockaddr*>(&peer), &length), 0);
-    // In repair mode a socket vanishes without a word to its peer, which goes on believing in the connection.
     const int yes = 1;
-    if (::setsockopt(pair.client.socket(), IPPROTO_TCP, TCP_REPAIR, &yes, sizeof yes) != 0) {
-        GTEST_SKIP() << "needs root: TCP_REPAIR";
-    }
+    if (::getpeername(pair.service.get(), reinterpret_cast<sockaddr*>(&peer), &length) != 0) return {};
+    if (::setsockopt(pair.client.socket(), IPPROTO_TCP, TCP_REPAIR, &yes, sizeof yes) != 0) return {};
     pair.client.close();
-    const UniqueFd other(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    ASSERT_EQ(::setsockopt(other.get(), SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes), 0);
-    ASSERT_EQ(::bind(other.get(), reinterpret_cast<const sockaddr*>(&peer), length), 0);
-    ASSERT_EQ(::listen(other.get(), 1), 0);
-    ASSERT_EQ(::getpeername(pair.service.get(), reinterpret_cast<sockaddr*>(&peer), &length), 0);  // it still does
-    EXPECT_FALSE(peerIdentity(pair.service.get()));
+    UniqueFd other(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    ::setsockopt(other.get(), SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+    const bool listens = ::bind(other.get(), reinterpret_cast<const sockaddr*>(&peer), length) == 0 &&
+                         ::listen(other.get(), 1) == 0 &&
+                         ::getpeername(pair.service.get(), reinterpret_cast<sockaddr*>(&peer), &length) == 0;
+    return listens ? std::move(other) : UniqueFd();
+}
+
+TEST(PeerIdentity, IsNotAnotherSocketOnThePeersPort) {
+    if (::geteuid() != 0) GTEST_SKIP() << "needs root: TCP_REPAIR";
+    for (int tries = 0; tries < 50; ++tries) {
+        Connected pair;
+        const UniqueFd other = takePlaceOfPeer(pair);
+        if (!other) continue;
+        EXPECT_FALSE(peerIdentity(pair.service.get()));
+        return;
+    }
+    FAIL() << "could not take the peer's place";
 }
 
 TEST(PeerIdentity, IsNobodyOnOtherSockets) {
@@ -127,34 +136,15 @@ TEST(RootAndOwnUser, TurnsEveryoneElseAway) {
     EXPECT_TRUE(judge.refusal(65534));
 }
 
-/// No device at all, and a note of having been asked.
-class NoDevices final : public BlockDevices {
-  public:
-    std::optional<BlockDevice> find(dev_t) const override { return std::nullopt; }
-    std::vector<dev_t> diskAndPartitions(dev_t) const override { return {}; }
-    std::vector<std::string> builtOnTopOf(dev_t) const override { return {}; }
-};
-
-/// Answers as it is told, and keeps who was asked about.
-class FakeConsent final : public Consent {
-  public:
-    std::optional<Problem> answer;
-    std::vector<AskingProcess> askedAbout;
-
-    std::optional<Problem> refusal(const ConsentSubject& subject, bool, const std::function<bool()>&) override {
-        askedAbout.push_back(std::get<AskingProcess>(subject));
-        return answer;
-    }
-};
-
 class RunRequest : public testing::Test {
   protected:
     FakeConsent consent_;
     NoDevices devices_;
     MountinfoTable mounts_;
     RecordingLog log_;
-    Gate gate_{devices_, mounts_, log_};
-    RequestRunner runner_{consent_, gate_, log_};
+    RequestLog requests_{log_};
+    Gate gate_{devices_, mounts_, requests_};
+    RequestRunner runner_{consent_, gate_, requests_};
     Connected pair_;
 };
 

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <csignal>
 #include <fcntl.h>
+#include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <stdexcept>
@@ -11,6 +12,7 @@
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
+#include <utility>
 
 #include "base/SystemLog.h"
 #include "services/commandd/CallerJudge.h"
@@ -18,8 +20,12 @@
 #include "services/commandd/Server.h"
 #include "services/privileged/Consent.h"
 #include "services/privileged/Gate.h"
+#include "services/privileged/RequestLog.h"
 #include "services/privileged/UdevBlockDevices.h"
 #include "tests/services/CommandDaemon.h"
+#include "tests/services/TemporaryFolder.h"
+#include "tests/services/linesSaying.h"
+#include "tests/signalOne.h"
 
 namespace kestrav {
 namespace {
@@ -36,9 +42,18 @@ class FailingLog final : public SystemLog {
     pid_t server_ = ::getpid();
 };
 
-[[noreturn]] void serveOn(UniqueFd listener) {
+/// Keeps its lines in a file, for another process to read.
+class FileLog final : public SystemLog {
+  public:
+    explicit FileLog(std::string path) : path_(std::move(path)) {}
+    void write(std::string_view entry) override { std::ofstream(path_, std::ios::app) << entry << '\n'; }
+
+  private:
+    std::string path_;
+};
+
+[[noreturn]] void serveOn(UniqueFd listener, RequestLog& log) {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);  // a server that hangs must not outlive the test
-    FailingLog log;
     const UdevBlockDevices devices;
     const MountinfoTable mounts;
     const RootAndOwnUser judge(::geteuid());
@@ -57,7 +72,12 @@ TEST(Server, LetsRequestsEndThatWereBegunBeforeItFailed) {
     UniqueFd listener = listenOnFreePort(port);
     ASSERT_EQ(::fcntl(listener.get(), F_SETFL, O_NONBLOCK), 0);  // as the server expects it
     const pid_t server = ::fork();
-    if (server == 0) serveOn(std::move(listener));
+    ASSERT_GE(server, 0);
+    if (server == 0) {
+        FailingLog failing;
+        RequestLog log(failing);
+        serveOn(std::move(listener), log);
+    }
     listener.reset();
     const Client begun(port);
     begun.send(requestFor("rm", {}));
@@ -69,6 +89,30 @@ TEST(Server, LetsRequestsEndThatWereBegunBeforeItFailed) {
     int status = -1;
     EXPECT_EQ(::waitpid(server, &status, 0), server);
     EXPECT_EQ(WEXITSTATUS(status), 1);
+}
+
+TEST(Server, SaysByItselfHowManyRefusalsItOnlyCounted) {
+    const TemporaryFolder folder;
+    const std::string path = folder.file("log", "");
+    std::uint16_t port = 0;
+    UniqueFd listener = listenOnFreePort(port);
+    ASSERT_EQ(::fcntl(listener.get(), F_SETFL, O_NONBLOCK), 0);
+    const pid_t server = ::fork();
+    ASSERT_GE(server, 0);
+    if (server == 0) {
+        FileLog file(path);
+        RequestLog log(file, std::chrono::seconds(1));
+        // Counted like those of peers whom the system does not tell, because this process asks as the service's user.
+        for (int i = 0; i < 25; ++i)
+            log.refused(RequestLog::kUnknown, "refused");
+        serveOn(std::move(listener), log);
+    }
+    listener.reset();
+    for (int i = 0; i < 2000 && linesSaying(contentsOf(path), "not listed") == 0; ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    EXPECT_EQ(linesSaying(contentsOf(path), "unknown users: 5 more refusals within a minute are not listed"), 1U);
+    signalOne(server, SIGKILL);
+    ::waitpid(server, nullptr, 0);
 }
 
 }  // namespace

@@ -1,3 +1,4 @@
+#include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -12,6 +13,7 @@
 #include "tests/room/DismissingAgent.h"
 #include "tests/room/PasswordAgent.h"
 #include "tests/services/helper/RunningHelper.h"
+#include "tests/signalOne.h"
 
 namespace kestrav {
 namespace {
@@ -61,8 +63,10 @@ TEST_F(Helper, OpensTheImageWithTheUsersRights) {
     UserProcess user(kGuest, callWrite);
     user.go();
     EXPECT_THAT(user.result(), AllOf(StartsWith("Refused: "), HasSubstr("Permission denied")));
-    EXPECT_TRUE(diskIsUntouched());
+    expectOneRefusal(kGuest, "Permission denied");
 }
+
+const std::string kAskedFor = "dd if=/run/image.fds of=/dev/rsdzz seek=1536 bs=512: ";
 
 struct Decision {
     const char* name;
@@ -78,9 +82,7 @@ TEST_P(HelperRefuses, LeavingTheDiskUntouchedAndALineInTheLog) {
     UserProcess user(kGuest, callWrite);
     user.go();
     EXPECT_EQ(user.result(), std::string("AccessDenied: ") + GetParam().answer);
-    EXPECT_TRUE(diskIsUntouched());
-    EXPECT_THAT(log(), HasSubstr("user 4712: dd if=/run/image.fds of=/dev/rsdzz seek=1536 bs=512: " +
-                                 std::string(GetParam().answer)));
+    expectOneRefusal(kGuest, kAskedFor + std::string(GetParam().answer));
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -148,7 +150,24 @@ TEST_F(Helper, RefusesAfterAWrongPassword) {
     ASSERT_TRUE(agent.isAsked()) << agent.shown();
     agent.type("wrong\n");
     EXPECT_EQ(user.result(), "AccessDenied: Refused: an administrator did not agree.");
-    EXPECT_TRUE(diskIsUntouched());
+    expectOneRefusal(kAdmin, kAskedFor + "Refused: an administrator did not agree.");
+}
+
+TEST_F(Helper, DoesNotLetAStrangerFillItsLog) {
+    startDaemons("NO");
+    startHelper();
+    UserProcess user(kGuest, [] {
+        for (int i = 0; i < 30; ++i)
+            callUnmount();
+        return callWrite();
+    });
+    user.go();
+    EXPECT_THAT(user.result(), StartsWith("AccessDenied: Refused: "));
+    signalOne(helper_.pid(), SIGTERM);
+    EXPECT_EQ(helper_.wait(), 0);
+    EXPECT_EQ(linesSaying(log(), "user 4712: umount /dev/sdzzs1: Refused: "), 20U);
+    EXPECT_EQ(linesSaying(log(), "user 4712: 11 more refusals within a minute are not listed"), 1U) << log();
+    EXPECT_EQ(linesSaying(log(), "user 4712"), 21U);
 }
 
 TEST_F(Helper, RefusesWhenThePromptIsDismissed) {
@@ -158,7 +177,7 @@ TEST_F(Helper, RefusesWhenThePromptIsDismissed) {
     const DismissingAgent agent(user.pid(), kAdmin);
     user.go();
     EXPECT_THAT(user.result(), StartsWith("AccessDenied: Refused: "));
-    EXPECT_TRUE(diskIsUntouched());
+    expectOneRefusal(kAdmin, kAskedFor + "Refused: ");
 }
 
 TEST_F(Helper, DoesNotPromptForAProgramThatDoesNotWantThat) {
@@ -170,6 +189,7 @@ TEST_F(Helper, DoesNotPromptForAProgramThatDoesNotWantThat) {
     EXPECT_EQ(user.result(),
               "AccessDenied: Refused: an administrator has to agree, and there is no way to ask for a password here.");
     EXPECT_FALSE(agent.isAsked(1));
+    expectOneRefusal(kAdmin, kAskedFor + "Refused: an administrator has to agree");
 }
 
 TEST_F(Helper, RefusesWhenPolkitIsKilledWhileItAsks) {
@@ -182,7 +202,7 @@ TEST_F(Helper, RefusesWhenPolkitIsKilledWhileItAsks) {
     daemons_.killPolkitd();
     EXPECT_THAT(user.result(),
                 StartsWith("AccessDenied: Refused: the authorization service (polkit) could not decide"));
-    EXPECT_TRUE(diskIsUntouched());
+    expectOneRefusal(kAdmin, kAskedFor + "Refused: the authorization service (polkit) could not decide");
 }
 
 TEST_F(Helper, BeginsNothingForACallerThatIsGone) {
@@ -194,8 +214,7 @@ TEST_F(Helper, BeginsNothingForACallerThatIsGone) {
     ASSERT_TRUE(agent.isAsked()) << agent.shown();
     user.kill();
     ASSERT_TRUE(holdsWithin(10s, [&] { return childrenOf(helper_.pid()).empty(); }));
-    EXPECT_THAT(log(), HasSubstr("gone before the request was begun; nothing was done"));
-    EXPECT_TRUE(diskIsUntouched());
+    expectOneRefusal(kAdmin, kAskedFor + "gone before the request was begun; nothing was done");
 }
 
 TEST_F(HelperOnALargeDisk, EndsTheWriteThatItHasBegunForACallerThatIsGone) {

@@ -20,6 +20,7 @@
 #include "tests/services/SimulatedAccessory.h"
 #include "tests/services/TemporaryFolder.h"
 #include "tests/services/helper/HelperCaller.h"
+#include "tests/services/linesSaying.h"
 
 namespace kestrav {
 
@@ -92,15 +93,16 @@ class Helper : public testing::Test {
     }
 
     /// Starts the helper in this test's view of devices; the bus would start it in the real one.
-    void startHelper() {
+    /// What it writes to its standard error goes to the file `errors`.
+    void startHelper(const std::string& errors = kLog) {
         std::vector<std::string> environment;
         for (const char* name : {"LD_PRELOAD", "UMOCKDEV_DIR"}) {
             if (const char* value = std::getenv(name); value != nullptr) {
                 environment.push_back(std::string(name) + "=" + value);
             }
         }
-        helper_ =
-            ChildProcess::start({"/bin/sh", "-c", std::string("exec ") + KESTRAV_HELPER + " 2>>" + kLog}, environment);
+        helper_ = ChildProcess::start({"/bin/sh", "-c", std::string("exec ") + KESTRAV_HELPER + " 2>>" + errors},
+                                      environment);
         ASSERT_TRUE(holdsWithin(std::chrono::seconds(10), helperHasItsName));
     }
 
@@ -121,6 +123,14 @@ class Helper : public testing::Test {
     bool diskHasTheImage() const {
         std::string after = before_;
         return accessory_->diskBytes() == after.replace(kFirmwareByte, image_.size(), image_);
+    }
+
+    /// Nothing was done, and exactly one line of the log is about that user and says so.
+    void expectOneRefusal(uid_t uid, const std::string& words) const {
+        EXPECT_TRUE(diskIsUntouched());
+        const std::string who = "kestrav-helper: user " + std::to_string(uid) + ": ";
+        EXPECT_EQ(linesSaying(log(), who), 1U) << log();
+        EXPECT_EQ(linesSaying(log(), words), 1U) << log();
     }
 
     const std::string before_;

@@ -93,6 +93,14 @@ TEST_P(UnitFiles, KeepWhatHardensWithoutOne) {
     }
 }
 
+TEST_P(UnitFiles, LeaveRoomForAllRequestsThatTheServiceTakes) {
+    const std::string unit = unitText(GetParam());
+    const std::size_t at = unit.find("\nTasksMax=");
+    ASSERT_NE(at, std::string::npos);
+    // The service takes 64 at once; each has a process of its own, and that one another to read its image.
+    EXPECT_GE(std::stoi(unit.substr(at + std::string("\nTasksMax=").size())), 1 + 64 * 2);
+}
+
 TEST_P(UnitFiles, AreUnderstoodBySystemd) {
     const TemporaryFolder folder;
     std::string name = GetParam();

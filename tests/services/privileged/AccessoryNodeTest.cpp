@@ -57,7 +57,10 @@ TEST(UdevBlockDevices, ListsADiskWithItsPartitions) {
     const auto node = findDisk(devices, "/dev/rsdzz", "sdzz");
     ASSERT_TRUE(node);
     const dev_t disk = node.value().device.number;
-    EXPECT_EQ(devices.diskAndPartitions(disk), (std::vector<dev_t>{disk, disk + 1}));
+    const auto family = devices.diskAndPartitions(disk);
+    ASSERT_TRUE(family);
+    EXPECT_EQ(family.value(), (std::vector<dev_t>{disk, disk + 1}));
+    EXPECT_FALSE(devices.diskAndPartitions(disk + 99));
 }
 
 TEST(UdevBlockDevices, NamesWhatIsBuiltOnTop) {

@@ -4,11 +4,14 @@
 #include <gtest/gtest.h>
 #include <string>
 #include <sys/file.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "base/UniqueFd.h"
 #include "services/privileged/Gate.h"
+#include "services/privileged/RequestLog.h"
 #include "services/privileged/UdevBlockDevices.h"
 #include "tests/services/RecordingLog.h"
 #include "tests/services/SimulatedAccessory.h"
@@ -27,7 +30,7 @@ constexpr std::size_t diskBytes = std::size_t{4} << 20U;
 class GateOnSimulatedDisk : public testing::Test {
   protected:
     std::string perform(std::string_view command, const std::vector<std::string>& arguments) {
-        return Gate(devices_, mounts_, log_).perform(callerWithUid(::geteuid()).value(), command, arguments);
+        return Gate(devices_, mounts_, requests_).perform(callerWithUid(::geteuid()).value(), command, arguments);
     }
     std::string write(const std::string& image, std::uint64_t block) {
         return perform("dd", {"if=" + image, "of=/dev/rsdzz", "seek=" + std::to_string(block), "bs=512"});
@@ -40,12 +43,36 @@ class GateOnSimulatedDisk : public testing::Test {
         return disk.replace(block * 512, image.size(), image);
     }
 
+    /// Writes in a process of its own, which may open that many files at once.
+    std::string writeWithSpareDescriptors(const std::string& image, int spare) {
+        int ends[2];
+        if (::pipe2(ends, O_CLOEXEC) != 0) return "no pipe";
+        const UniqueFd told(ends[0]);
+        UniqueFd telling(ends[1]);
+        const pid_t child = ::fork();
+        if (child == 0) {
+            ::close_range(static_cast<unsigned>(telling.get()) + 1, ~0U, 0);
+            const auto most = static_cast<rlim_t>(telling.get() + 1 + spare);
+            const rlimit few{most, most};
+            ::setrlimit(RLIMIT_NOFILE, &few);
+            const std::string answer = write(image, 1536);
+            ::_exit(::write(telling.get(), answer.data(), answer.size()) > 0 ? 0 : 1);
+        }
+        telling.reset();
+        std::string answer(10240, '\0');
+        const ssize_t got = ::read(told.get(), answer.data(), answer.size());
+        ::waitpid(child, nullptr, 0);
+        answer.resize(got > 0 ? static_cast<std::size_t>(got) : 0);
+        return answer;
+    }
+
     const std::string before_ = patternOf(diskBytes, 7);
     SimulatedAccessory accessory_{before_};
     TemporaryFolder folder_;
     UdevBlockDevices devices_;
     MountinfoTable mounts_;
     RecordingLog log_;
+    RequestLog requests_{log_};
 };
 
 TEST_F(GateOnSimulatedDisk, WritesAFirmware) {
@@ -113,9 +140,20 @@ TEST_F(GateOnSimulatedDisk, RefusesAnotherUsersFile) {
     const std::string image = folder_.file("image", "of root");
     ASSERT_EQ(::chmod(image.c_str(), 0600), 0);
     const std::vector<std::string> arguments{"if=" + image, "of=/dev/rsdzz", "seek=1536", "bs=512"};
-    const std::string answer = Gate(devices_, mounts_, log_).perform(callerWithUid(65534).value(), "dd", arguments);
+    const std::string answer =
+        Gate(devices_, mounts_, requests_).perform(callerWithUid(65534).value(), "dd", arguments);
     EXPECT_THAT(answer, HasSubstr("can't be opened by user 65534: Permission denied"));
     EXPECT_TRUE(accessory_.diskBytes() == before_);
+}
+
+TEST_F(GateOnSimulatedDisk, DoesNotLetAStrangerFillItsLog) {
+    const Caller stranger{::geteuid() + 4711, 65534, {}};
+    Gate gate(devices_, mounts_, requests_);
+    for (int i = 0; i < 100; ++i)
+        gate.perform(stranger, "rm", {});
+    EXPECT_EQ(log_.entries.size(), RequestLog::kListed);
+    gate.perform(stranger, "umount", std::vector<std::string>{"/dev/sdzzs1"});
+    EXPECT_THAT(log_.entries.back(), HasSubstr("was not mounted")) << "what is carried out always has its line";
 }
 
 TEST_F(GateOnSimulatedDisk, RefusesAnotherDisk) {
@@ -148,6 +186,22 @@ TEST_F(GateOnSimulatedDisk, RefusesEverythingElseInOneHarmlessLine) {
     EXPECT_EQ(answer, "Refused: \"rm\\x0a\\x1b[2J\xef\xbf\xbd%n\" is not a command of this service.");
     EXPECT_EQ(log_.entries.size(), 1U);
     EXPECT_LT(log_.entries[0].size(), 3000U);
+}
+
+TEST_F(GateOnSimulatedDisk, SaysWhichTimeThatItLacksDescriptors) {
+    const std::string image = folder_.file("image", "x");
+    std::string answer;
+    int refusals = 0;
+    for (int spare = 0; spare < 40; ++spare) {
+        answer = writeWithSpareDescriptors(image, spare);
+        if (answer.starts_with("Wrote")) break;
+        ++refusals;
+        EXPECT_THAT(answer, StartsWith("Refused: ")) << spare;
+        EXPECT_THAT(answer, HasSubstr("Too many open files")) << spare;
+        EXPECT_TRUE(accessory_.diskBytes() == before_) << spare;
+    }
+    EXPECT_THAT(answer, StartsWith("Wrote 1 bytes"));
+    EXPECT_GT(refusals, 0);
 }
 
 TEST_F(GateOnSimulatedDisk, RefusesADiskThatAnotherServiceHasLocked) {

@@ -1,21 +1,39 @@
+#include <algorithm>
 #include <array>
+#include <chrono>
+#include <csignal>
 #include <cstddef>
 #include <fcntl.h>
 #include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <pwd.h>
 #include <string>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
+#include <vector>
 
+#include "base/UniqueFd.h"
 #include "services/privileged/ImageFile.h"
 #include "tests/services/TemporaryFolder.h"
+#include "tests/signalOne.h"
 
 namespace kestrav {
 namespace {
 
+using namespace std::chrono_literals;
+
 Caller self() {
     return callerWithUid(::geteuid()).value();
+}
+
+std::vector<pid_t> childrenOfThis() {
+    const std::string id = std::to_string(::getpid());
+    std::ifstream list("/proc/" + id + "/task/" + id + "/children");
+    return {std::istream_iterator<pid_t>(list), {}};
 }
 
 std::string refusal(const std::string& path, const Caller& caller = self()) {
@@ -42,17 +60,82 @@ TEST(ImageFile, FollowsALinkOfTheCaller) {
     EXPECT_TRUE(ImageFile::open(folder.path() / "link", self()));
 }
 
-TEST(ImageFile, KeepsTheDescriptorFromPrograms) {
-    const TemporaryFolder folder;
-    const auto before = std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
-    const auto image = ImageFile::open(folder.file("image", "x"), self());
-    const auto after = std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
-    EXPECT_EQ(after, before + 1);  // and nothing of the child's socket
+std::vector<std::string> openPaths() {
+    std::vector<std::string> paths;
     for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
         std::error_code error;
-        if (std::filesystem::read_symlink(entry, error) != folder.path() / "image") continue;
-        EXPECT_EQ(::fcntl(std::stoi(entry.path().filename()), F_GETFD), FD_CLOEXEC);
+        paths.push_back(std::filesystem::read_symlink(entry, error));
     }
+    return paths;
+}
+
+TEST(ImageFile, IsOpenInAnotherProcessAlone) {
+    const TemporaryFolder folder;
+    const std::size_t before = openPaths().size();
+    {
+        const auto image = ImageFile::open(folder.file("image", "x"), self());
+        const auto during = openPaths();
+        EXPECT_EQ(during.size(), before + 1);  // the way to that process
+        EXPECT_EQ(std::ranges::count(during, (folder.path() / "image").string()), 0);
+        ASSERT_EQ(childrenOfThis().size(), 1U);
+    }
+    EXPECT_EQ(openPaths().size(), before);
+    EXPECT_EQ(childrenOfThis(), std::vector<pid_t>());
+}
+
+TEST(ImageFile, GivesAReaderUpThatDoesNotAnswer) {
+    const TemporaryFolder folder;
+    const auto image = ImageFile::open(folder.file("image", "firmware"), self(), {.toOpen = 20s, .toRead = 200ms});
+    ASSERT_TRUE(image);
+    const auto readers = childrenOfThis();
+    ASSERT_EQ(readers.size(), 1U);
+    signalOne(readers.front(), SIGSTOP);
+    std::array<std::byte, 8> bytes{};
+    EXPECT_EQ(image.value().read(0, bytes), std::errc::timed_out);
+    signalOne(readers.front(), SIGCONT);
+    EXPECT_EQ(image.value().read(0, bytes), std::errc::timed_out) << "a late answer was taken";
+    EXPECT_EQ(image.value().lengthError(), std::errc::timed_out);
+}
+
+TEST(ImageFile, SaysWhenItsReaderWasEnded) {
+    const TemporaryFolder folder;
+    const auto image = ImageFile::open(folder.file("image", "firmware"), self());
+    ASSERT_TRUE(image);
+    signalOne(childrenOfThis().at(0), SIGKILL);
+    std::array<std::byte, 8> bytes{};
+    EXPECT_EQ(image.value().read(0, bytes), std::errc::io_error);
+    EXPECT_EQ(image.value().lengthError(), std::errc::io_error);
+}
+
+TEST(ImageFile, EndsItsReaderWithTheProcessThatUsesIt) {
+    const TemporaryFolder folder;
+    const std::string path = folder.file("image", "firmware");
+    std::array<int, 2> ends{};
+    ASSERT_EQ(::pipe2(ends.data(), O_CLOEXEC), 0);
+    const UniqueFd told(ends[0]);
+    UniqueFd telling(ends[1]);
+    const pid_t user = ::fork();
+    if (user == 0) {
+        const auto image = ImageFile::open(path, self());
+        const pid_t reader = childrenOfThis().at(0);
+        if (::write(telling.get(), &reader, sizeof reader) < 0) ::_exit(1);
+        ::pause();
+    }
+    pid_t reader = -1;
+    ASSERT_EQ(::read(told.get(), &reader, sizeof reader), static_cast<ssize_t>(sizeof reader));
+    signalOne(reader, SIGSTOP);  // so that it can't notice by itself
+    signalOne(user, SIGKILL);
+    ::waitpid(user, nullptr, 0);
+    const auto isGone = [reader] {
+        std::ifstream stat("/proc/" + std::to_string(reader) + "/stat");
+        std::string number;
+        std::string name;
+        std::string state;
+        return !(stat >> number >> name >> state) || state == "Z" || state == "X";
+    };
+    for (int i = 0; i < 1000 && !isGone(); ++i)
+        std::this_thread::sleep_for(10ms);
+    EXPECT_TRUE(isGone());
 }
 
 TEST(ImageFile, RefusesWhatIsNoImage) {
@@ -113,11 +196,11 @@ TEST(ImageFile, TellsWhetherTheFileKeptItsLength) {
     const TemporaryFolder folder;
     const auto image = ImageFile::open(folder.file("image", "firmware"), self());
     ASSERT_TRUE(image);
-    EXPECT_TRUE(image.value().keptItsLength());
+    EXPECT_FALSE(image.value().lengthError());
     folder.file("image", "firmware and more");
-    EXPECT_FALSE(image.value().keptItsLength());
+    EXPECT_EQ(image.value().lengthError(), std::errc::result_out_of_range);
     folder.file("image", "firm");
-    EXPECT_FALSE(image.value().keptItsLength());
+    EXPECT_EQ(image.value().lengthError(), std::errc::result_out_of_range);
     std::array<std::byte, 8> bytes{};
     EXPECT_EQ(image.value().read(0, bytes), std::errc::result_out_of_range);
 }

@@ -1,6 +1,8 @@
 // The gate on real block devices, real mounts and real exclusive opening. Needs root.
 
+#include <chrono>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
@@ -13,6 +15,7 @@
 #include <string>
 #include <sys/mman.h>
 #include <sys/mount.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/statfs.h>
 #include <sys/sysmacros.h>
@@ -24,10 +27,13 @@
 #include "services/privileged/Gate.h"
 #include "services/privileged/NodeBytes.h"
 #include "services/privileged/OpenDisk.h"
+#include "services/privileged/RequestLog.h"
 #include "services/privileged/UdevBlockDevices.h"
 #include "tests/services/LoopDisk.h"
 #include "tests/services/RecordingLog.h"
+#include "tests/services/SlowFolder.h"
 #include "tests/services/TemporaryFolder.h"
+#include "tests/signalOne.h"
 
 namespace kestrav {
 namespace {
@@ -51,12 +57,14 @@ class LoopAsAccessory final : public BlockDevices {
   public:
     explicit LoopAsAccessory(const LoopDisk& disk) : disk_(disk) {}
 
-    std::optional<BlockDevice> find(dev_t number) const override {
+    Outcome<BlockDevice> find(dev_t number) const override {
         auto device = devices_.find(number);
-        if (device) device->accessory = device->diskName == disk_.name();
+        if (device) device.value().accessory = device.value().diskName == disk_.name();
         return device;
     }
-    std::vector<dev_t> diskAndPartitions(dev_t disk) const override { return devices_.diskAndPartitions(disk); }
+    Outcome<std::vector<dev_t>> diskAndPartitions(dev_t disk) const override {
+        return devices_.diskAndPartitions(disk);
+    }
     std::vector<std::string> builtOnTopOf(dev_t disk) const override { return devices_.builtOnTopOf(disk); }
 
   private:
@@ -83,7 +91,7 @@ class Bystander {
         began_ = ::read(ready.get(), &done, 1) == 1 && done == 'y';
     }
     ~Bystander() {
-        ::kill(pid_, SIGKILL);
+        signalOne(pid_, SIGKILL);
         ::waitpid(pid_, nullptr, 0);
     }
     Bystander(const Bystander&) = delete;
@@ -125,10 +133,10 @@ class GateOnKernel : public testing::Test {
         const std::string node = "/dev/" + disk_->partitionName();
         ASSERT_EQ(::mount(node.c_str(), place.c_str(), "ext4", 0, nullptr), 0);
     }
-    bool isMounted() const { return !MountinfoTable().placesOf(disk_->partitionNumber()).empty(); }
+    bool isMounted() const { return !MountinfoTable().placesOf(disk_->partitionNumber()).value().empty(); }
 
     std::string perform(std::string_view command, const std::vector<std::string>& arguments) {
-        return Gate(*devices_, mounts_, log_).perform(callerWithUid(0).value(), command, arguments);
+        return Gate(*devices_, mounts_, requests_).perform(callerWithUid(0).value(), command, arguments);
     }
     std::string unmount() { return perform("umount", {"/dev/" + disk_->name() + "s1"}); }
     std::string write(const std::string& image, std::uint64_t block = 1536) {
@@ -144,7 +152,21 @@ class GateOnKernel : public testing::Test {
     std::optional<LoopAsAccessory> devices_;
     MountinfoTable mounts_;
     RecordingLog log_;
+    RequestLog requests_{log_};
 };
+
+TEST_F(GateOnKernel, LetsTheDiskGoWhenTheImagesFileSystemStopsAnswering) {
+    if (!SlowFolder::isPossible()) GTEST_SKIP() << "needs a kernel with FUSE";
+    fs::create_directory(folder_.path() / "slow");
+    const SlowFolder slow(folder_.path() / "slow", {.size = 3'000'000, .stallsFrom = 0});
+    Gate gate(*devices_, mounts_, requests_,
+              {.toOpen = std::chrono::seconds(20), .toRead = std::chrono::milliseconds(300)});
+    const std::vector<std::string> arguments{"if=" + slow.image(), "of=/dev/r" + disk_->name(), "seek=1536", "bs=512"};
+    EXPECT_EQ(gate.perform(callerWithUid(0).value(), "dd", arguments),
+              "Failed: the file system of the image stopped answering. Nothing was written.");
+    EXPECT_TRUE(onDisk() == before_);
+    EXPECT_THAT(write(folder_.file("image", "x")), StartsWith("Wrote 1 bytes"));
+}
 
 TEST_F(GateOnKernel, WritesPastTheSystemsCache) {
     const std::string image = patternOf(3'000'001, 3);
@@ -229,6 +251,43 @@ TEST_F(GateOnKernel, RefusesWhenAnotherMountHidesTheDisks) {
     EXPECT_EQ(on.f_type, 0x01021994);  // the tmpfs is still there
 }
 
+TEST_F(GateOnKernel, UnmountsTheDisksPlaceWhereverItsFolderIsPut) {
+    makeFileSystem();
+    const fs::path folders[] = {folder_.path() / "one", folder_.path() / "two"};
+    for (const fs::path& folder : folders)
+        fs::create_directories(folder / "place");
+    mountAt(folders[0] / "place");
+    ASSERT_EQ(::mount("kestrav-other", (folders[1] / "place").c_str(), "tmpfs", 0, nullptr), 0);
+    const Bystander other([&folders] {
+        if (::fork() == 0) {
+            ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+            // Its owner exchanges the two folders as fast as it can.
+            while (::renameat2(AT_FDCWD, folders[0].c_str(), AT_FDCWD, folders[1].c_str(), RENAME_EXCHANGE) == 0) {
+            }
+        }
+        return true;
+    });
+    for (int i = 0; i < 300; ++i) {
+        unmount();
+        if (!isMounted()) mountAt(folders[0] / "place");
+    }
+    EXPECT_THAT(contentsOf("/proc/self/mountinfo"), HasSubstr(" - tmpfs kestrav-other "))
+        << "the other file system was unmounted";
+}
+
+TEST_F(GateOnKernel, SaysWhenItCannotTellWhatIsMounted) {
+    makeFileSystem();
+    mountAt(place_);
+    const std::string image = folder_.file("image", "x");
+    ASSERT_EQ(::mount("tmpfs", "/proc", "tmpfs", 0, nullptr), 0);
+    const std::string unmounting = unmount();
+    const std::string writing = write(image);
+    ASSERT_EQ(::umount2("/proc", 0), 0);
+    EXPECT_EQ(unmounting, "Refused: the system does not tell what is mounted: No such file or directory.");
+    EXPECT_EQ(writing, unmounting);
+    EXPECT_TRUE(isMounted());
+}
+
 TEST_F(GateOnKernel, NamesWhoHasItMountedWhereTheServiceDoesNotSee) {
     makeFileSystem();
     mountAt(place_);
@@ -291,8 +350,8 @@ TEST_F(GateOnKernel, RefusesADiskThatWasPutInTheJudgedOnesPlace) {
 class LateDevices final : public BlockDevices {
   public:
     explicit LateDevices(BlockDevice known) : known_(std::move(known)) {}
-    std::optional<BlockDevice> find(dev_t) const override { return known_; }
-    std::vector<dev_t> diskAndPartitions(dev_t disk) const override { return {disk}; }
+    Outcome<BlockDevice> find(dev_t) const override { return known_; }
+    Outcome<std::vector<dev_t>> diskAndPartitions(dev_t disk) const override { return std::vector<dev_t>{disk}; }
     std::vector<std::string> builtOnTopOf(dev_t) const override { return {}; }
 
   private:
