@@ -143,6 +143,8 @@ void MainWindow::whileBusy(const std::function<void()>& task) {
     // Longer than the barrier: who sees the buttons enabled can use them.
     const Disabled disabled(*buttons_);
     const InputBarrier barrier;
+    // A service may say nothing at all. Then the window must not go on showing what it said the last time.
+    statusLine_->clear();
     QEventLoop loop;
     std::exception_ptr failure;
     std::thread worker([&] {

@@ -39,7 +39,8 @@ class MainWindow final : public QMainWindow, public MainView {
 
     void setPreferredContentSize(int width, int height) override;
     std::unique_ptr<OpenPanel> makeOpenPanel() override;
-    /// Runs `task` on a thread of its own. Both buttons are shown as disabled meanwhile.
+    /// Runs `task` on a thread of its own. Both buttons are shown as disabled meanwhile, and earlier
+    /// messages have gone.
     void whileBusy(const std::function<void()>& task) override;
 
   protected:

@@ -8,6 +8,8 @@
 #include <utility>
 #include <vector>
 
+#include "services/privileged/DiskCache.h"
+
 namespace kestrav {
 namespace {
 
@@ -50,6 +52,10 @@ std::error_code NodeBytes::write(std::uint64_t offset, std::span<const std::byte
 }
 
 std::error_code NodeBytes::flush() {
+    // The system's memory first, without what fsync() does to the disk, and then the disk's own.
+    constexpr unsigned writeAndWait = SYNC_FILE_RANGE_WAIT_BEFORE | SYNC_FILE_RANGE_WRITE | SYNC_FILE_RANGE_WAIT_AFTER;
+    if (::sync_file_range(node_.get(), 0, 0, writeAndWait) != 0) return systemError(errno);
+    if (const auto error = emptyDiskCache(node_.get())) return error;
     // Not repeated on EINTR or any other error: the kernel reports a lost write once, a second call would find none.
     return ::fsync(node_.get()) == 0 ? std::error_code() : systemError(errno);
 }

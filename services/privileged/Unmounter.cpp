@@ -33,7 +33,7 @@ Outcome<HeldPlace> hold(const std::string& place) {
     const std::size_t slash = place.rfind('/');
     std::string name = slash + 1 < place.size() ? place.substr(slash + 1) : ".";
     UniqueFd folder(::open(place.substr(0, slash + 1).c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-    if (!folder) return refused("the folder of the mount point can't be opened: " + systemWords(errno));
+    if (!folder) return refused("the folder of the mount point can't be opened: " + systemWords(errno) + ".");
     return HeldPlace{std::move(folder), std::move(name)};
 }
 

@@ -43,13 +43,17 @@ sockaddr_in loopback(std::uint16_t port) {
         ::setenv("LISTEN_PID", std::to_string(::getpid()).c_str(), 1);
     }
     ::close_range(handed >= 0 ? 4 : 3, ~0U, 0);
+    // Opened while its place can still be reached: it may have been built in a home that is closed to others.
+    const int program = ::open(KESTRAV_COMMANDD, O_PATH | O_CLOEXEC);
     if (conditions.descriptors) {
         const rlimit limit{*conditions.descriptors, *conditions.descriptors};
         ::setrlimit(RLIMIT_NOFILE, &limit);
     }
     if (conditions.uid && ::setresuid(*conditions.uid, *conditions.uid, *conditions.uid) != 0) ::_exit(126);
     if (conditions.withoutInputAndOutput) ::close_range(STDIN_FILENO, STDOUT_FILENO, 0);
-    ::execl(KESTRAV_COMMANDD, KESTRAV_COMMANDD, static_cast<char*>(nullptr));
+    std::string name = KESTRAV_COMMANDD;
+    char* const arguments[] = {name.data(), nullptr};
+    ::fexecve(program, arguments, environ);
     ::_exit(127);
 }
 

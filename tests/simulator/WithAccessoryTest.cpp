@@ -142,7 +142,10 @@ TEST_F(WithAccessory, PassesSignalsOn) {
 TEST_F(WithAccessory, NeedsNoRights) {
     if (::geteuid() != 0) GTEST_SKIP() << "every other test here already ran without rights";
     std::filesystem::permissions(folder_.path(), std::filesystem::perms::all);
-    const ShellRun asNobody("setpriv --reuid=65534 --regid=65534 --clear-groups " + simulator +
+    // A copy, since the sources may lie in a home that is closed to others.
+    const std::filesystem::path copy = folder_.path() / "simulator";
+    std::filesystem::copy(simulator, copy, std::filesystem::copy_options::recursive);
+    const ShellRun asNobody("setpriv --reuid=65534 --regid=65534 --clear-groups " + copy.string() +
                             "/with-accessory --disk '" + image() +
                             "' sh -c 'id -u; printf x | dd of=/dev/rsdzz bs=512 seek=2048 conv=notrunc status=none'");
     EXPECT_EQ(asNobody.status, 0);

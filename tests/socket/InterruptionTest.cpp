@@ -51,7 +51,7 @@ TEST_P(InterruptedRead, StillGetsTheData) {
     const SignalShower shower;
     char byte = 0;
     EXPECT_EQ(tcp_read_with_timeout(here.get(), &byte, 1, GetParam()), 1);
-    EXPECT_GT(shower.interruptions(), 10);
+    EXPECT_GT(shower.interruptions(), 0);
     sender.join();
 }
 

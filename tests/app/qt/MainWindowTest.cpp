@@ -333,6 +333,14 @@ TEST_F(Window, ShowsTheNewestSystemMessageFromAnyThread) {
     EXPECT_EQ(systemLog_.entries(), (std::vector<std::string>{"first", "second <b>%s\n\x1b"}));
 }
 
+TEST_F(Window, ShowsNoMessageOfAnEarlierTask) {
+    log_.write("Wrote 200000 bytes to sdb at block 1536, verified, 12.3 MB/s.");
+    window_.whileBusy([] {});
+    EXPECT_EQ(window_.statusLine().toPlainText(), "");
+    window_.whileBusy([&] { log_.write("Refused: not this time."); });
+    EXPECT_EQ(window_.statusLine().toPlainText(), "Refused: not this time.");
+}
+
 TEST_F(Window, ShowsTwoLinesOfAMessageWithoutAScrollBar) {
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&window_));
     log_.write("Refused: the image has 16777216 bytes, but sdzz has room for 15990784 from block 1536 on. Nothing.");

@@ -89,13 +89,22 @@ class BusyWindow(DesktopTest):
 
     def assert_nothing_was_kept(self):
         """Input comes in its order: what is done now takes effect after all that was done before, or doesn't."""
-        self.click(self.firmware_button())
-        self.find("dialog", "Choose a firmware image")
+        self.click_until_asked()
         self.assertEqual(len(self.windows()), 2)
         self.dismiss("Choose a firmware image")
         self.wait_until_usable()
         self.assertEqual(len(self.windows()), 1)
         self.wait_for_log([*self.started, *FINISH, "End firmware processing."])
+
+    def click_until_asked(self):
+        """A window manager that has just brought the window back may keep the first click for itself."""
+        for _ in range(3):
+            self.click(self.firmware_button())
+            try:
+                return self.find("dialog", "Choose a firmware image", seconds=8)
+            except self.failureException:
+                pass
+        return self.fail("no click opens the chooser")
 
     def test_clicks_have_no_effect_then_or_later(self):
         self.begin()

@@ -26,6 +26,7 @@ class DesktopTest(RoadTest):
     scale = "1"
     locale = "C.UTF-8"
     look = {}
+    person = {}  # whose desktop it is, as subprocess takes it; the case's own user as a rule
 
     def setUp(self):
         super().setUp()
@@ -84,7 +85,7 @@ class DesktopTest(RoadTest):
         self.store = self.home / ".local/share/com.corvatel.Kestrav/CocoaAppCD.storedata"
 
     def start(self, command, **options):
-        process = subprocess.Popen([*map(str, command)], env=self.environment, **options)
+        process = subprocess.Popen([*map(str, command)], env=self.environment, **self.person, **options)
         self.addCleanup(self.end, process)
         return process
 

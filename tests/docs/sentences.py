@@ -1,0 +1,57 @@
+"""The sentences that the programs say to people, taken from the sources."""
+
+import re
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parents[2]
+FOLDERS = ("app", "base", "cli", "command", "device", "services", "socket")
+
+# What says something to a person: refusals, failures, log lines, alerts, and the functions that put them together.
+SAYS = re.compile(r"""\b(?:refused|failed|cannot|refuse|complain|log|log_\.write|log\.write|write|systemFailure|InstallError
+                      |breakOff|fail|errorHandler_|runModal|verificationFailed|withStatus|partly|StoreFailure
+                      |description|describe|authorizationSentence|kind)\(""", re.X)
+LITERAL = re.compile(r'"((?:[^"\\\n]|\\.)*)"')
+RETURNED = re.compile(r'\breturn (?:"|[^;]*?[+(] ?")[^;]*;|\b\w+ [+]?= "[^;]*;|\{"[^;]*;')
+
+
+def unescaped(literal):
+    return re.sub(r"\\u2019", "\u2019", re.sub(r'\\(["\\])', r"\1", literal))
+
+
+def calls(text):
+    """The arguments of every call that says something, to its closing parenthesis."""
+    for call in SAYS.finditer(text):
+        depth, at = 1, call.end()
+        while depth and at < len(text):
+            if text[at] == '"':
+                at = LITERAL.match(text, at).end()
+                continue
+            depth += {"(": 1, ")": -1}.get(text[at], 0)
+            at += 1
+        yield text[call.end():at]
+    for sentence in RETURNED.finditer(text):
+        yield sentence.group()
+
+
+def is_a_sentence(literal):
+    """Words for a person, and no key, path or format."""
+    return len(re.findall(r"[A-Za-z']{2,}", literal)) >= 2 and " " in literal.strip()
+
+
+def said():
+    """Each fragment of a sentence with the file that says it; neighbouring literals are one."""
+    found = {}
+    for folder in FOLDERS:
+        for file in sorted((ROOT / folder).rglob("*.cpp")):
+            text = re.sub(r"^\s*//.*", "", file.read_text(), flags=re.M)
+            text = re.sub(r'"\s*\n\s*"', "", text)
+            for call in calls(text):
+                for literal in LITERAL.findall(call):
+                    if is_a_sentence(literal):
+                        found.setdefault(unescaped(literal), str(file.relative_to(ROOT)))
+    return found
+
+
+if __name__ == "__main__":
+    for fragment, where in said().items():
+        print(f"{where}: {fragment!r}")
