@@ -218,6 +218,8 @@ TEST_F(HelperOnALargeDisk, EndsOnSigtermAfterTheWorkThatRuns) {
     const pid_t job = jobProcess();
     ASSERT_TRUE(isWriting());
     signalOne(job, SIGSTOP);
+    for (const int number : {SIGTERM, SIGINT})
+        signalOne(job, number);  // as one does who ends a whole group of processes
     signalOne(helper_.pid(), SIGTERM);
     std::this_thread::sleep_for(300ms);
     EXPECT_TRUE(helper_.runs());
@@ -246,10 +248,32 @@ TEST_F(Helper, IsReplacedByAnInstallationOfAnotherProgram) {
     ASSERT_EQ(runProgram({kBless, "install"}).out, "The helper is installed already.\n");
     std::this_thread::sleep_for(300ms);
     EXPECT_TRUE(helper_.runs()) << "ended although nothing changed";
+    fs::remove("/etc/systemd/system/com.corvatel.KestravHelper.service");
+    ASSERT_EQ(runProgram({kBless, "install"}).out, "The helper is installed.\n");
+    std::this_thread::sleep_for(300ms);
+    EXPECT_TRUE(helper_.runs()) << "ended although its program stayed the same";
     std::ofstream("/usr/libexec/kestrav/kestrav-helper", std::ios::app) << "another";
     ASSERT_EQ(runProgram({kBless, "install"}).out, "The helper is installed.\n");
     EXPECT_TRUE(holdsWithin(10s, [&] { return !helper_.runs(); }));
     EXPECT_THAT(callUnmount(), StartsWith("Refused: ")) << "the bus did not start the new one";
+}
+
+TEST_F(HelperOnALargeDisk, IsReplacedAfterTheWriteThatRuns) {
+    startDaemons();
+    startHelper();
+    makeLargeImage();
+    UserProcess user(0, callWrite);
+    user.go();
+    const pid_t job = jobProcess();
+    ASSERT_TRUE(isWriting());
+    signalOne(job, SIGSTOP);
+    std::ofstream("/usr/libexec/kestrav/kestrav-helper", std::ios::app) << "another";
+    ASSERT_EQ(runProgram({kBless, "install"}).out, "The helper is installed.\n");
+    std::this_thread::sleep_for(300ms);
+    EXPECT_TRUE(helper_.runs()) << "ended under a write";
+    signalOne(job, SIGCONT);
+    EXPECT_THAT(user.result(), StartsWith("Wrote 157286400 bytes"));
+    EXPECT_EQ(helper_.wait(), 0);
 }
 
 TEST_F(Helper, IsGoneAfterItsUninstallation) {

@@ -189,6 +189,12 @@ TEST_F(GateOnSimulatedDisk, RefusesEverythingElseInOneHarmlessLine) {
 }
 
 TEST_F(GateOnSimulatedDisk, SaysWhichTimeThatItLacksDescriptors) {
+#ifdef __has_feature
+#if __has_feature(undefined_behavior_sanitizer)
+    // To see whether an object is there, they write it into a pipe; without a descriptor for that, none is.
+    GTEST_SKIP() << "the checks for undefined behaviour need descriptors themselves";
+#endif
+#endif
     const std::string image = folder_.file("image", "x");
     std::string answer;
     int refusals = 0;
