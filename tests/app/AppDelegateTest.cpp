@@ -177,6 +177,14 @@ TEST(Quit, LeavesAStoreThatIsThereAlone) {
     EXPECT_EQ(its.savedRecords(), (PersistentStore::Records{{"colour", "red"}}));
 }
 
+TEST(Quit, DoesNotSaveWhatHasNotChanged) {
+    DelegateOnFakes its;
+    its.delegate.managedObjectContext();
+    its.blockTheStore();
+    EXPECT_EQ(its.delegate.applicationShouldTerminate(), TerminateReply::now);
+    EXPECT_THAT(its.alerts.errors, IsEmpty());
+}
+
 TEST(Quit, SavesFirst) {
     DelegateOnFakes its;
     its.delegate.managedObjectContext()->setValue("colour", "red");

@@ -275,6 +275,14 @@ TEST_F(Window, PaintsEachLineBeforeTheTaskGoesOn) {
     EXPECT_EQ(painted, std::vector<bool>(20, true));
 }
 
+TEST_F(Window, PaintsTheNewestLineBeforeScrollingToItReturns) {
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window_));
+    PaintCounter counter(*logEdit().viewport());
+    const int before = counter.count;
+    controller_->logText()->scrollToEndOfDocument();
+    EXPECT_GT(counter.count, before);
+}
+
 TEST_F(Window, TakesALateLineAsFastAsAnEarlyOne) {
     window_.hide();
     const std::string line = "Loaded icon file: /home/somebody/firmware.fds with 200000 bytes.";
@@ -323,6 +331,10 @@ TEST_F(Window, MovesTheIndicatorWhileItIsShown) {
     controller_->loaderBar()->startAnimation(*controller_->processIconBtn());
     const QImage before = bar().grab().toImage();
     EXPECT_TRUE(QTest::qWaitFor([&] { return bar().grab().toImage() != before; }));
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window_));
+    // Taking a picture paints, too; nothing else may be needed for the bar to do so.
+    PaintCounter counter(bar());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return counter.count > 3; }));
 }
 
 TEST_F(Window, ShowsTheNewestSystemMessageFromAnyThread) {

@@ -3,6 +3,7 @@
 import os
 import pty
 import select
+import shutil
 import signal
 import subprocess
 import termios
@@ -52,9 +53,11 @@ class Consent(DesktopTest):
         Path("/run/dbus").mkdir()
         self.add_account()
         for name in ("com.corvatel.kestrav.policy.in", "com.corvatel.kestrav.run.policy"):
-            actions = (ROOT / "packaging/polkit" / name).read_text()
-            (Path("/usr/share/polkit-1/actions") / name.removesuffix(".in")).write_text(
-                actions.replace("@KESTRAV_BLESS@", "/usr/libexec/kestrav/kestrav-bless"))
+            actions = Path("/usr/share/polkit-1/actions")
+        shutil.copy(ROOT / "packaging/polkit/com.corvatel.kestrav.run.policy", actions)
+        installing = (ROOT / "packaging/polkit/com.corvatel.kestrav.policy.in").read_text()
+        (actions / "com.corvatel.kestrav.policy").write_text(
+            installing.replace("@KESTRAV_BLESS@", "/usr/libexec/kestrav/kestrav-bless"))
         self.start_daemon("/usr/bin/dbus-daemon", "--system", "--nofork", "--nopidfile")
         self.wait_until(lambda: self.bus_has("org.freedesktop.DBus"), "there is no system bus")
         self.start_daemon("/usr/lib/polkit-1/polkitd", "--no-debug")
