@@ -86,7 +86,10 @@ class CommandLine(unittest.TestCase):
         self.is_completed_by(shells.bash)
 
     def test_is_completed_by_zsh(self):
-        self.is_completed_by(shells.zsh)
+        with tempfile.TemporaryDirectory(prefix="kestrav-zsh.") as folder:
+            zsh = shells.Zsh(folder)
+            self.addCleanup(zsh.end)
+            self.is_completed_by(zsh.offers)
 
     def test_is_completed_by_fish(self):
         self.is_completed_by(shells.fish)

@@ -2,6 +2,7 @@
 
 import os
 import pty
+import signal
 import subprocess
 import tempfile
 import time
@@ -56,33 +57,38 @@ def fish(*words):
     return {line.split("\t")[0] for line in run.stdout.splitlines()}
 
 
-def zsh(*words):
-    with tempfile.TemporaryDirectory(prefix="kestrav-zsh.") as folder:
-        answer, ready, start = (Path(folder) / name for name in ("answer", "ready", "start"))
-        start.write_text(ZSH.format(completions=COMPLETIONS, answer=answer, ready=ready))
-        process, terminal = pty.fork()
-        if process == 0:
-            os.execvpe("zsh", ["zsh", "-f", "-i"], {**os.environ, "TERM": "dumb", "HOME": folder})
-        try:
-            os.write(terminal, f"source {start}\n".encode())
-            _wait_for(ready, terminal)
-            os.write(terminal, (" ".join(words) + "\t").encode())
-            _wait_for(answer, terminal)
-            return set(answer.read_text().split())
-        finally:
-            os.kill(process, 9)
-            os.waitpid(process, 0)
-            os.close(terminal)
+class Zsh:
+    """One zsh on a terminal of its own, asked one line after the other: loading its completion system takes a second."""
 
+    def __init__(self, folder):
+        self.answer, ready, start = (Path(folder) / name for name in ("answer", "ready", "start"))
+        start.write_text(ZSH.format(completions=COMPLETIONS, answer=self.answer, ready=ready))
+        self.process, self.terminal = pty.fork()
+        if self.process == 0:
+            os.execvpe("zsh", ["zsh", "-f", "-i"], {**os.environ, "TERM": "dumb", "HOME": str(folder)})
+        os.write(self.terminal, f"source {start}\n".encode())
+        self._wait_for(ready)
 
-def _wait_for(file, terminal):
-    """Until the file is there; what the shell shows meanwhile is taken off it, so that it never waits for its reader."""
-    os.set_blocking(terminal, False)
-    end = time.monotonic() + PATIENCE
-    while not file.exists():
-        try:
-            os.read(terminal, 65536)
-        except BlockingIOError:
-            time.sleep(0.02)
-        if time.monotonic() > end:
-            raise TimeoutError(f"{file.name} did not come")
+    def offers(self, *words):
+        self.answer.unlink(missing_ok=True)
+        # Control-U empties the line of the question before.
+        os.write(self.terminal, b"\x15" + " ".join(words).encode() + b"\t")
+        self._wait_for(self.answer)
+        return set(self.answer.read_text().split())
+
+    def end(self):
+        os.kill(self.process, signal.SIGKILL)
+        os.waitpid(self.process, 0)
+        os.close(self.terminal)
+
+    def _wait_for(self, file):
+        """Takes what the shell shows meanwhile off the terminal, so that it never waits for its reader."""
+        os.set_blocking(self.terminal, False)
+        end = time.monotonic() + PATIENCE
+        while not file.exists():
+            try:
+                os.read(self.terminal, 65536)
+            except BlockingIOError:
+                time.sleep(0.02)
+            if time.monotonic() > end:
+                raise TimeoutError(f"{file.name} did not come")
