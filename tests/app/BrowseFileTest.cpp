@@ -2,9 +2,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "tests/TemporaryFolder.h"
 #include "tests/app/fakes/ControllerOnFakes.h"
 #include "tests/command/LoopbackService.h"
-#include "tests/device/TemporaryFolder.h"
 
 namespace kestrav {
 namespace {

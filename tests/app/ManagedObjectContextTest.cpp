@@ -3,7 +3,7 @@
 #include "app/ManagedObjectContext.h"
 #include "app/ManagedObjectModel.h"
 #include "app/PersistentStoreCoordinator.h"
-#include "tests/device/TemporaryFolder.h"
+#include "tests/TemporaryFolder.h"
 
 namespace kestrav {
 namespace {

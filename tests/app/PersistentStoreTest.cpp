@@ -7,7 +7,7 @@
 #include <sys/stat.h>
 
 #include "app/PersistentStore.h"
-#include "tests/device/TemporaryFolder.h"
+#include "tests/TemporaryFolder.h"
 
 namespace kestrav {
 namespace {

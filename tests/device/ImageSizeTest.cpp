@@ -6,7 +6,7 @@
 #include <unistd.h>
 
 #include "device/imageSize.h"
-#include "tests/device/TemporaryFolder.h"
+#include "tests/TemporaryFolder.h"
 #include "tests/device/memoryIsOurs.h"
 
 namespace kestrav {

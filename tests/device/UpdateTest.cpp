@@ -4,8 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "tests/TemporaryFolder.h"
 #include "tests/command/LoopbackService.h"
-#include "tests/device/TemporaryFolder.h"
 #include "tests/device/fakes/EngineOnFakes.h"
 
 namespace kestrav {

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "base/UniqueFd.h"
-#include "tests/services/TemporaryFolder.h"
+#include "tests/TemporaryFolder.h"
 
 namespace kestrav {
 

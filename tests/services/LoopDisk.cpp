@@ -14,7 +14,7 @@
 #include <unistd.h>
 
 #include "base/UniqueFd.h"
-#include "tests/services/TemporaryFolder.h"
+#include "tests/TemporaryFolder.h"
 
 namespace kestrav {
 namespace {

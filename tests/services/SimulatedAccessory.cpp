@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <umockdev.h>
 
-#include "tests/services/TemporaryFolder.h"
+#include "tests/TemporaryFolder.h"
 
 namespace kestrav {
 namespace {

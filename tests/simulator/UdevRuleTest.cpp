@@ -7,7 +7,7 @@
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 
-#include "tests/device/TemporaryFolder.h"
+#include "tests/TemporaryFolder.h"
 #include "tests/device/linux/PrivateMounts.h"
 #include "tests/simulator/ShellRun.h"
 

@@ -4,7 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "tests/device/TemporaryFolder.h"
+#include "tests/TemporaryFolder.h"
 #include "tests/simulator/ShellRun.h"
 
 namespace kestrav {

@@ -5,12 +5,12 @@
 #include "app/AppDelegate.h"
 #include "app/PersistentStore.h"
 #include "command/HelperInstallation.h"
+#include "tests/TemporaryFolder.h"
 #include "tests/app/fakes/FakeAlerts.h"
 #include "tests/app/fakes/FakeMainView.h"
 #include "tests/app/fakes/FakeResources.h"
 #include "tests/command/fakes/FakeAuthorization.h"
 #include "tests/command/fakes/RecordingLog.h"
-#include "tests/device/TemporaryFolder.h"
 
 namespace kestrav {
 

@@ -10,7 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "app/qt/ImageChooser.h"
-#include "tests/device/TemporaryFolder.h"
+#include "tests/TemporaryFolder.h"
 
 namespace kestrav {
 namespace {

@@ -8,7 +8,7 @@
 #include <sstream>
 
 #include "app/qt/LogTextEdit.h"
-#include "tests/device/TemporaryFolder.h"
+#include "tests/TemporaryFolder.h"
 
 namespace kestrav {
 namespace {

@@ -9,7 +9,7 @@
 #include "base/UniqueFd.h"
 #include "device/linux/MountinfoVolumes.h"
 #include "device/linux/PosixDiskCalls.h"
-#include "tests/device/TemporaryFolder.h"
+#include "tests/TemporaryFolder.h"
 #include "tests/device/fakes/bytes.h"
 #include "tests/device/linux/PrivateMounts.h"
 #include "tests/simulator/ShellRun.h"

@@ -17,9 +17,9 @@
 #include <unistd.h>
 #include <vector>
 
+#include "tests/TemporaryFolder.h"
 #include "tests/services/CommandDaemon.h"
 #include "tests/services/SimulatedAccessory.h"
-#include "tests/services/TemporaryFolder.h"
 #include "tests/services/linesSaying.h"
 
 namespace kestrav {

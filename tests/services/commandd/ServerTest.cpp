@@ -22,8 +22,8 @@
 #include "services/privileged/Gate.h"
 #include "services/privileged/RequestLog.h"
 #include "services/privileged/UdevBlockDevices.h"
+#include "tests/TemporaryFolder.h"
 #include "tests/services/CommandDaemon.h"
-#include "tests/services/TemporaryFolder.h"
 #include "tests/services/linesSaying.h"
 #include "tests/signalOne.h"
 

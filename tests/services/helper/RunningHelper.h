@@ -14,11 +14,11 @@
 #include <utility>
 #include <vector>
 
+#include "tests/TemporaryFolder.h"
 #include "tests/room/SystemDaemons.h"
 #include "tests/room/SystemRoom.h"
 #include "tests/room/runProgram.h"
 #include "tests/services/SimulatedAccessory.h"
-#include "tests/services/TemporaryFolder.h"
 #include "tests/services/helper/HelperCaller.h"
 #include "tests/services/linesSaying.h"
 

@@ -5,8 +5,8 @@
 #include <sstream>
 #include <string>
 
+#include "tests/TemporaryFolder.h"
 #include "tests/room/runProgram.h"
-#include "tests/services/TemporaryFolder.h"
 
 namespace kestrav {
 namespace {

@@ -8,8 +8,8 @@
 #include "services/privileged/AccessoryNode.h"
 #include "services/privileged/OpenDisk.h"
 #include "services/privileged/UdevBlockDevices.h"
+#include "tests/TemporaryFolder.h"
 #include "tests/services/SimulatedAccessory.h"
-#include "tests/services/TemporaryFolder.h"
 
 namespace kestrav {
 namespace {

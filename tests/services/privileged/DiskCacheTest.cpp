@@ -6,7 +6,7 @@
 
 #include "base/UniqueFd.h"
 #include "services/privileged/DiskCache.h"
-#include "tests/services/TemporaryFolder.h"
+#include "tests/TemporaryFolder.h"
 
 namespace kestrav {
 namespace {

@@ -4,7 +4,7 @@
 
 #include "services/privileged/AnswerText.h"
 #include "services/privileged/DiskReader.h"
-#include "tests/services/TemporaryFolder.h"
+#include "tests/TemporaryFolder.h"
 #include "tests/services/privileged/FakeDisk.h"
 
 namespace kestrav {

@@ -7,7 +7,7 @@
 #include <unistd.h>
 
 #include "services/privileged/DiskWriter.h"
-#include "tests/services/TemporaryFolder.h"
+#include "tests/TemporaryFolder.h"
 #include "tests/services/privileged/FakeDisk.h"
 
 namespace kestrav {

@@ -13,9 +13,9 @@
 #include "services/privileged/Gate.h"
 #include "services/privileged/RequestLog.h"
 #include "services/privileged/UdevBlockDevices.h"
+#include "tests/TemporaryFolder.h"
 #include "tests/services/RecordingLog.h"
 #include "tests/services/SimulatedAccessory.h"
-#include "tests/services/TemporaryFolder.h"
 
 namespace kestrav {
 namespace {

@@ -18,7 +18,7 @@
 
 #include "base/UniqueFd.h"
 #include "services/privileged/ImageFile.h"
-#include "tests/services/TemporaryFolder.h"
+#include "tests/TemporaryFolder.h"
 #include "tests/signalOne.h"
 
 namespace kestrav {

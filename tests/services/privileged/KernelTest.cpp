@@ -29,10 +29,10 @@
 #include "services/privileged/OpenDisk.h"
 #include "services/privileged/RequestLog.h"
 #include "services/privileged/UdevBlockDevices.h"
+#include "tests/TemporaryFolder.h"
 #include "tests/services/LoopDisk.h"
 #include "tests/services/RecordingLog.h"
 #include "tests/services/SlowFolder.h"
-#include "tests/services/TemporaryFolder.h"
 #include "tests/signalOne.h"
 
 namespace kestrav {

@@ -7,7 +7,7 @@
 
 #include "base/UniqueFd.h"
 #include "services/privileged/NodeBytes.h"
-#include "tests/services/TemporaryFolder.h"
+#include "tests/TemporaryFolder.h"
 
 namespace kestrav {
 namespace {

@@ -9,8 +9,8 @@
 #include <sys/wait.h>
 
 #include "services/privileged/DiskWriter.h"
+#include "tests/TemporaryFolder.h"
 #include "tests/services/SlowFolder.h"
-#include "tests/services/TemporaryFolder.h"
 #include "tests/services/privileged/FakeDisk.h"
 
 namespace kestrav {
