@@ -55,7 +55,8 @@ class Guest:
         def share(name, path, mode):
             return ["-virtfs", f"local,path={path},mount_tag={name},security_model=none,multidevs=remap,id={name}{mode}"]
 
-        words = ["qemu-system-x86_64", "-accel", "tcg,thread=multi", "-cpu", "max,-la57", "-M", "q35", "-nodefaults",
+        # It ends with this program, however that ends.
+        words = ["setpriv", "--pdeathsig", "KILL", "qemu-system-x86_64", "-accel", "tcg,thread=multi", "-cpu", "max,-la57", "-M", "q35", "-nodefaults",
                  "-display", "none", "-no-reboot", "-smp", "2", "-m", "2048",
                  "-kernel", kernel.image, "-initrd", start,
                  "-append", "console=ttyS0 loglevel=5 panic=-1 mitigations=off net.ifnames=0 "

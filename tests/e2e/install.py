@@ -1,4 +1,4 @@
-"""The packages, made of the programs that are built already, and installed in the guest."""
+"""The packages, and their installation in the guest."""
 
 import shutil
 import subprocess
@@ -9,8 +9,15 @@ from kernel import HERE
 BUILD = ROOT / "build/release"
 
 
-def make_packages(packages):
-    subprocess.run([HERE / "make-packages", BUILD, packages], check=True)
+def gather_packages(packages, built):
+    """Puts the packages into the folder `packages`: those in `built`, or without that folder ones of the release build."""
+    if built is None:
+        subprocess.run([HERE / "make-packages", BUILD, packages], check=True)
+        return
+    packages.mkdir()
+    for package in built.glob("*.deb"):
+        if "-dbgsym_" not in package.name:
+            shutil.copy(package, packages)
 
 
 def install(guest, packages):

@@ -1,4 +1,4 @@
-"""The computer loses its power in the middle of a write. Played last: the guest is gone then, and another one boots."""
+"""The computer loses its power in the middle of a write. The guest is gone then, and another one boots."""
 
 from accessory import Accessory
 from bad_days_test import KEPT_BACK, slow

@@ -2,7 +2,7 @@
 
 from disks import Slots
 from guest import ROOT, Guest
-from install import install, make_packages
+from install import gather_packages, install
 
 CACHE = ROOT / "build/e2e"
 
@@ -14,15 +14,15 @@ class World:
     lock = None  # held open: two runs would clear away each other's folder
 
     @classmethod
-    def begin(cls, folder):
+    def begin(cls, folder, packages=None):
         cls.folder = folder
         cls.slots = Slots(ROOT, folder)
-        make_packages(folder / "packages")
+        gather_packages(folder / "packages", packages)
         return cls.boot("guest")
 
     @classmethod
     def boot(cls, name):
-        """Boots a guest with the packages in it and all the memory of before."""
+        """Boots a guest with the packages in it, both people at its terminals, and all the memory of before."""
         folder = cls.folder / name
         folder.mkdir()
         cls.guest = Guest(CACHE, folder, {"accessories": cls.slots.path, "stick": cls.slots.stick})
@@ -30,6 +30,8 @@ class World:
         cls.guest.sh("modprobe dummy_hcd num=3 is_high_speed=1; modprobe usb_f_mass_storage;"
                      "modprobe usb_storage delay_use=0; chmod 755 /e2e/exchange")
         install(cls.guest, cls.folder / "packages")
+        cls.guest.log_in("anna", "tty1")
+        cls.guest.log_in("ben", "tty2")
         return cls.guest
 
     @classmethod
