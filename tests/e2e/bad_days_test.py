@@ -7,6 +7,7 @@ over. What counts is the service's answer behind it, which stands in the system 
 from accessory import OTHER_VENDOR, SECTORS, SOUND
 from case import GuestCase
 from disks import BLOCK, FIRMWARE, SIZE, content
+from world import World
 
 REPEAT = "The accessory's memory may hold a mixture now: unplug it, plug it in again and repeat the update."
 KEPT_BACK = 1664  # the first block of the memories that are slow from there on; the firmware begins before it
@@ -130,7 +131,7 @@ class Plug(GuestCase):
     def test_another_vendors_stick_beside_it_is_left_alone(self):
         stick = self.plugged(port=1, ids=OTHER_VENDOR, serial="S1", table=f"0 {SECTORS} linear {{stick}} 0")
         self.root.sh("udevadm settle")
-        file = self.guest.folder / "stick.img"
+        file = World.slots.stick
         before, changed = file.read_bytes(), file.stat().st_mtime_ns
         # udev looks again at a disk that somebody has had open for writing, and says so.
         watcher = self.root.start("udevadm", "monitor", "--udev", "--subsystem-match=block")
