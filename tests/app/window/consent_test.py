@@ -48,12 +48,13 @@ class Consent(DesktopTest):
 
     def make_room(self):
         super().make_room()
-        for folder in ("/run", "/var/lib/polkit-1"):
+        for folder in ("/run", "/var/lib/polkit-1", "/mnt"):
             self.mount_empty(folder)
+        self.simulator = self.within_reach(ROOT / "simulator")
+        self.programs = self.within_reach(PROGRAMS)
         Path("/run/dbus").mkdir()
         self.add_account()
-        for name in ("com.corvatel.kestrav.policy.in", "com.corvatel.kestrav.run.policy"):
-            actions = Path("/usr/share/polkit-1/actions")
+        actions = Path("/usr/share/polkit-1/actions")
         shutil.copy(ROOT / "packaging/polkit/com.corvatel.kestrav.run.policy", actions)
         installing = (ROOT / "packaging/polkit/com.corvatel.kestrav.policy.in").read_text()
         (actions / "com.corvatel.kestrav.policy").write_text(
@@ -68,6 +69,14 @@ class Consent(DesktopTest):
         Path(folder).mkdir(exist_ok=True)
         subprocess.run(["mount", "-t", "tmpfs", "-o", "mode=755", "room", folder], check=True)
         self.addCleanup(subprocess.run, ["umount", "-l", folder], check=True)
+
+    def within_reach(self, folder):
+        """The same folder at a place where the person gets to: it may lie in a home that is closed to others."""
+        place = Path("/mnt") / folder.name
+        place.mkdir()
+        subprocess.run(["mount", "--bind", folder, place], check=True)
+        self.addCleanup(subprocess.run, ["umount", "-l", place], check=True)
+        return place
 
     @staticmethod
     def add_account():
@@ -107,8 +116,9 @@ class Consent(DesktopTest):
         gate, number = self.folder / "gate", self.folder / "pid"
         os.mkfifo(gate)
         os.chown(gate, PERSON, PERSON)
-        program = ["sh", "-c", f'echo $$ >{number}; read -r go <{gate}; exec "$0"', PROGRAMS / "kestrav"]
-        window = self.start(self.plugged_in(program), stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL)
+        program = ["sh", "-c", f'echo $$ >{number}; read -r go <{gate}; exec "$0"', self.programs / "kestrav"]
+        command = [self.simulator / "with-accessory", *self.plugged_in(program)[1:]]
+        window = self.start(command, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL)
         self.wait_until(lambda: number.exists() and number.read_text().endswith("\n"), "the program does not start")
         self.agent(int(number.read_text()))
         gate.write_text("go\n")
