@@ -1,5 +1,6 @@
 #pragma once
 
+#include <csignal>
 #include <gtest/gtest.h>
 #include <sched.h>
 #include <sys/mount.h>
@@ -12,16 +13,21 @@ namespace kestrav {
 /// its result, an exit status; -1 if the child ended otherwise and -2 if it may not have mounts of its own.
 template <typename Work>
 int withPrivateMounts(Work work) {
-    constexpr int refused = 125;
+    // No exit status: each of them may be the work's own, or that of a program it runs.
+    constexpr int refused = SIGUSR1;
     const pid_t child = ::fork();
     if (child == 0) {
         const bool isolated =
             ::unshare(CLONE_NEWNS) == 0 && ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
-        ::_exit(isolated ? work() : refused);
+        if (isolated) ::_exit(work());
+        ::signal(refused, SIG_DFL);
+        ::raise(refused);
+        ::_exit(1);
     }
     int status = 0;
-    if (child < 0 || ::waitpid(child, &status, 0) != child || !WIFEXITED(status)) return -1;
-    return WEXITSTATUS(status) == refused ? -2 : WEXITSTATUS(status);
+    if (child < 0 || ::waitpid(child, &status, 0) != child) return -1;
+    if (WIFSIGNALED(status) && WTERMSIG(status) == refused) return -2;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
 }  // namespace kestrav
