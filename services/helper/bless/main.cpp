@@ -3,12 +3,12 @@
 #include <csignal>
 #include <cstdlib>
 #include <exception>
-#include <fcntl.h>
 #include <string>
 #include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "base/StandardDescriptors.h"
 #include "base/writeWithPatience.h"
 #include "services/helper/bless/InstallError.h"
 #include "services/helper/bless/Installer.h"
@@ -25,15 +25,7 @@ void forgetInheritance() {
     ::clearenv();
     ::umask(022);
     ::close_range(3, UINT_MAX, 0);
-    // A missing standard stream would give its number to the first file that is opened.
-    while (true) {
-        const int fd = ::open("/dev/null", O_RDWR);
-        if (fd < 0) ::_exit(1);
-        if (fd > STDERR_FILENO) {
-            ::close(fd);
-            break;
-        }
-    }
+    if (!kestrav::openStandardDescriptors()) ::_exit(1);
     for (const int number : {SIGPIPE, SIGXFSZ})
         std::signal(number, SIG_IGN);
     if (::chdir("/") != 0) ::_exit(1);
