@@ -31,24 +31,28 @@ Level levelOf(const Tree& container) {
     return {node->elements(), node->elements() + node->size, false};
 }
 
+/// The next part of the innermost level that has one; the levels that have none any more are left. None at the end.
+const Tree* nextPart(std::vector<Level>& levels) {
+    while (!levels.empty()) {
+        Level& level = levels.back();
+        if (level.next != level.end) return level.next++;
+        levels.pop_back();
+    }
+    return nullptr;
+}
+
 /// About how much text the tree takes: the texts are counted, the rest is guessed. A wrong guess costs time alone.
 std::size_t guessedSize(const Tree& top) {
     constexpr std::size_t kTextAndComma = 3;
     constexpr std::size_t kLeafAndComma = 10;
     std::size_t size = 0;
     std::vector<Level> levels{levelOf(top)};
-    while (!levels.empty()) {
-        Level& level = levels.back();
-        if (level.next == level.end) {
-            levels.pop_back();
-            continue;
-        }
-        const Tree& part = *level.next++;
-        if (const auto text = part.text()) {
+    while (const Tree* part = nextPart(levels)) {
+        if (const auto text = part->text()) {
             size += text->size() + kTextAndComma;
-        } else if (isContainer(part)) {
+        } else if (isContainer(*part)) {
             size += kTextAndComma;
-            levels.push_back(levelOf(part));
+            levels.push_back(levelOf(*part));
         } else {
             size += kLeafAndComma;
         }
@@ -149,17 +153,11 @@ bool isValidLeaf(const Tree& tree) {
 bool isValidJSONObject(const Tree& tree) {
     if (!isContainer(tree)) return false;
     std::vector<Level> levels{levelOf(tree)};
-    while (!levels.empty()) {
-        Level& level = levels.back();
-        if (level.next == level.end) {
-            levels.pop_back();
-            continue;
-        }
+    while (const Tree* part = nextPart(levels)) {
         // Keys are judged like any other text.
-        const Tree& part = *level.next++;
-        if (isContainer(part)) {
-            levels.push_back(levelOf(part));
-        } else if (!isValidLeaf(part)) {
+        if (isContainer(*part)) {
+            levels.push_back(levelOf(*part));
+        } else if (!isValidLeaf(*part)) {
             return false;
         }
     }
