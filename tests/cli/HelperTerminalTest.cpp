@@ -32,8 +32,7 @@ class HelperInATerminal : public testing::Test {
         // Anybody can reach it here, wherever the build stands.
         fs::copy_file(KESTRAVCTL, kestravctl_);
         SystemDaemons::addActions("/usr/libexec/kestrav/kestrav-bless");
-        daemons_.startBus();
-        daemons_.startPolkitd();
+        daemons_.start();
     }
 
     Terminal inTerminal(std::vector<std::string> words) const {

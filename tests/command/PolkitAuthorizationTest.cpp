@@ -75,10 +75,7 @@ class PolkitConsent : public testing::Test {
         SystemDaemons::addActions(kBless);
     }
 
-    void startDaemons() {
-        daemons_.startBus();
-        daemons_.startPolkitd();
-    }
+    void startDaemons() { daemons_.start(); }
 
     static bool isInstalled() { return fs::exists(kProgram); }
 

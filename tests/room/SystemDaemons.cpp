@@ -62,6 +62,17 @@ void addToGroup(const std::string& group, const std::string& member) {
 
 }  // namespace
 
+void SystemDaemons::start(const std::string& decision) {
+    if (!decision.empty()) {
+        addRule(
+            "polkit.addRule(function(action) {"
+            "  if (action.id == 'com.corvatel.kestrav.run') return polkit.Result." +
+            decision + "; });");
+    }
+    startBus();
+    startPolkitd();
+}
+
 void SystemDaemons::startBus() {
     bus_ = ChildProcess::start({"/usr/bin/dbus-daemon", "--system", "--nofork", "--nopidfile"});
     waitUntil("the bus", busListens);

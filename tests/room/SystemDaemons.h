@@ -9,6 +9,9 @@ namespace kestrav {
 /// The real system bus and the real polkitd, started inside of a SystemRoom. Each can be killed and started again.
 class SystemDaemons {
   public:
+    /// Both. `decision`: what polkit is to say about running commands, such as "YES"; empty for the action's own
+    /// defaults.
+    void start(const std::string& decision = {});
     void startBus();
     void killBus();
     void startPolkitd();

@@ -48,14 +48,7 @@ class CommandsOfAUser : public testing::Test {
     }
 
     void start(const std::string& decision = {}) {
-        if (!decision.empty()) {
-            SystemDaemons::addRule(
-                "polkit.addRule(function(action) {"
-                "  if (action.id == 'com.corvatel.kestrav.run') return polkit.Result." +
-                decision + "; });");
-        }
-        daemons_.startBus();
-        daemons_.startPolkitd();
+        daemons_.start(decision);
         daemon_.emplace();
     }
 
@@ -228,8 +221,7 @@ TEST_F(CommandsOfAUser, AreRefusedWhenTheBusIsKilledInMidQuestionAndAskedAboutWh
     daemons_.killPolkitd();
     EXPECT_THAT(user.result(), StartsWith("Refused: the authorization service (polkit) c"));
     expectOneRefusal(kAdmin, "Refused: the authorization service (polkit) c");
-    daemons_.startBus();
-    daemons_.startPolkitd();
+    daemons_.start();
     UserProcess again = writeAs(kAdmin);
     PasswordAgent secondAgent(again.pid(), kAdmin);
     again.go();

@@ -64,8 +64,7 @@ TEST_F(Helper, EndsWithTheBus) {
     startHelper();
     daemons_.killBus();
     EXPECT_EQ(helper_.wait(), 1);
-    daemons_.startBus();
-    daemons_.startPolkitd();
+    daemons_.start();
     startHelper();
     EXPECT_EQ(callUnmount(), "sdzz1 was not mounted.");
 }

@@ -80,17 +80,8 @@ class Helper : public testing::Test {
         std::filesystem::permissions(kImage, std::filesystem::perms(0644));
     }
 
-    /// `decision`: what polkit is to say about running commands, such as "YES"; empty for the action's own defaults.
-    void startDaemons(const std::string& decision = {}) {
-        if (!decision.empty()) {
-            SystemDaemons::addRule(
-                "polkit.addRule(function(action) {"
-                "  if (action.id == 'com.corvatel.kestrav.run') return polkit.Result." +
-                decision + "; });");
-        }
-        daemons_.startBus();
-        daemons_.startPolkitd();
-    }
+    /// `decision`: see SystemDaemons.
+    void startDaemons(const std::string& decision = {}) { daemons_.start(decision); }
 
     /// Starts the helper in this test's view of devices; the bus would start it in the real one.
     /// What it writes to its standard error goes to the file `errors`.
