@@ -9,7 +9,7 @@ import subprocess
 import termios
 from pathlib import Path
 
-from desktop import PATIENCE, PROGRAMS, DesktopTest
+from desktop import PROGRAMS, DesktopTest
 from road import FINISH, FIRMWARE, PRELUDE, ROOT, content, loaded
 
 PERSON = 4711
@@ -145,7 +145,7 @@ class Consent(DesktopTest):
         self.addCleanup(os.waitpid, child, 0)
         self.addCleanup(os.kill, child, signal.SIGKILL)
         os.close(agents_end)
-        self.assertTrue(select.select([ready], [], [], PATIENCE)[0], "the agent is not ready")
+        self.assertTrue(select.select([ready], [], [], self.patience)[0], "the agent is not ready")
         os.close(ready)
 
     def prompts(self):

@@ -14,18 +14,17 @@ from road import PROGRAMS, RoadTest
 # Set to a folder to keep the pictures that the cases take.
 PICTURES = os.environ.get("KESTRAV_PICTURES")
 
-# Seconds for what comes at once on an idle machine.
-PATIENCE = 30
-
 
 def run(*command, **options):
     return subprocess.run([*map(str, command)], check=True, capture_output=True, text=True, **options).stdout
 
 
 class DesktopTest(RoadTest):
+    patience = 30  # seconds for what comes at once on an idle machine
     scale = "1"
     locale = "C.UTF-8"
     look = {}
+    known = None  # by role and name, the objects that have been found in the open window
     person = {}  # whose desktop it is, as subprocess takes it; the case's own user as a rule
 
     def setUp(self):
@@ -37,9 +36,9 @@ class DesktopTest(RoadTest):
         self.start_display()
         self.window = None
 
-    def wait_until(self, condition, otherwise, process=None, seconds=PATIENCE):
+    def wait_until(self, condition, otherwise, process=None, seconds=None):
         try:
-            super().wait_until(condition, otherwise, process, seconds)
+            super().wait_until(condition, otherwise, process, seconds or self.patience)
         except self.failureException:
             if PICTURES:
                 self.picture("failure")
@@ -96,6 +95,7 @@ class DesktopTest(RoadTest):
         process.wait(timeout=20)
 
     def start_display(self):
+        self.known = {}
         quiet = {"stdin": subprocess.DEVNULL, "stderr": subprocess.DEVNULL}
         x = self.start(["Xvfb", "-displayfd", "1", "-screen", "0", "1600x1200x24", "-nolisten", "tcp", "-noreset"],
                        stdout=subprocess.PIPE, **quiet)
@@ -114,6 +114,7 @@ class DesktopTest(RoadTest):
 
     def open_window(self, plugged=True, ready=True):
         """Starts the program and waits until the window can be used, with the mouse and with the keyboard."""
+        self.known = {}
         self.window = self.launch(plugged)
         if ready:
             self.wait_until(lambda: self.status_line() == "Installed successfully!", "nothing was installed",
@@ -134,19 +135,18 @@ class DesktopTest(RoadTest):
         with open(self.output, "wb") as output:
             return self.start(command, stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.STDOUT)
 
-    def exit_status(self, seconds=PATIENCE):
+    def exit_status(self):
         """As a shell says it: 128 and the signal's number where a signal ended the program."""
-        status = self.window.wait(timeout=seconds)
+        status = self.window.wait(timeout=self.patience)
         return status if status >= 0 else 128 - status
 
     # -- what the person sees --------------------------------------------------------------------------------------
 
-    @staticmethod
-    def atspi():
+    def atspi(self):
         import gi
         gi.require_version("Atspi", "2.0")
         from gi.repository import Atspi
-        Atspi.set_timeout(PATIENCE * 1000, PATIENCE * 1000)
+        Atspi.set_timeout(self.patience * 1000, self.patience * 1000)
         return Atspi
 
     def nodes(self):
@@ -172,16 +172,29 @@ class DesktopTest(RoadTest):
         return found
 
     def look_for(self, role, name=None):
-        """The showing object of this role and name, or None."""
+        """The showing object of this role and name, or None. The one that was found the last time is looked at first:
+        walking the tree asks the program several questions about each object."""
+        known = self.known.get((role, name))
+        if known is not None and self.is_showing(known):
+            return known
         for node in self.nodes():
             try:
-                if node.get_role_name() == role and name in (None, node.get_name()) and self.has(node, "SHOWING"):
-                    return node
+                found = node.get_role_name() == role and name in (None, node.get_name()) and self.has(node, "SHOWING")
             except Exception:  # pylint: disable=broad-except
                 continue
+            if found:
+                self.known[role, name] = node
+                return node
         return None
 
-    def find(self, role, name=None, seconds=PATIENCE):
+    def is_showing(self, node):
+        try:
+            node.clear_cache()
+            return self.has(node, "SHOWING")
+        except Exception:  # pylint: disable=broad-except; it is gone
+            return False
+
+    def find(self, role, name=None, seconds=None):
         found = []
         self.wait_until(lambda: found.append(self.look_for(role, name)) or found[-1], f"there is no {role} {name}",
                         seconds=seconds)
@@ -221,9 +234,9 @@ class DesktopTest(RoadTest):
     def status_line(self):
         return self.text_of("text", "System message")
 
-    def wait_for_log(self, lines, seconds=PATIENCE):
+    def wait_for_log(self, lines):
         expected = "".join(line + "\n" for line in lines)
-        self.wait_until(lambda: self.log() == expected, f"the log is not {expected!r}", seconds=seconds)
+        self.wait_until(lambda: self.log() == expected, f"the log is not {expected!r}")
 
     def alert_texts(self):
         """The texts of the alert that has come up, or is to come, once it can be answered."""
@@ -298,5 +311,8 @@ class DesktopTest(RoadTest):
         self.wait_until(lambda: self.is_in_state(field, "FOCUSED"), "the chooser has no focus")
         self.keys("ctrl+a")
         self.write(str(path))
-        self.wait_until(lambda: self.text_of(*field) == str(path), "the name was not taken")
+        try:
+            self.wait_until(lambda: self.text_of(*field) == str(path), "the name was not taken")
+        except self.failureException:
+            self.fail(f"the name {path} was not taken, but {self.text_of(*field)!r}")
         self.keys("Return")

@@ -5,7 +5,7 @@ import signal
 import subprocess
 from pathlib import Path
 
-from desktop import PATIENCE, PROGRAMS, DesktopTest
+from desktop import PROGRAMS, DesktopTest
 from road import FINISH, FIRMWARE, PRELUDE, ROOT, AnsweringService, content, loaded
 
 SHOW = ROOT / "simulator/show-window"
@@ -51,7 +51,7 @@ class ShowWindow(DesktopTest):
 
     def refused(self, *command, plugged=()):
         result = subprocess.run([*plugged, SHOW, PROGRAMS, *command], env=self.environment, capture_output=True,
-                                text=True, timeout=PATIENCE, check=False)
+                                text=True, timeout=self.patience, check=False)
         self.assertEqual((result.returncode, self.windows()), (1, []))
         return result.stderr
 
