@@ -1,6 +1,8 @@
 #include "base/SystemLog.h"
 
 #include <algorithm>
+#include <cstdlib>
+#include <sys/stat.h>
 #include <syslog.h>
 #include <unistd.h>
 #include <utility>
@@ -24,11 +26,21 @@ void appendHexadecimal(std::string& shown, char byte) {
     shown += {'\\', 'x', digits[value >> 4U], digits[value & 15U]};
 }
 
+/// Whether systemd has connected standard error to its journal. The variable names the stream, so that a program whose
+/// standard error is another one by now does not believe it.
+bool standardErrorIsTheJournal() {
+    const char* stream = std::getenv("JOURNAL_STREAM");
+    struct stat status {};
+    if (stream == nullptr || ::fstat(STDERR_FILENO, &status) != 0) return false;
+    return std::to_string(status.st_dev) + ":" + std::to_string(status.st_ino) == stream;
+}
+
 }  // namespace
 
 SyslogSystemLog::SyslogSystemLog(std::string ident, SlowReader slowReader)
     : ident_(std::move(ident)),
-      slowReader_(slowReader) {
+      slowReader_(slowReader),
+      copies_(!standardErrorIsTheJournal()) {
     ::openlog(ident_.c_str(), LOG_PID, LOG_USER);
 }
 
@@ -39,6 +51,7 @@ SyslogSystemLog::~SyslogSystemLog() {
 void SyslogSystemLog::write(std::string_view entry) {
     const std::string text(entry);
     ::syslog(LOG_NOTICE, "%s", text.c_str());
+    if (!copies_) return;
     // One write for a line of ordinary length, so that lines of two processes don't mix.
     const std::string line = ident_ + ": " + escapedForTerminal(entry) + "\n";
     copyToStandardError(line);

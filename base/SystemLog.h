@@ -14,9 +14,10 @@ class SystemLog {
 };
 
 /// The real one: syslog(3), facility user, priority notice, and a copy on standard error as one line
-/// "IDENT: ENTRY". Control characters are shown escaped in the copy (\x1b), so that text from outside can't steer
-/// a terminal. Bytes from the first NUL on are not sent to syslog(3), which takes NUL-terminated text.
-/// Make one for the life of a process: openlog(3) is process-wide.
+/// "IDENT: ENTRY", unless standard error is the system's log already: systemd says so with JOURNAL_STREAM, and every
+/// line would be in it twice. Control characters are shown escaped in the copy (\x1b), so that text from outside can't
+/// steer a terminal. Bytes from the first NUL on are not sent to syslog(3), which takes NUL-terminated text. Make one
+/// for the life of a process: openlog(3) is process-wide.
 class SyslogSystemLog final : public SystemLog {
   public:
     /// What becomes of a copy while whoever reads standard error, a pipe for example, doesn't take more: a program that
@@ -36,6 +37,7 @@ class SyslogSystemLog final : public SystemLog {
 
     std::string ident_;
     SlowReader slowReader_;
+    bool copies_;
 };
 
 /// `text` for one line on a terminal: the bytes of control characters (U+0000 to U+001F, U+007F to U+009F), and bytes

@@ -1,9 +1,11 @@
 #include <array>
+#include <cstdlib>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
 
@@ -33,6 +35,26 @@ TEST(SyslogSystemLog, CopiesTheEntryToStandardErrorAsData) {
     testing::internal::CaptureStderr();
     SyslogSystemLog("kestrav-test").write("50 %s %n done");
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "kestrav-test: 50 %s %n done\n");
+}
+
+/// What is on standard error after a line, with JOURNAL_STREAM naming it, its inode increased by `offset`.
+std::string copyWithJournalStream(ino_t offset) {
+    testing::internal::CaptureStderr();
+    struct stat status {};
+    ::fstat(STDERR_FILENO, &status);
+    const std::string stream = std::to_string(status.st_dev) + ":" + std::to_string(status.st_ino + offset);
+    ::setenv("JOURNAL_STREAM", stream.c_str(), 1);
+    SyslogSystemLog("kestrav-test").write("done");
+    ::unsetenv("JOURNAL_STREAM");
+    return testing::internal::GetCapturedStderr();
+}
+
+TEST(SyslogSystemLog, CopiesNothingToTheJournalWhichHasItAlready) {
+    EXPECT_EQ(copyWithJournalStream(0), "");
+}
+
+TEST(SyslogSystemLog, CopiesToStandardErrorThatIsTheJournalNoLonger) {
+    EXPECT_EQ(copyWithJournalStream(1), "kestrav-test: done\n");
 }
 
 /// Standard error is a full pipe until the object goes.
