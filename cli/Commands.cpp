@@ -7,6 +7,7 @@
 
 #include "base/SystemLog.h"
 #include "base/utf8.h"
+#include "cli/LastEntryLog.h"
 #include "cli/OrdinaryFile.h"
 #include "cli/OutputFile.h"
 #include "cli/TransferMeter.h"
@@ -74,9 +75,10 @@ void printDevice(const Console& console, const DeviceObject& device, bool json) 
 /// Carries out one kind of invocation after the other; one object serves one call.
 class Performer {
   public:
-    Performer(KestravDevice& device, const TransferMeter& meter, const Console& console)
+    Performer(KestravDevice& device, const TransferMeter& meter, const LastEntryLog& answers, const Console& console)
         : device_(device),
           meter_(meter),
+          answers_(answers),
           console_(console) {}
 
     ExitCode operator()(const DetectInvocation& detect) const {
@@ -176,6 +178,9 @@ class Performer {
 
   private:
     ExitCode verify(const OrdinaryFile& image, std::int64_t areaOffset) const {
+        // A disk shows from its own memory what it could not keep. Then only the service has heard the truth.
+        if (answers_.last().starts_with("Failed: "))
+            return verificationFailed("the service says that the write failed");
         for (std::int64_t done = 0; done < image.size(); done += kVerifyPiece) {
             const std::vector<std::byte> wanted = image.read(done, kVerifyPiece);
             const std::int64_t length = std::min(kVerifyPiece, image.size() - done);
@@ -198,14 +203,15 @@ class Performer {
 
     KestravDevice& device_;
     const TransferMeter& meter_;
+    const LastEntryLog& answers_;
     const Console& console_;
 };
 
 }  // namespace
 
 ExitCode carryOut(const Invocation& invocation, KestravDevice& device, const TransferMeter& meter,
-                  const Console& console) {
-    const ExitCode code = std::visit(Performer(device, meter, console), invocation);
+                  const LastEntryLog& answers, const Console& console) {
+    const ExitCode code = std::visit(Performer(device, meter, answers, console), invocation);
     if (console.out.flush()) return code;
     complain(console, "Standard output can't be written; what was printed is not complete.");
     return code == ExitCode::success ? ExitCode::wrongCall : code;

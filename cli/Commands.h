@@ -8,6 +8,7 @@
 namespace kestrav {
 
 class KestravDevice;
+class LastEntryLog;
 class TransferMeter;
 
 /// Where a command says what it has to say. Neither stream is owned.
@@ -17,9 +18,9 @@ struct Console {
 };
 
 /// Carries one invocation out on `device`, which reads disks through `meter` and whose progress lines must already lead
-/// to the right stream of `console`. Files are checked before the engine sees them, since the engine stops the process
+/// to the right stream of `console`. `answers` is the log of the command service that `device` writes through. Files are checked before the engine sees them, since the engine stops the process
 /// on an unreadable image.
 ExitCode carryOut(const Invocation& invocation, KestravDevice& device, const TransferMeter& meter,
-                  const Console& console);
+                  const LastEntryLog& answers, const Console& console);
 
 }  // namespace kestrav

@@ -8,6 +8,7 @@
 #include "base/StandardDescriptors.h"
 #include "base/SystemLog.h"
 #include "cli/Commands.h"
+#include "cli/LastEntryLog.h"
 #include "cli/TerminalLog.h"
 #include "cli/TransferMeter.h"
 #include "cli/helperCommand.h"
@@ -56,14 +57,15 @@ int perform(const kestrav::Invocation& invocation) {
     if (asksTheService(invocation)) agent.emplace();
     std::ostream& progress = putsDataOnStandardOutput(invocation) ? std::cerr : std::cout;
     SyslogSystemLog systemLog("kestravctl");
-    CommandService commandService(systemLog);
+    LastEntryLog answers(systemLog);
+    CommandService commandService(answers);
     UdevDeviceRegistry registry;
     MountinfoVolumes volumes;
     PosixDiskCalls diskCalls;
     TransferMeter meter(diskCalls);
     KestravDevice device(registry, volumes, meter, commandService, progress);
     device.setParent(std::make_shared<TerminalLog>(progress));
-    return static_cast<int>(carryOut(invocation, device, meter, {std::cout, std::cerr}));
+    return static_cast<int>(carryOut(invocation, device, meter, answers, {std::cout, std::cerr}));
 }
 
 }  // namespace

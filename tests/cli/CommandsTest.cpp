@@ -1,9 +1,12 @@
+#include <atomic>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <memory>
 #include <sstream>
 
 #include "cli/Commands.h"
+#include "cli/LastEntryLog.h"
 #include "cli/TransferMeter.h"
 #include "tests/command/LoopbackService.h"
 #include "tests/device/fakes/EngineOnFakes.h"
@@ -17,6 +20,12 @@ namespace fs = std::filesystem;
 constexpr std::size_t kFirmwareOffset = 1536 * 512;
 constexpr std::size_t kIconOffset = 2048 * 512;
 constexpr std::uintmax_t kPiece = 64 << 20;
+
+/// What the service says to an update: first of the unmounting, then of the write.
+LoopbackBehaviour answersInTurn(std::string ofUnmounting, std::string ofWrite) {
+    const auto turn = std::make_shared<std::atomic<int>>(0);
+    return [=](LoopbackConnection& connection) { answers((*turn)++ == 0 ? ofUnmounting : ofWrite)(connection); };
+}
 
 /// kestravctl without its process: an engine on fakes, a folder of its own, and both streams in memory.
 class Commands : public testing::Test {
@@ -47,14 +56,16 @@ class Commands : public testing::Test {
         on.disks.disks["/dev/disk2"] = std::move(disk);
     }
 
-    ExitCode carriedOut(const Invocation& invocation) { return carryOut(invocation, engine, meter, {out, err}); }
+    ExitCode carriedOut(const Invocation& invocation) { return carryOut(invocation, engine, meter, log, {out, err}); }
 
     bool complained(std::string_view words) const { return err.str().find(words) != std::string::npos; }
 
     LoopbackService service;
-    EngineOnFakes on{service.port()};
+    EngineOnFakes on;
+    LastEntryLog log{on.systemLog};
+    CommandService commands{log, {.port = service.port(), .connectSeconds = 5, .readSeconds = 5}};
     TransferMeter meter{on.disks};
-    KestravDevice engine{on.registry, on.volumes, meter, on.commands, on.console};
+    KestravDevice engine{on.registry, on.volumes, meter, commands, on.console};
     std::ostringstream out;
     std::ostringstream err;
 
@@ -119,6 +130,17 @@ TEST_F(Verify, FailsWhenTheDiskCannotBeReadBack) {
     EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, made("f", "firmware"), true}),
               ExitCode::verificationFailed);
     EXPECT_TRUE(complained("can't be read back"));
+}
+
+TEST_F(Verify, BelievesAServiceThatSaysThatTheWriteFailed) {
+    plugIn(2 << 20, kFirmwareOffset, "firmware");
+    const UpdateInvocation update{ImageKind::firmware, made("f", "firmware"), true};
+    service.setBehaviour(answersInTurn("disk2s1 was not mounted.", "Failed: the disk did not keep it."));
+    EXPECT_EQ(carriedOut(update), ExitCode::verificationFailed);
+    EXPECT_TRUE(complained("the service says that the write failed"));
+    // Only of the write: a failed unmounting is followed by the write's own answer.
+    service.setBehaviour(answersInTurn("Failed: disk2s1 is busy.", "Wrote 8 bytes."));
+    EXPECT_EQ(carriedOut(update), ExitCode::success);
 }
 
 TEST_F(Verify, ComparesPastTheFirstPiece) {
