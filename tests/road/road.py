@@ -56,6 +56,8 @@ def content(size, seed=1):
 
 
 class RoadTest(unittest.TestCase):
+    pause = 0.02  # seconds between two looks at what is waited for
+
     def setUp(self):
         bring_loopback_up()
         unmount_drives()
@@ -97,7 +99,7 @@ class RoadTest(unittest.TestCase):
         while not condition():
             if time.monotonic() > end or (process is not None and process.poll() is not None):
                 self.fail(f"{otherwise}\n{self.service_log()}")
-            time.sleep(0.02)
+            time.sleep(self.pause)
 
     @staticmethod
     def stop_service(service):
