@@ -6,6 +6,15 @@ KESTRAV = ("0x10d6", "0xfd01")
 OTHER_VENDOR = ("0x0951", "0x1666")
 SECTORS = SIZE // BLOCK
 SOUND = f"0 {SECTORS} linear {{disk}} {{start}}"
+KEPT_BACK = 1664  # the first block of the memories that are slow from there on; the firmware begins before it
+
+
+def slow(milliseconds):
+    """A memory that takes writes quickly up to KEPT_BACK, and keeps those behind that back for this long. Reads and
+    empty flushes, which come when a disk is looked at, go on at once."""
+    place = "{disk} {start}"
+    return (f"0 {KEPT_BACK} linear {place}\n"
+            f"{KEPT_BACK} {SECTORS - KEPT_BACK} delay {place} 0 {place} {milliseconds} {place} 0")
 
 
 class Accessory:

@@ -3,13 +3,10 @@
 import time
 import unittest
 
-from accessory import Accessory
-from disks import FIRMWARE, content
+from accessory import KEPT_BACK, Accessory
+from disks import BLOCK, FIRMWARE, content
 from guest import PATIENCE
 from world import World
-
-PRELUDE = ["Writing to device memory space."]
-FINISH = ["", "Finished writing to device."]
 
 
 class GuestCase(unittest.TestCase):
@@ -33,12 +30,12 @@ class GuestCase(unittest.TestCase):
     def plugged(self, **how):
         return self.accessory(**how).plug()
 
-    def image(self, size, name="image.fds", seed=1):
-        """A file of the guest's with `content(size, seed)`; its path there."""
-        folder = self.guest.exchange / self.id().rsplit(".", 1)[1]
-        folder.mkdir(exist_ok=True)
+    def image(self, size, seed=1, kind="fds"):
+        """A file of the guest's with `content(size, seed)`; its path there, which is short: it is typed by hand."""
+        folder = self.guest.images
+        name = f"{len(list(folder.iterdir()))}.{kind}"
         (folder / name).write_bytes(content(size, seed))
-        return f"/e2e/exchange/{folder.name}/{name}"
+        return f"/images/{name}"
 
     # -- what was said ---------------------------------------------------------------------------------------------
 
@@ -64,13 +61,12 @@ class GuestCase(unittest.TestCase):
                 self.fail(otherwise + "; it has: " + "\n".join(self.system_log()))
             time.sleep(0.1)
 
-    def assert_handed_over(self, result, path, size):
-        """The front end has said that it handed the image over, which it says whatever became of it."""
-        self.assertEqual(result.out.replace("\r", "").splitlines(),
-                         [f"Loaded icon file: {path} with {size} bytes.", *PRELUDE, *FINISH], str(result))
-        self.assertEqual(result.status, 0, str(result))
-
     # -- what became of the disks ----------------------------------------------------------------------------------
+
+    def wait_until_begun(self, accessory, size):
+        """Waits until the first blocks of the image have arrived in a slow() memory, which is seen from outside."""
+        begun = content(size)[:KEPT_BACK * BLOCK - FIRMWARE]
+        self.wait_until(lambda: accessory.slot.read()[FIRMWARE:KEPT_BACK * BLOCK] == begun, "the update does not begin")
 
     def assert_disk(self, accessory):
         """Pulls the accessory and compares its whole memory, from outside of the guest, with what is expected of it."""

@@ -2,6 +2,7 @@
 
 from case import GuestCase
 from disks import FIRMWARE, ICON, content
+from world import World
 
 PROMPT = "Password:"
 
@@ -9,7 +10,7 @@ PROMPT = "Password:"
 class Consent(GuestCase):
     def setUp(self):
         super().setUp()
-        self.anna, self.ben = self.guest.people["anna"], self.guest.people["ben"]
+        self.anna, self.ben = World.person("anna"), World.person("ben")
 
     def test_anna_has_a_seat(self):
         session = self.root.sh("loginctl show-session -p Seat -p Active -p Name"

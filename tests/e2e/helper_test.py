@@ -2,6 +2,7 @@
 
 from case import GuestCase
 from disks import FIRMWARE, content
+from world import World
 
 UNIT = "com.corvatel.KestravHelper.service"
 PROMPT = "Password:"
@@ -14,7 +15,7 @@ class HelperCase(GuestCase):
 
     def answer_password(self, *argv):
         """Runs a program in anna's terminal, which asks once, and gives what was on the screen."""
-        job = self.guest.people["anna"].start(*argv, terminal=True)
+        job = World.person("anna").start(*argv, terminal=True)
         job.wait_for(PROMPT)
         job.type("secret\n")
         result = job.wait()

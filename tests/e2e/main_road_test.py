@@ -1,10 +1,10 @@
 """A good day: the accessory is plugged in, found, and gets its firmware and its icon."""
 
-from case import GuestCase
 from disks import FIRMWARE, ICON, content
+from fronts import KestravctlCase
 
 
-class MainRoad(GuestCase):
+class MainRoad(KestravctlCase):
     def test_detect_finds_the_accessory_by_its_own_name(self):
         accessory = self.plugged()
         found = self.root.run("kestravctl", "detect").out.splitlines()
@@ -23,20 +23,20 @@ class MainRoad(GuestCase):
         self.root.run("systemctl", "stop", "kestrav-commandd.service", check=False)
         accessory, path = self.plugged(), self.image(200000)
         accessory.slot.expect(FIRMWARE, content(200000))
-        result = self.root.run("kestravctl", "firmware", path)
-        self.assert_handed_over(result, path, 200000)
-        self.assertIn(f"Wrote 200000 bytes to {accessory.disk} at block 1536, verified", result.err)
+        told = self.update("firmware", path)
+        self.assert_handed_over(told, path, 200000)
+        self.assert_verified(told, f"Wrote 200000 bytes to {accessory.disk} at block 1536, verified")
         state = self.root.run("systemctl", "show", "-p", "ActiveState", "--value", "kestrav-commandd.service").out
         self.assertEqual(state.strip(), "active")
         self.assert_disk(accessory)
 
     def test_firmware_and_icon_land_whole_and_nothing_else_changes(self):
         accessory = self.plugged()
-        firmware, icon = self.image(262144, "f.fds", 2), self.image(40001, "i.fif", 3)
+        firmware, icon = self.image(262144, 2), self.image(40001, 3, "fif")
         accessory.slot.expect(FIRMWARE, content(262144, 2))
         accessory.slot.expect(ICON, content(40001, 3))
-        for kind, path, size in (("firmware", firmware, 262144), ("icon", icon, 40001)):
-            result = self.root.run("kestravctl", kind, "--verify", path)
-            self.assertIn(f"Verified: the {size} bytes on the disk are those of the image.", result.out)
-            self.assertIn(f"Wrote {size} bytes to {accessory.disk}", result.err)
+        for kind, path, size, block in (("firmware", firmware, 262144, 1536), ("icon", icon, 40001, 2048)):
+            told = self.update(kind, path)
+            self.assert_handed_over(told, path, size, kind)
+            self.assert_verified(told, f"Wrote {size} bytes to {accessory.disk} at block {block}, verified")
         self.assert_disk(accessory)

@@ -4,11 +4,12 @@ import json
 
 from case import GuestCase
 from disks import FIRMWARE, PARTITION, content
+from world import World
 
 
 class Mounted(GuestCase):
     def mount(self, disk):
-        said = self.guest.people["anna"].run("udisksctl", "mount", "-b", f"/dev/{disk}1").out
+        said = World.person("anna").run("udisksctl", "mount", "-b", f"/dev/{disk}1").out
         self.assertIn("Mounted", said)
         return said.split(" at ")[1].strip().rstrip(".")
 

@@ -1,7 +1,6 @@
 """The computer loses its power in the middle of a write. The guest is gone then, and another one boots."""
 
-from accessory import Accessory
-from bad_days_test import KEPT_BACK, slow
+from accessory import KEPT_BACK, Accessory, slow
 from case import GuestCase
 from disks import BLOCK, FIRMWARE, content
 from world import World
@@ -16,7 +15,7 @@ class PowerCut(GuestCase):
         slot, begun = accessory.slot, content(SIZE)[:KEPT_BACK * BLOCK - FIRMWARE]
         before = slot.read()
         self.root.start("kestravctl", "firmware", path)
-        self.wait_until(lambda: slot.read()[FIRMWARE:KEPT_BACK * BLOCK] == begun, "the update does not begin")
+        self.wait_until_begun(accessory, SIZE)
         self.guest.cut_power()
         found = slot.read()
         self.assertEqual(found[:FIRMWARE] + begun + found[KEPT_BACK * BLOCK:], before[:FIRMWARE] + begun +

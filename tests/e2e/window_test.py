@@ -1,29 +1,30 @@
-"""The window in the session of its user, with the consent asked for and given, and both images sent by clicking."""
+"""The window in the session of its user: launched with the consent asked for and given, used by clicking, and left."""
 
-import json
-
-from case import GuestCase
+from bad_days import wrote
 from disks import FIRMWARE, ICON, content
+from fronts import NOT_READY, WindowCase
 
-PERSON = "/e2e/tests/e2e/guest/window_person.py"
 
+class Window(WindowCase):
+    def test_an_accessory_that_was_never_plugged_in_is_not_ready(self):
+        path = self.image(5000)
+        told = self.update("firmware", path)
+        self.assert_lines(told, path, 5000, NOT_READY)
+        self.assertEqual(told.answer, "")
 
-class Window(GuestCase):
-    def test_is_launched_with_consent_and_sends_both_images_by_clicking(self):
+    def test_asks_for_consent_at_its_launch_and_sends_both_images_by_clicking(self):
+        self.assertEqual(self.window.at_launch["asked"], 1)
+        self.assertEqual(self.window.at_launch["status line"], "Installed successfully!")
         accessory = self.plugged()
-        firmware, icon = self.image(200000, "new.fds", 4), self.image(5000, "new.fif", 5)
+        firmware, icon = self.image(200000, 4), self.image(5000, 5, "fif")
         accessory.slot.expect(FIRMWARE, content(200000, 4))
         accessory.slot.expect(ICON, content(5000, 5))
-        pictures = "/e2e/exchange/pictures"
-        self.root.run("install", "-d", "-m", "777", pictures)
-        visit = self.guest.people["anna"].run("/usr/bin/python3", PERSON, firmware, icon, pictures, seconds=400)
-        seen = json.loads(visit.out)
-        self.assertEqual(seen["log"].splitlines(), [
-            "Preparing to process firmware.", f"Loaded icon file: {firmware} with 200000 bytes.",
-            "Writing to device memory space.", "", "Finished writing to device.", "End firmware processing.",
-            "Preparing to process icon.", f"Loaded icon file: {icon} with 5000 bytes.",
-            "Writing to device memory space.", "", "Finished writing to device.", "End icon processing."])
-        self.assertIn(f"Wrote 200000 bytes to {accessory.disk} at block 1536, verified", seen["firmware"])
-        self.assertIn(f"Wrote 5000 bytes to {accessory.disk} at block 2048, verified", seen["icon"])
-        self.assertEqual(seen["exit status"], 0)
+        told = self.update("firmware", firmware)
+        self.assert_handed_over(told, firmware, 200000)
+        self.assert_verified(told, wrote(200000, accessory.disk))
+        told = self.update("icon", icon)
+        self.assert_handed_over(told, icon, 5000, "icon")
+        self.assert_verified(told, f"Wrote 5000 bytes to {accessory.disk} at block 2048, verified")
+        self.wait_for_log("user 1801: dd if=", "kestrav-commandd")
+        self.window.picture("updated")
         self.assert_disk(accessory)

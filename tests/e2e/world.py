@@ -1,8 +1,9 @@
-"""What all cases of one run share: one guest at a time, and the memory of its accessories."""
+"""What the cases of one part share: one guest at a time, and the memory of its accessories."""
 
 from disks import Slots
 from guest import ROOT, Guest
-from install import gather_packages, install
+from install import install
+from window import Window
 
 CACHE = ROOT / "build/e2e"
 
@@ -11,28 +12,39 @@ class World:
     guest = None
     slots = None
     folder = None
-    lock = None  # held open: two runs would clear away each other's folder
+    packages = None
 
     @classmethod
-    def begin(cls, folder, packages=None):
-        cls.folder = folder
+    def begin(cls, folder, packages):
+        cls.folder, cls.packages = folder, packages
         cls.slots = Slots(ROOT, folder)
-        gather_packages(folder / "packages", packages)
-        return cls.boot("guest")
+        cls.boot("guest")
 
     @classmethod
     def boot(cls, name):
-        """Boots a guest with the packages in it, both people at its terminals, and all the memory of before."""
+        """Boots a guest with the packages in it and all the memory of before."""
         folder = cls.folder / name
         folder.mkdir()
         cls.guest = Guest(CACHE, folder, {"accessories": cls.slots.path, "stick": cls.slots.stick})
         cls.guest.wait_until_ready()
         cls.guest.sh("modprobe dummy_hcd num=3 is_high_speed=1; modprobe usb_f_mass_storage;"
                      "modprobe usb_storage delay_use=0; chmod 755 /e2e/exchange")
-        install(cls.guest, cls.folder / "packages")
-        cls.guest.log_in("anna", "tty1")
-        cls.guest.log_in("ben", "tty2")
+        install(cls.guest, cls.packages)
         return cls.guest
+
+    @classmethod
+    def person(cls, name):
+        """Somebody in the guest; both of its people log in when the first of them is needed."""
+        if name not in cls.guest.people:
+            cls.guest.log_in(anna="tty1", ben="tty2")
+        return cls.guest.people[name]
+
+    @classmethod
+    def window(cls):
+        """The window in anna's session, opened when it is needed first and open until the guest goes."""
+        if cls.guest.window is None:
+            cls.guest.window = Window(cls.guest, cls.person("anna"))
+        return cls.guest.window
 
     @classmethod
     def end(cls):

@@ -1,8 +1,8 @@
 """agent.py PORT: does in the guest what the cases ask for through the virtio port of that name.
 
-A request is one line of JSON with a number, and so is its answer, with that number in `to`. `start` starts a program, in a terminal of its own if wanted, and
-answers with a number for it; `look` tells what it has said so far and its exit status, null while it runs, and waits
-for its end for some seconds at most; `type` types into its terminal; `end` ends it.
+A request is one line of JSON with a number, and so is its answer, with that number in `to`. `start` starts a program,
+in a terminal of its own if wanted, and answers with a number for it; `look` tells what it has said so far and its exit
+status, null while it runs, and waits for its end for some seconds at most; `type` types into its terminal; `end` ends it.
 """
 
 import json
@@ -13,6 +13,7 @@ import subprocess
 import sys
 import tempfile
 import threading
+import traceback
 
 
 class Job:
@@ -63,24 +64,28 @@ class Job:
         return os.pread(file.fileno(), size, 0).decode(errors="replace")
 
 
-def answer(jobs, request):
-    if request["do"] == "start":
-        number = len(jobs)
-        jobs[number] = Job(request["argv"], request["terminal"], request["environment"])
-        return {"job": number}
-    job = jobs[request["job"]]
-    if request["do"] == "type":
-        os.write(job.keyboard, request["text"].encode())
-    elif request["do"] == "end":
-        os.killpg(job.process.pid, signal.SIGKILL)
-    return job.look(request.get("seconds", 0))
+class Jobs:
+    def __init__(self):
+        self.jobs = {}
+
+    def answer(self, request):
+        if request["do"] == "start":
+            number = len(self.jobs)
+            self.jobs[number] = Job(request["argv"], request["terminal"], request["environment"])
+            return {"job": number}
+        job = self.jobs[request["job"]]
+        if request["do"] == "type":
+            os.write(job.keyboard, request["text"].encode())
+        elif request["do"] == "end":
+            os.killpg(job.process.pid, signal.SIGKILL)
+        return job.look(request.get("seconds", 0))
 
 
-def main():
-    jobs = {}
-    with open(f"/dev/virtio-ports/{sys.argv[1]}", "r+b", buffering=0) as port:
+def serve(name, answer):
+    """Answers the requests that come through the port of this name, one after the other, until the guest goes."""
+    with open(f"/dev/virtio-ports/{name}", "r+b", buffering=0) as port:
         say = lambda what: port.write(json.dumps(what).encode() + b"\n")
-        say({"ready": sys.argv[1]})
+        say({"ready": name})
         waiting = b""
         while True:
             waiting += port.read(65536) or b""
@@ -88,9 +93,10 @@ def main():
                 line, waiting = waiting.split(b"\n", 1)
                 request = json.loads(line)
                 try:
-                    say({"to": request["number"], **answer(jobs, request)})
+                    say({"to": request["number"], **answer(request)})
                 except Exception as error:  # pylint: disable=broad-except; the case has to hear of it, whatever it is
-                    say({"to": request["number"], "error": repr(error)})
+                    say({"to": request["number"], "error": "".join(traceback.format_exception(error))})
 
 
-main()
+if __name__ == "__main__":
+    serve(sys.argv[1], Jobs().answer)
