@@ -18,8 +18,8 @@ struct Console {
 };
 
 /// Carries one invocation out on `device`, which reads disks through `meter` and whose progress lines must already lead
-/// to the right stream of `console`. `answers` is the log of the command service that `device` writes through. Files are checked before the engine sees them, since the engine stops the process
-/// on an unreadable image.
+/// to the right stream of `console`. `answers` is the log of the command service that `device` writes through. Files
+/// are checked before the engine sees them, since the engine stops the process on an unreadable image.
 ExitCode carryOut(const Invocation& invocation, KestravDevice& device, const TransferMeter& meter,
                   const LastEntryLog& answers, const Console& console);
 
