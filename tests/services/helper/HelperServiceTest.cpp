@@ -175,19 +175,12 @@ TEST_F(Helper, AsksNobodyAboutWhatItWouldRefuseAnyway) {
 }
 
 TEST_F(HelperOnALargeDisk, WaitsForAJobOfAMinute) {
-    startDaemons();
-    startHelper();
-    makeLargeImage();
-    UserProcess user(0, callWrite);
-    user.go();
-    const pid_t job = jobProcess();
-    ASSERT_TRUE(isWriting());
-    signalOne(job, SIGSTOP);
+    ASSERT_NO_FATAL_FAILURE(holdInMidWrite());
     // The idle minute passes meanwhile as well.
     std::this_thread::sleep_for(63s);
     EXPECT_TRUE(helper_.runs());
-    signalOne(job, SIGCONT);
-    EXPECT_THAT(user.result(), StartsWith("Wrote 157286400 bytes"));
+    signalOne(job_, SIGCONT);
+    EXPECT_THAT(user_->result(), StartsWith("Wrote 157286400 bytes"));
 }
 
 TEST_F(Helper, EndsItselfAfterAnIdleMinute) {
@@ -209,22 +202,15 @@ TEST_F(Helper, EndsOnSigtermAtOnceWhenIdle) {
 }
 
 TEST_F(HelperOnALargeDisk, EndsOnSigtermAfterTheWorkThatRuns) {
-    startDaemons();
-    startHelper();
-    makeLargeImage();
-    UserProcess user(0, callWrite);
-    user.go();
-    const pid_t job = jobProcess();
-    ASSERT_TRUE(isWriting());
-    signalOne(job, SIGSTOP);
+    ASSERT_NO_FATAL_FAILURE(holdInMidWrite());
     for (const int number : {SIGTERM, SIGINT})
-        signalOne(job, number);  // as one does who ends a whole group of processes
+        signalOne(job_, number);  // as one does who ends a whole group of processes
     signalOne(helper_.pid(), SIGTERM);
     std::this_thread::sleep_for(300ms);
     EXPECT_TRUE(helper_.runs());
     EXPECT_EQ(callUnmount(), "Failed: Refused: the helper is being stopped; try again in a moment.");
-    signalOne(job, SIGCONT);
-    EXPECT_THAT(user.result(), StartsWith("Wrote 157286400 bytes"));
+    signalOne(job_, SIGCONT);
+    EXPECT_THAT(user_->result(), StartsWith("Wrote 157286400 bytes"));
     EXPECT_EQ(helper_.wait(), 0);
 }
 
@@ -258,20 +244,13 @@ TEST_F(Helper, IsReplacedByAnInstallationOfAnotherProgram) {
 }
 
 TEST_F(HelperOnALargeDisk, IsReplacedAfterTheWriteThatRuns) {
-    startDaemons();
-    startHelper();
-    makeLargeImage();
-    UserProcess user(0, callWrite);
-    user.go();
-    const pid_t job = jobProcess();
-    ASSERT_TRUE(isWriting());
-    signalOne(job, SIGSTOP);
+    ASSERT_NO_FATAL_FAILURE(holdInMidWrite());
     std::ofstream("/usr/libexec/kestrav/kestrav-helper", std::ios::app) << "another";
     ASSERT_EQ(runProgram({kBless, "install"}).out, "The helper is installed.\n");
     std::this_thread::sleep_for(300ms);
     EXPECT_TRUE(helper_.runs()) << "ended under a write";
-    signalOne(job, SIGCONT);
-    EXPECT_THAT(user.result(), StartsWith("Wrote 157286400 bytes"));
+    signalOne(job_, SIGCONT);
+    EXPECT_THAT(user_->result(), StartsWith("Wrote 157286400 bytes"));
     EXPECT_EQ(helper_.wait(), 0);
 }
 

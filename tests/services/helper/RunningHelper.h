@@ -15,12 +15,14 @@
 #include <vector>
 
 #include "tests/TemporaryFolder.h"
+#include "tests/room/ChildProcess.h"
 #include "tests/room/SystemDaemons.h"
 #include "tests/room/SystemRoom.h"
 #include "tests/room/runProgram.h"
 #include "tests/services/SimulatedAccessory.h"
 #include "tests/services/helper/HelperCaller.h"
 #include "tests/services/linesSaying.h"
+#include "tests/signalOne.h"
 
 namespace kestrav {
 
@@ -149,6 +151,22 @@ class HelperOnALargeDisk : public Helper {
             return disk.get() == 'x';
         });
     }
+
+    /// Starts the helper and a write of root's, and stops the process that carries it out once it has written
+    /// something.
+    void holdInMidWrite() {
+        startDaemons();
+        startHelper();
+        makeLargeImage();
+        user_.emplace(0, callWrite);
+        user_->go();
+        job_ = jobProcess();
+        ASSERT_TRUE(isWriting());
+        signalOne(job_, SIGSTOP);
+    }
+
+    std::optional<UserProcess> user_;
+    pid_t job_ = -1;
 };
 
 }  // namespace kestrav
