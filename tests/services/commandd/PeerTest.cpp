@@ -14,12 +14,8 @@
 #include "services/commandd/CallerJudge.h"
 #include "services/commandd/Connection.h"
 #include "services/commandd/PeerIdentity.h"
-#include "services/commandd/RequestRunner.h"
-#include "services/privileged/Gate.h"
-#include "services/privileged/RequestLog.h"
 #include "tests/services/CommandDaemon.h"
-#include "tests/services/RecordingLog.h"
-#include "tests/services/commandd/FakeConsent.h"
+#include "tests/services/commandd/RunnerWithoutDisks.h"
 
 namespace kestrav {
 namespace {
@@ -136,15 +132,8 @@ TEST(RootAndOwnUser, TurnsEveryoneElseAway) {
     EXPECT_TRUE(judge.refusal(65534));
 }
 
-class RunRequest : public testing::Test {
+class RunRequest : public RunnerWithoutDisks {
   protected:
-    FakeConsent consent_;
-    NoDevices devices_;
-    MountinfoTable mounts_;
-    RecordingLog log_;
-    RequestLog requests_{log_};
-    Gate gate_{devices_, mounts_, requests_};
-    RequestRunner runner_{consent_, gate_, requests_};
     Connected pair_;
 };
 

@@ -1,14 +1,19 @@
 #pragma once
 
 #include <functional>
+#include <gtest/gtest.h>
 #include <optional>
 #include <string>
 #include <sys/types.h>
 #include <variant>
 #include <vector>
 
+#include "services/commandd/RequestRunner.h"
 #include "services/privileged/BlockDevices.h"
 #include "services/privileged/Consent.h"
+#include "services/privileged/Gate.h"
+#include "services/privileged/RequestLog.h"
+#include "tests/services/RecordingLog.h"
 
 namespace kestrav {
 
@@ -32,6 +37,18 @@ class FakeConsent final : public Consent {
         meanwhile();
         return answer;
     }
+};
+
+/// What carries requests out on such a computer.
+class RunnerWithoutDisks : public testing::Test {
+  protected:
+    FakeConsent consent_;
+    NoDevices devices_;
+    MountinfoTable mounts_;
+    RecordingLog log_;
+    RequestLog requests_{log_};
+    Gate gate_{devices_, mounts_, requests_};
+    RequestRunner runner_{consent_, gate_, requests_};
 };
 
 }  // namespace kestrav

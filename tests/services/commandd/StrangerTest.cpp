@@ -11,12 +11,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "services/commandd/RequestRunner.h"
-#include "services/privileged/Gate.h"
-#include "services/privileged/RequestLog.h"
 #include "tests/services/CommandDaemon.h"
-#include "tests/services/RecordingLog.h"
-#include "tests/services/commandd/FakeConsent.h"
+#include "tests/services/commandd/RunnerWithoutDisks.h"
 #include "tests/signalOne.h"
 
 namespace kestrav {
@@ -96,7 +92,7 @@ class Stranger {
     pid_t heir_ = -1;
 };
 
-class RunRequestOfAStranger : public testing::Test {
+class RunRequestOfAStranger : public RunnerWithoutDisks {
   protected:
     void SetUp() override {
         if (::geteuid() != 0) GTEST_SKIP() << "needs root: connects as another user";
@@ -118,13 +114,6 @@ class RunRequestOfAStranger : public testing::Test {
 
     std::uint16_t port_ = 0;
     const UniqueFd listener_ = listenOnFreePort(port_);
-    FakeConsent consent_;
-    NoDevices devices_;
-    MountinfoTable mounts_;
-    RecordingLog log_;
-    RequestLog requests_{log_};
-    Gate gate_{devices_, mounts_, requests_};
-    RequestRunner runner_{consent_, gate_, requests_};
 };
 
 TEST_F(RunRequestOfAStranger, IsCarriedOutWithConsent) {
