@@ -78,10 +78,21 @@ class Plug:
         self.wait_for_log(sentence, "kestrav-commandd")
         self.assert_nothing_else_changed(accessory, size)
 
-    def hold_name(self, accessory):
-        """The name of a disk stays taken, as long as somebody has the disk open, after it has gone."""
-        holder = self.root.start("sh", "-c", f"exec sleep 1000 </dev/{accessory.disk}")
+    def test_pulled_after_then_missed_and_plugged_in_again_under_another_name(self):
+        accessory, first, second = self.plugged(), self.image(70000), self.image(60000, 2)
+        before = accessory.disk
+        self.assert_verified(self.update("firmware", first), wrote(70000, before))
+        # As long as somebody has the old disk open its name is taken.
+        holder = self.root.start("sh", "-c", f"exec sleep 1000 </dev/{before}")
         self.addCleanup(holder.end)
+        accessory.pull()
+        self.assert_missed(self.update("firmware", second), second, 60000, before)
+        accessory.plug()
+        self.assertNotEqual(accessory.disk, before)
+        accessory.slot.expect(FIRMWARE, content(70000))
+        accessory.slot.expect(FIRMWARE, content(60000, 2))
+        self.assert_verified(self.update("firmware", second), wrote(60000, accessory.disk))
+        self.assert_disk(accessory)
 
 
 class BadComputer:
