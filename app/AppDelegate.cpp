@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <ostream>
 
 #include "app/Alerts.h"
 #include "app/MainView.h"
@@ -12,15 +13,16 @@
 
 namespace kestrav {
 
-AppDelegate::AppDelegate(ApplicationServices services) : services_(std::move(services)) {}
-
-AppDelegate::~AppDelegate() = default;
+AppDelegate::AppDelegate(ApplicationServices services)
+    : services_(std::move(services)),
+      stack_(services_.alerts, services_.resources, services_.applicationSupport) {}
 
 void AppDelegate::applicationDidFinishLaunching() {
     try {
-        // The prompt may stand for minutes; the window is there already and has to look alive.
+        // A person may take minutes to answer the password prompt, and the window has to be painted meanwhile.
         services_.view.whileBusy([this] { blessHelper(); });
     } catch (const std::exception& error) {
+        // frozen: F68
         services_.alerts.runModal({std::string("Authorization failure: ") + error.what(), {}, {}});
         std::exit(1);
     }
@@ -31,22 +33,25 @@ bool AppDelegate::blessHelper() {
 }
 
 void AppDelegate::SignalHandler(int /*signal*/) {
-    // The stream's address is what has always been shown here; whoever watches for this output waits for both.
+    // The stream's address has always been printed before the text; programs that read this output expect both.
+    // frozen: F69
     services_.console << static_cast<void*>(stderr) << ' ' << "\nInterrupted.\n" << std::endl;
     std::exit(0);
 }
 
 void AppDelegate::saveAction() {
     ManagedObjectContext& context = *managedObjectContext();
+    // frozen: F71
     if (!context.commitEditing()) services_.log.write("AppDelegate unable to commit editing before saving");
     if (!context.hasChanges()) return;
-    if (const auto error = context.save()) services_.alerts.presentError(*error);
+    if (const auto saved = context.save(); !saved) services_.alerts.presentError(applicationError(saved.problem()));
 }
 
 UndoManager& AppDelegate::windowWillReturnUndoManager() {
     return managedObjectContext()->undoManager();
 }
 
+// frozen: F70
 TerminateReply AppDelegate::applicationShouldTerminate() {
     ManagedObjectContext& context = *managedObjectContext();
     if (!context.commitEditing()) {
@@ -54,7 +59,7 @@ TerminateReply AppDelegate::applicationShouldTerminate() {
         return TerminateReply::cancel;
     }
     if (!context.hasChanges()) return TerminateReply::now;
-    if (const auto error = context.save()) return quitWithoutSaving(*error);
+    if (const auto saved = context.save(); !saved) return quitWithoutSaving(applicationError(saved.problem()));
     return TerminateReply::now;
 }
 
@@ -64,7 +69,8 @@ TerminateReply AppDelegate::quitWithoutSaving(const ApplicationError& error) {
         services_.alerts.runModal({"Could not save changes while quitting. Quit anyway?",
                                    "Quitting now will lose any changes you have made since the last successful save",
                                    {"Quit anyway", "Cancel"}});
-    // The wrong way round on purpose: people who use it know the buttons as they are.
+    // The answers are the wrong way round on purpose: people who use the application know the buttons as they are.
+    // frozen: F60
     return response == Alerts::kFirstButtonReturn ? TerminateReply::cancel : TerminateReply::now;
 }
 

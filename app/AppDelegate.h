@@ -1,11 +1,13 @@
 #pragma once
 
 #include <filesystem>
-#include <iostream>
+#include <iosfwd>
 #include <memory>
 #include <optional>
+#include <utility>
 
 #include "app/ApplicationError.h"
+#include "app/PersistentStoreStack.h"
 #include "command/Authorization.h"
 
 namespace kestrav {
@@ -13,9 +15,6 @@ namespace kestrav {
 class Alerts;
 class HelperInstallation;
 class MainView;
-class ManagedObjectContext;
-class ManagedObjectModel;
-class PersistentStoreCoordinator;
 class Resources;
 class SystemLog;
 class UndoManager;
@@ -31,35 +30,39 @@ struct ApplicationServices {
     const Resources& resources;
     SystemLog& log;
     std::filesystem::path applicationSupport;  ///< the folder for the data of the user's applications
-    std::ostream& console = std::cout;
+    std::ostream& console;                     ///< standard output
 };
 
-/// The application's life: what happens at its launch, when it is to quit, and to the little data it keeps.
-/// Used on the main thread. The store's objects are made when they are first asked for.
+/// The application's life: what happens at its launch, when it is to quit, and to the little data it keeps,
+/// whose objects `PersistentStoreStack` makes when they are first asked for. Used on the main thread.
 class AppDelegate {
   public:
     explicit AppDelegate(ApplicationServices services);
-    ~AppDelegate();
     AppDelegate(const AppDelegate&) = delete;
     AppDelegate& operator=(const AppDelegate&) = delete;
 
     const std::optional<AuthorizationRef>& authRef() const { return authRef_; }
     void setAuthRef(std::optional<AuthorizationRef> value) { authRef_ = value; }
 
-    /// The folder for this application's data.
-    const std::filesystem::path& applicationDocumentsDirectory();
-    void setApplicationDocumentsDirectory(std::filesystem::path value);
-
-    /// The model "Kestrav" of the program's resources. Stops the process when it is missing.
-    const std::shared_ptr<const ManagedObjectModel>& managedObjectModel();
-    void setManagedObjectModel(std::shared_ptr<const ManagedObjectModel> value);
-
-    /// Makes the folder and the file if they are missing. What can't be put right is shown, then stops the process.
-    const std::shared_ptr<PersistentStoreCoordinator>& persistentStoreCoordinator();
-    void setPersistentStoreCoordinator(std::shared_ptr<PersistentStoreCoordinator> value);
-
-    const std::shared_ptr<ManagedObjectContext>& managedObjectContext();
-    void setManagedObjectContext(std::shared_ptr<ManagedObjectContext> value);
+    /// See `PersistentStoreStack`, whose operations these are.
+    const std::filesystem::path& applicationDocumentsDirectory() { return stack_.applicationDocumentsDirectory(); }
+    void setApplicationDocumentsDirectory(std::filesystem::path value) {
+        stack_.setApplicationDocumentsDirectory(std::move(value));
+    }
+    const std::shared_ptr<const ManagedObjectModel>& managedObjectModel() { return stack_.managedObjectModel(); }
+    void setManagedObjectModel(std::shared_ptr<const ManagedObjectModel> value) {
+        stack_.setManagedObjectModel(std::move(value));
+    }
+    const std::shared_ptr<PersistentStoreCoordinator>& persistentStoreCoordinator() {
+        return stack_.persistentStoreCoordinator();
+    }
+    void setPersistentStoreCoordinator(std::shared_ptr<PersistentStoreCoordinator> value) {
+        stack_.setPersistentStoreCoordinator(std::move(value));
+    }
+    const std::shared_ptr<ManagedObjectContext>& managedObjectContext() { return stack_.managedObjectContext(); }
+    void setManagedObjectContext(std::shared_ptr<ManagedObjectContext> value) {
+        stack_.setManagedObjectContext(std::move(value));
+    }
 
     /// Installs the helper. A failure is shown, then ends the process with status 1.
     void applicationDidFinishLaunching();
@@ -76,18 +79,11 @@ class AppDelegate {
     TerminateReply applicationShouldTerminate();
 
   private:
-    struct StoreFailure;
-    std::optional<StoreFailure> prepareDataFolder();
-    std::optional<StoreFailure> openStore();
-    [[noreturn]] void presentAndAbort(const StoreFailure& failure);
     TerminateReply quitWithoutSaving(const ApplicationError& error);
 
     ApplicationServices services_;
     std::optional<AuthorizationRef> authRef_;
-    std::optional<std::filesystem::path> applicationDocumentsDirectory_;
-    std::shared_ptr<const ManagedObjectModel> managedObjectModel_;
-    std::shared_ptr<PersistentStoreCoordinator> persistentStoreCoordinator_;
-    std::shared_ptr<ManagedObjectContext> managedObjectContext_;
+    PersistentStoreStack stack_;
 };
 
 }  // namespace kestrav

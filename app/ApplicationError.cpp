@@ -1,12 +1,9 @@
 #include "app/ApplicationError.h"
 
-#include <system_error>
-
 namespace kestrav {
 
-ApplicationError systemError(int number, const std::string& doing) {
-    return {kSystemErrorDomain, number, "Could not " + doing + ": " + std::generic_category().message(number) + ".",
-            std::nullopt, nullptr};
+ApplicationError applicationError(const Problem& problem) {
+    return {kSystemErrorDomain, problem.cause.value(), problem.sentence, std::nullopt, nullptr};
 }
 
 }  // namespace kestrav

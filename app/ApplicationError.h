@@ -5,6 +5,8 @@
 #include <optional>
 #include <string>
 
+#include "base/Outcome.h"
+
 namespace kestrav {
 
 /// Something that went wrong, as it is told to a person. Texts are UTF-8 sentences.
@@ -19,7 +21,7 @@ struct ApplicationError {
 /// The domain of errors whose code is the system's errno.
 constexpr const char* kSystemErrorDomain = "errno";
 
-/// The system's error `number` at `doing`, a phrase such as "create the folder /x".
-ApplicationError systemError(int number, const std::string& doing);
+/// A problem that has the system's error as its cause.
+ApplicationError applicationError(const Problem& problem);
 
 }  // namespace kestrav

@@ -2,7 +2,7 @@
 
 namespace kestrav {
 
-/// The scrolled area around the log's text. Only held, by whoever needs to know that it is there.
+/// The scrolled area around the log's text. The controller keeps a reference to it and uses it for nothing.
 class LogBox {
   public:
     virtual ~LogBox() = default;

@@ -36,7 +36,7 @@ bool ManagedObjectContext::hasChanges() const {
     return records_ != coordinator_->store()->records();
 }
 
-std::optional<ApplicationError> ManagedObjectContext::save() {
+Outcome<void> ManagedObjectContext::save() {
     return coordinator_->store()->save(records_);
 }
 

@@ -5,7 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "app/ApplicationError.h"
 #include "app/PersistentStore.h"
 #include "app/UndoManager.h"
 
@@ -42,8 +41,8 @@ class ManagedObjectContext {
     bool commitEditing();
 
     bool hasChanges() const;
-    /// Writes the changes to the store. After an error they are still there.
-    [[nodiscard]] std::optional<ApplicationError> save();
+    /// Writes the changes to the store. After a problem they are still there.
+    Outcome<void> save();
 
     UndoManager& undoManager() { return undoManager_; }
 

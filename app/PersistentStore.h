@@ -2,10 +2,9 @@
 
 #include <filesystem>
 #include <map>
-#include <optional>
 #include <string>
 
-#include "app/ApplicationError.h"
+#include "base/Outcome.h"
 
 namespace kestrav {
 
@@ -19,18 +18,18 @@ class PersistentStore {
     /// `modelName` tells whose data it is; a file with another one is refused.
     PersistentStore(std::filesystem::path file, std::string modelName);
 
-    /// Reads the file, or makes it without any records when it is missing. An error when it can't be read, is no plain
-    /// file, is longer than 16 MiB or isn't such a store.
-    [[nodiscard]] std::optional<ApplicationError> open();
+    /// Reads the file, or makes it without any records when it is missing. A problem when it can't be read, is no plain
+    /// file, is longer than 16 MiB or isn't such a store; its `cause` is one of the system's errors.
+    Outcome<void> open();
 
     const std::filesystem::path& file() const { return file_; }
     const Records& records() const { return records_; }
 
-    /// Replaces the records, on disk first. After an error everything is as it was.
-    [[nodiscard]] std::optional<ApplicationError> save(Records records);
+    /// Replaces the records, on disk first. After a problem everything is as it was.
+    Outcome<void> save(Records records);
 
   private:
-    std::optional<ApplicationError> take(const std::string& content);
+    Outcome<void> take(const std::string& content);
 
     std::filesystem::path file_;
     std::string modelName_;

@@ -7,11 +7,11 @@ namespace kestrav {
 PersistentStoreCoordinator::PersistentStoreCoordinator(std::shared_ptr<const ManagedObjectModel> model)
     : model_(std::move(model)) {}
 
-std::optional<ApplicationError> PersistentStoreCoordinator::addPersistentStore(const std::filesystem::path& file) {
+Outcome<void> PersistentStoreCoordinator::addPersistentStore(const std::filesystem::path& file) {
     PersistentStore store(file, model_->name());
-    if (auto error = store.open()) return error;
+    if (auto opened = store.open(); !opened) return opened;
     store_ = std::move(store);
-    return std::nullopt;
+    return {};
 }
 
 }  // namespace kestrav

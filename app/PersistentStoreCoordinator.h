@@ -4,7 +4,6 @@
 #include <memory>
 #include <optional>
 
-#include "app/ApplicationError.h"
 #include "app/PersistentStore.h"
 
 namespace kestrav {
@@ -17,7 +16,7 @@ class PersistentStoreCoordinator {
     explicit PersistentStoreCoordinator(std::shared_ptr<const ManagedObjectModel> model);
 
     /// Adds an XML store, making the file when it is missing.
-    [[nodiscard]] std::optional<ApplicationError> addPersistentStore(const std::filesystem::path& file);
+    Outcome<void> addPersistentStore(const std::filesystem::path& file);
 
     const std::shared_ptr<const ManagedObjectModel>& model() const { return model_; }
     /// The store that was added; null before.

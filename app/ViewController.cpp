@@ -1,6 +1,7 @@
 #include "app/ViewController.h"
 
 #include <array>
+#include <ostream>
 
 #include "app/ActivityIndicator.h"
 #include "app/Button.h"
@@ -16,9 +17,11 @@ namespace {
 
 constexpr std::string_view kFirmwareButton = "firmwareBtn";
 
-/// A window without one of its parts is put together wrongly; going on could leave a button enabled during a write.
+/// Stops the process when a part of the window is missing: the window was then put together wrongly, and going on could
+/// leave a button enabled during a write.
 template <typename Outlet>
 std::shared_ptr<Outlet> present(std::shared_ptr<Outlet> outlet) {
+    // frozen: F66
     require(outlet != nullptr);
     return outlet;
 }
@@ -54,16 +57,19 @@ void ViewController::log(std::string_view line) {
         return;
     }
     std::string text(line);
+    // frozen: F64
     text += "\r\n";
     require(logText_->append(text));
     logText_->scrollToEndOfDocument();
 }
 
 ViewController::Flow ViewController::flowOf(const Button& sender) {
+    // frozen: F62
     if (sender.identifier() == kFirmwareButton) {
         return {"fds", "Choose a firmware image", "Preparing to process firmware.", "End firmware processing.",
                 &KestravDevice::firmwareUpdate};
     }
+    // frozen: F61
     return {"fif", "Choose a icon image", "Preparing to process icon.", "End icon processing.",
             &KestravDevice::iconUpdate};
 }
@@ -74,6 +80,7 @@ std::unique_ptr<OpenPanel> ViewController::panelFor(const Flow& flow) {
     panel->setTitle(flow.title);
     panel->setShowsResizeIndicator(true);
     panel->setShowsHiddenFiles(false);
+    // frozen: F63
     panel->setCanChooseDirectories(true);
     panel->setCanCreateDirectories(true);
     panel->setAllowsMultipleSelection(false);
@@ -90,7 +97,7 @@ void ViewController::browseFile(const Button& sender) {
     std::optional<std::string> path = panel->path();
     require(path.has_value());
     targetFilename_ = std::move(path);
-    // Asked again: what counts is which button it is now, after the person took their time.
+    // The button is asked a second time because its identifier may have changed while the chooser was open.
     process(flowOf(sender), sender);
 }
 
@@ -100,6 +107,7 @@ void ViewController::process(const Flow& flow, const Button& sender) {
     log(flow.beginning);
     require(targetFilename_.has_value());
     view_.whileBusy([&driver = *present(driver_), &flow, path = *targetFilename_] { (driver.*flow.update)(path); });
+    // frozen: F65
     log(flow.end);
     setButtonsEnabled(true);
     present(loaderBar())->stopAnimation(sender);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <iostream>
+#include <iosfwd>
 #include <memory>
 #include <optional>
 #include <string>
@@ -40,8 +40,7 @@ class ViewController final : public LogSink, public std::enable_shared_from_this
   public:
     /// The references are not owned and outlive this object. Makes the engine. `console` takes the log's lines as long
     /// as there is no view for them.
-    ViewController(MainView& view, const EngineParts& parts, HelperInstallation& installation,
-                   std::ostream& console = std::cout);
+    ViewController(MainView& view, const EngineParts& parts, HelperInstallation& installation, std::ostream& console);
     ~ViewController() override;
 
     std::shared_ptr<LogBox> logBox() const { return logBox_.lock(); }
@@ -97,8 +96,10 @@ class ViewController final : public LogSink, public std::enable_shared_from_this
     std::shared_ptr<KestravDevice> driver_;
     std::weak_ptr<ActivityIndicator> loaderBar_;
     std::optional<std::string> targetFilename_;
+    // frozen: F67
     bool authorized_ = false;
     std::optional<AuthorizationRef> authRef_;
+    // frozen: F67
     bool bless_ = false;
 };
 

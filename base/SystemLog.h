@@ -10,14 +10,15 @@ namespace kestrav {
 class SystemLog {
   public:
     virtual ~SystemLog() = default;
+    /// Writes one entry.
     virtual void write(std::string_view entry) = 0;
 };
 
 /// The real one: syslog(3), facility user, priority notice, and a copy on standard error as one line
 /// "IDENT: ENTRY", unless standard error is the system's log already: systemd says so with JOURNAL_STREAM, and every
-/// line would be in it twice. Control characters are shown escaped in the copy (\x1b), so that text from outside can't
-/// steer a terminal. Bytes from the first NUL on are not sent to syslog(3), which takes NUL-terminated text. Make one
-/// for the life of a process: openlog(3) is process-wide.
+/// line would be in it twice. Characters that mislead are shown escaped in the copy (\x1b), so that text from outside
+/// can't steer a terminal. Bytes from the first NUL on are not sent to syslog(3), which takes NUL-terminated text. Make
+/// one for the life of a process: openlog(3) is process-wide.
 class SyslogSystemLog final : public SystemLog {
   public:
     /// What becomes of a copy while whoever reads standard error, a pipe for example, doesn't take more: a program that
@@ -30,6 +31,7 @@ class SyslogSystemLog final : public SystemLog {
     SyslogSystemLog(const SyslogSystemLog&) = delete;
     SyslogSystemLog& operator=(const SyslogSystemLog&) = delete;
 
+    /// Writes one entry, and its copy.
     void write(std::string_view entry) override;
 
   private:
@@ -39,9 +41,5 @@ class SyslogSystemLog final : public SystemLog {
     SlowReader slowReader_;
     bool copies_;
 };
-
-/// `text` for one line on a terminal: the bytes of control characters (U+0000 to U+001F, U+007F to U+009F), and bytes
-/// that are not well-formed UTF-8, are written as \xNN.
-std::string escapedForTerminal(std::string_view text);
 
 }  // namespace kestrav

@@ -9,6 +9,7 @@ namespace kestrav {
 /// Movable, not copyable; may be handed to another thread, not shared between two.
 class UniqueFd {
   public:
+    /// Owns nothing, `fd`, or what `other` owned.
     UniqueFd() noexcept = default;
     explicit UniqueFd(int fd) noexcept : fd_(fd) {}
     UniqueFd(UniqueFd&& other) noexcept : fd_(other.release()) {}
@@ -20,6 +21,7 @@ class UniqueFd {
     UniqueFd& operator=(const UniqueFd&) = delete;
     ~UniqueFd() { reset(); }
 
+    /// What is owned, and whether anything is.
     int get() const noexcept { return fd_; }
     explicit operator bool() const noexcept { return fd_ >= 0; }
 

@@ -13,6 +13,7 @@ std::size_t validUTF8SequenceLength(std::string_view text) noexcept;
 /// above U+10FFFF). Equal to the size of `text` when all of it is; else the offset of the first bad sequence.
 std::size_t validUTF8Length(std::string_view text) noexcept;
 
+/// Whether all of `text` is well-formed UTF-8.
 inline bool isValidUTF8(std::string_view text) noexcept {
     return validUTF8Length(text) == text.size();
 }

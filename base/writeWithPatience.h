@@ -5,6 +5,7 @@
 
 namespace kestrav {
 
+/// The patience of a writer that waits for ever.
 inline constexpr std::chrono::milliseconds kEndlessPatience{-1};
 
 /// Writes text to a descriptor whose reader may be slow, or may never read: each time that nothing more is taken, it is

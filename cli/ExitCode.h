@@ -12,4 +12,9 @@ enum class ExitCode : int {
     registryUnreachable = 5,  ///< detect: the device registry can't be reached
 };
 
+/// How a command ends that can only succeed or fail.
+constexpr ExitCode codeOf(bool succeeded) {
+    return succeeded ? ExitCode::success : ExitCode::failure;
+}
+
 }  // namespace kestrav

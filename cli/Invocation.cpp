@@ -5,6 +5,8 @@
 #include <functional>
 #include <ostream>
 
+#include "protocol/accessory.h"
+
 namespace kestrav {
 namespace {
 
@@ -62,8 +64,9 @@ class CommandLine {
         app_.footer(kFooter);
         addLookups();
         addUpdate("firmware", ImageKind::firmware, firmware_,
-                  "Send a firmware image to the firmware area (block 1536)");
-        addUpdate("icon", ImageKind::icon, icon_, "Send an icon image to the icon area (block 2048)");
+                  "Send a firmware image to the firmware area (block " + std::to_string(kFirmwareBlock) + ")");
+        addUpdate("icon", ImageKind::icon, icon_,
+                  "Send an icon image to the icon area (block " + std::to_string(kIconBlock) + ")");
         addBlockCommands();
         addByteCommands();
         addHelperCommands();
@@ -153,7 +156,8 @@ class CommandLine {
         command.add_option("ARGUMENT", helper_.arguments, "Its arguments, as they are")->type_name("");
     }
 
-    CLI::App app_{"Updates the firmware and icon images of the Kestrav USB accessory (USB 10d6:fd01).", "kestravctl"};
+    CLI::App app_{"Updates the firmware and icon images of the Kestrav USB accessory (USB " KESTRAV_ACCESSORY_USB ").",
+                  "kestravctl"};
     std::function<Invocation()> invocation_;
     DetectInvocation detect_;
     DrivesInvocation drives_;

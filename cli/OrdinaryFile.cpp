@@ -2,13 +2,14 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <optional>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "base/retry.h"
+#include "base/systemWords.h"
 #include "base/utf8.h"
 
 namespace kestrav {
@@ -24,56 +25,61 @@ std::optional<std::string> whatItIsInstead(mode_t mode) {
     return "is not an ordinary file";
 }
 
-std::string cannotBeRead(const std::string& path, int error) {
-    return path + " can't be read: " + std::strerror(error) + ". Check the name and your rights to the file.";
+Problem cannotBeRead(const std::string& path, int error) {
+    return refused(path + " can't be read: " + systemWords(error) + ". Check the name and your rights to the file.");
 }
 
-/// The path by which the command service can open the file too, or a sentence that says why there is none.
-std::variant<fs::path, std::string> sharedPath(const std::string& path) {
-    std::error_code failed;
-    fs::path absolute = fs::absolute(path, failed);
-    if (failed) return path + " has no absolute path: the current folder can't be told. Change to one that exists.";
+/// The path by which the command service can open the file too, or why there is none.
+Outcome<fs::path> sharedPath(const std::string& path) {
+    std::error_code error;
+    fs::path absolute = fs::absolute(path, error);
+    if (error) {
+        return refused(path + " has no absolute path: the current folder can't be told. Change to one that exists.");
+    }
     if (!isValidUTF8(absolute.native())) {
-        return std::string(
+        return refused(
             "The file's path is not valid UTF-8, so it can't be sent to the command service. Rename the "
             "file or its folder.");
     }
     const std::string folder = *std::next(absolute.begin());
     if (folder == "proc" || folder == "dev") {
-        return path + " may be another file to the command service. Give the name of the file itself.";
+        return refused(path + " may be another file to the command service. Give the name of the file itself.");
     }
     return absolute;
 }
 
 }  // namespace
 
-std::variant<OrdinaryFile, std::string> OrdinaryFile::open(const std::string& path) {
+Outcome<OrdinaryFile> OrdinaryFile::open(const std::string& path) {
     // O_NONBLOCK: a pipe must be refused, not waited for. It means nothing for an ordinary file.
     UniqueFd fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     struct stat status = {};
     if (!fd || ::fstat(fd.get(), &status) != 0) return cannotBeRead(path, errno);
     if (const auto instead = whatItIsInstead(status.st_mode)) {
-        return path + " " + *instead + ". Give the name of an ordinary file that holds the image.";
+        return refused(path + " " + *instead + ". Give the name of an ordinary file that holds the image.");
     }
     char first = 0;
     if (::pread(fd.get(), &first, 1, 0) < 0) return cannotBeRead(path, errno);
-    auto shared = sharedPath(path);
-    if (auto* sentence = std::get_if<std::string>(&shared)) return std::move(*sentence);
-    return OrdinaryFile(std::move(fd), std::get<fs::path>(shared), status.st_size);
+    const auto shared = sharedPath(path);
+    if (!shared) return shared.problem();
+    return OrdinaryFile(std::move(fd), shared.value(), status.st_size);
 }
 
 std::vector<std::byte> OrdinaryFile::read(std::int64_t offset, std::int64_t length) const {
     std::vector<std::byte> bytes(static_cast<std::size_t>(std::max<std::int64_t>(0, std::min(length, size_ - offset))));
     std::size_t done = 0;
     while (done < bytes.size()) {
-        const ssize_t count =
-            ::pread(fd_.get(), bytes.data() + done, bytes.size() - done, offset + static_cast<std::int64_t>(done));
-        if (count < 0 && errno == EINTR) continue;
+        const std::int64_t at = offset + static_cast<std::int64_t>(done);
+        const ssize_t count = retry([&] { return ::pread(fd_.get(), bytes.data() + done, bytes.size() - done, at); });
         if (count <= 0) break;
         done += static_cast<std::size_t>(count);
     }
     bytes.resize(done);
     return bytes;
+}
+
+std::string cannotBeReadToItsEnd(const OrdinaryFile& file) {
+    return file.path() + " can't be read to its end. Copy it to a sound disk and try again.";
 }
 
 }  // namespace kestrav

@@ -3,9 +3,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
-#include <variant>
 #include <vector>
 
+#include "base/Outcome.h"
 #include "base/UniqueFd.h"
 
 namespace kestrav {
@@ -13,8 +13,8 @@ namespace kestrav {
 /// A file that is going to be sent to the disk: an ordinary, readable one, held open.
 class OrdinaryFile {
   public:
-    /// The open file, or a sentence that says what is wrong with it and what to do.
-    static std::variant<OrdinaryFile, std::string> open(const std::string& path);
+    /// The open file; a problem's sentence says what is wrong with it and what to do.
+    static Outcome<OrdinaryFile> open(const std::string& path);
 
     /// The absolute path: the command service, which opens the file again, works in another folder.
     const std::string& path() const noexcept { return path_; }
@@ -35,5 +35,8 @@ class OrdinaryFile {
     std::string path_;
     std::int64_t size_;
 };
+
+/// What to say of a file that could be opened but not read whole.
+std::string cannotBeReadToItsEnd(const OrdinaryFile& file);
 
 }  // namespace kestrav

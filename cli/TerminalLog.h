@@ -2,12 +2,12 @@
 
 #include <ostream>
 
-#include "base/SystemLog.h"
+#include "base/shownText.h"
 #include "device/LogSink.h"
 
 namespace kestrav {
 
-/// Shows the engine's progress, one line each, at once. Control characters are escaped: a line can hold a volume's
+/// Shows the engine's progress, one line each, at once. Characters that mislead are escaped: a line can hold a volume's
 /// name, which comes from whoever formatted the volume.
 class TerminalLog final : public LogSink {
   public:

@@ -5,13 +5,15 @@
 #include <string>
 #include <variant>
 
-#include "base/StandardDescriptors.h"
+#include "base/QuietSystemLog.h"
 #include "base/SystemLog.h"
-#include "cli/Commands.h"
-#include "cli/LastEntryLog.h"
+#include "base/openStandardDescriptors.h"
+#include "cli/Invocation.h"
+#include "cli/ServiceAnswers.h"
 #include "cli/TerminalLog.h"
 #include "cli/TransferMeter.h"
-#include "cli/helperCommand.h"
+#include "cli/carryOut.h"
+#include "cli/carryOutHelper.h"
 #include "command/CommandService.h"
 #include "command/HelperInstallation.h"
 #include "command/linux/HelperPresence.h"
@@ -22,6 +24,7 @@
 #include "device/linux/MountinfoVolumes.h"
 #include "device/linux/PosixDiskCalls.h"
 #include "device/linux/UdevDeviceRegistry.h"
+#include "protocol/names.h"
 
 namespace {
 
@@ -34,7 +37,7 @@ bool asksTheService(const kestrav::Invocation& invocation) {
 
 kestrav::HelperState helperState() {
     using namespace kestrav;
-    const auto presence = helperPresence(SdBusHelperChannel::kSystemBus, std::string(kHelperLabel));
+    const auto presence = helperPresence(kSystemBusAddress, std::string(kHelperLabel));
     if (!presence) return HelperState::unknown;
     if (presence->owned) return HelperState::running;
     return presence->startable ? HelperState::installed : HelperState::notInstalled;
@@ -47,7 +50,9 @@ int perform(const kestrav::HelperInvocation& invocation) {
     SyslogSystemLog systemLog("kestravctl");
     PolkitAuthorization authorization(KESTRAV_LIBEXEC "/kestrav-bless");
     SdBusHelperChannel channel;
-    const HelperParts parts{authorization, channel, systemLog, [&] { return authorization.uninstall(); }, helperState};
+    QuietSystemLog quietLog;
+    const HelperParts parts{authorization, channel, systemLog, quietLog, [&] { return authorization.uninstall(); },
+                            helperState};
     return static_cast<int>(carryOutHelper(invocation, parts, {std::cout, std::cerr}));
 }
 
@@ -57,15 +62,15 @@ int perform(const kestrav::Invocation& invocation) {
     if (asksTheService(invocation)) agent.emplace();
     std::ostream& progress = putsDataOnStandardOutput(invocation) ? std::cerr : std::cout;
     SyslogSystemLog systemLog("kestravctl");
-    LastEntryLog answers(systemLog);
-    CommandService commandService(answers);
+    ServiceAnswers answers;
+    CommandService commandService(systemLog, {}, &answers);
     UdevDeviceRegistry registry;
     MountinfoVolumes volumes;
     PosixDiskCalls diskCalls;
     TransferMeter meter(diskCalls);
     KestravDevice device(registry, volumes, meter, commandService, progress);
     device.setParent(std::make_shared<TerminalLog>(progress));
-    return static_cast<int>(carryOut(invocation, device, meter, answers, {std::cout, std::cerr}));
+    return static_cast<int>(carryOut(invocation, {device, meter, answers, {std::cout, std::cerr}}));
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 # The components are the packages that are made of them:
 #   kestrav           the window, the helper's installer and payload
 #   kestrav-cli       kestravctl
+#   libkestrav-dev    the library, for programs of other people
 #   kestrav-commandd  the command service, and what it needs to do anything: the accessory's names and the polkit action
 #
 # The prefix is /usr unless somebody chooses another: polkit reads actions from nowhere else, and the programs know each

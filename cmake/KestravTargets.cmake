@@ -26,8 +26,9 @@ function(kestrav_library name)
   cmake_parse_arguments(arg "" "" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
   add_library(${name} STATIC ${arg_SOURCES})
   set_target_properties(${name} PROPERTIES OUTPUT_NAME "kestrav_${name}")
-  target_include_directories(${name} PUBLIC "${CMAKE_SOURCE_DIR}")
-  target_link_libraries(${name} PUBLIC ${arg_PUBLIC} PRIVATE kestrav_warnings ${arg_PRIVATE})
+  target_include_directories(${name} PUBLIC "$<BUILD_INTERFACE:${CMAKE_SOURCE_DIR}>")
+  target_compile_features(${name} PUBLIC cxx_std_20)
+  target_link_libraries(${name} PUBLIC ${arg_PUBLIC} PRIVATE $<BUILD_INTERFACE:kestrav_warnings> ${arg_PRIVATE})
 endfunction()
 
 # kestrav_program(NAME SOURCES file... LINKS target...): a program, built into bin/.
@@ -50,6 +51,7 @@ function(kestrav_test name)
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
   target_include_directories(${name} PRIVATE "${CMAKE_SOURCE_DIR}")
   target_link_libraries(${name} PRIVATE kestrav_warnings ${arg_LINKS} GTest::gmock GTest::gtest_main)
+  target_precompile_headers(${name} REUSE_FROM gmock_header)
   if(arg_WRAPPER)
     set_target_properties(${name} PROPERTIES CROSSCOMPILING_EMULATOR "${arg_WRAPPER}")
   endif()
@@ -61,27 +63,27 @@ function(kestrav_test name)
 endfunction()
 
 # kestrav_python_cases(PREFIX PROGRAM INTERPRETER python [ENVIRONMENT name=value...])
-# Each method test_OUTCOME of each *_test.py in this folder is the case PREFIX.CLASS.OUTCOME of ctest, run with the
-# programs of this build, in a network and with mounts of its own. PROGRAM is a program that the cases use.
+# Each method test_OUTCOME that unittest finds in the *_test.py of this folder is the case PREFIX.CLASS.OUTCOME of ctest,
+# run with the programs of this build, in a network and with mounts of its own. PROGRAM is one of those programs.
+# The cases are listed when the tests are built, again whenever a Python file of the tests has changed.
 function(kestrav_python_cases prefix program)
   cmake_parse_arguments(arg "" "INTERPRETER" "ENVIRONMENT" ${ARGN})
-  set(road "${CMAKE_SOURCE_DIR}/tests/road")
-  file(GLOB files CONFIGURE_DEPENDS *_test.py)
-  foreach(file IN LISTS files)
-    get_filename_component(module ${file} NAME_WE)
-    file(STRINGS ${file} class_line REGEX "^class ")
-    string(REGEX REPLACE "^class ([A-Za-z]+).*" "\\1" class "${class_line}")
-    file(STRINGS ${file} methods REGEX "^    def test_")
-    foreach(line IN LISTS methods)
-      string(REGEX REPLACE "^    def (test_[a-z0-9_]+).*" "\\1" method "${line}")
-      string(REGEX REPLACE "^test_" "" outcome "${method}")
-      set(case "${prefix}.${class}.${outcome}")
-      add_test(NAME ${case}
-        COMMAND ${road}/isolated ${arg_INTERPRETER} ${road}/run_case.py ${module}.${class}.${method}
-        WORKING_DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR})
-      set_tests_properties(${case} PROPERTIES
-        TIMEOUT 180 SKIP_RETURN_CODE 77
-        ENVIRONMENT "KESTRAV_PROGRAMS=$<TARGET_FILE_DIR:${program}>;PYTHONDONTWRITEBYTECODE=1;PYTHONPATH=${CMAKE_CURRENT_SOURCE_DIR};${arg_ENVIRONMENT}")
-    endforeach()
-  endforeach()
+  set(tests "${CMAKE_SOURCE_DIR}/tests")
+  set(list "${CMAKE_CURRENT_BINARY_DIR}/${prefix}_cases.cmake")
+  set(path "${CMAKE_CURRENT_SOURCE_DIR}:${tests}/road:${tests}/sandbox")
+  file(GLOB_RECURSE modules CONFIGURE_DEPENDS "${tests}/*.py")
+  add_custom_command(OUTPUT "${list}"
+    COMMAND ${CMAKE_COMMAND} -E env "KESTRAV_PROGRAMS=$<TARGET_FILE_DIR:${program}>" PYTHONDONTWRITEBYTECODE=1
+      "PYTHONPATH=${path}" ${arg_ENVIRONMENT}
+      ${arg_INTERPRETER} "${tests}/runner/list_cases.py" "${CMAKE_CURRENT_SOURCE_DIR}" ${prefix} "${list}"
+      "${tests}/sandbox/isolated" ${arg_INTERPRETER} "${tests}/runner/run_case.py"
+    DEPENDS ${modules}
+    COMMENT "Listing the cases of ${prefix}"
+    VERBATIM)
+  add_custom_target(${prefix}_cases ALL DEPENDS "${list}")
+  # What has not been built must show, as it does with the other tests.
+  set(include "${CMAKE_CURRENT_BINARY_DIR}/${prefix}_include.cmake")
+  file(WRITE "${include}" "if(EXISTS \"${list}\")\n  include(\"${list}\")\nelse()\n"
+    "  add_test(${prefix}_cases_NOT_BUILT ${prefix}_cases_NOT_BUILT)\nendif()\n")
+  set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES "${include}")
 endfunction()

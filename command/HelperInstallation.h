@@ -4,17 +4,14 @@
 #include <string_view>
 
 #include "command/Authorization.h"
+#include "protocol/names.h"
 
 namespace kestrav {
 
 class SystemLog;
 
-/// The helper's label and the name of its service.
-constexpr std::string_view kHelperLabel = "com.corvatel.KestravHelper";
-
-/// The name of the right that `authorizeWithCmd` registers. It differs from the helper's label in its second part:
-/// rights that are in use bear this name.
-constexpr std::string_view kHelperRight = "com.corvitel.KestravHelper";
+/// What goes to the log when the helper was installed, for whoever shows it, too.
+extern const char* const kInstalledSentence;
 
 /// Installs the privileged helper with an administrator's consent. Used on the main thread; each call waits until the
 /// person has answered the prompt.

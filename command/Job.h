@@ -8,6 +8,7 @@
 
 namespace kestrav {
 
+class AnswerSink;
 class HelperChannel;
 class HelperConnection;
 class MainQueue;
@@ -16,16 +17,17 @@ class SystemLog;
 /// The client of the privileged helper: runs commands as root over one connection, which is opened on first use and
 /// kept from then on, broken or not. Used on the main thread.
 ///
-/// Trouble goes to the log alone: "Connection Terminated" when the helper went away, "Connection Invalidated" when the
+/// Trouble goes to the log: "Connection Terminated" when the helper went away, "Connection Invalidated" when the
 /// connection can't be used any more, "remote proxy error: " and a sentence when a request failed. Nothing is retried.
+/// What becomes of a request is told to the answer sink, too.
 class Job {
   public:
     /// Called on the main thread when the command has finished. The text is always empty: callers learn that the
     /// command finished, not what it printed.
     using CompletionHandler = std::function<void(std::string)>;
 
-    /// None is owned; all outlive this object and its connection.
-    Job(HelperChannel& channel, MainQueue& mainQueue, SystemLog& log);
+    /// None is owned; all outlive this object and its connection. Without `answers` nobody listens.
+    Job(HelperChannel& channel, MainQueue& mainQueue, SystemLog& log, AnswerSink* answers = nullptr);
     /// Invalidates the connection, which an unused object opens for that.
     ~Job();
     Job(const Job&) = delete;
@@ -45,6 +47,7 @@ class Job {
     HelperChannel& channel_;
     MainQueue& mainQueue_;
     SystemLog& log_;
+    AnswerSink* answers_;
     std::shared_ptr<HelperConnection> jobConnection_;
 };
 

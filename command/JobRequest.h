@@ -4,7 +4,7 @@
 #include <tuple>
 #include <vector>
 
-#include "json/JSONSerializable.h"
+#include "json/record/JSONField.h"
 
 namespace kestrav {
 
@@ -13,6 +13,7 @@ struct JobRequest {
     std::string command;                 ///< program or command word, such as "dd"
     std::vector<std::string> arguments;  ///< in order, each one element without any shell quoting
 
+    /// The table that it is written by.
     static constexpr auto JSONFields() {
         return std::tuple(JSONField{"command", &JobRequest::command}, JSONField{"arguments", &JobRequest::arguments});
     }

@@ -13,6 +13,7 @@ namespace kestrav {
 /// `what()` is one sentence for the person at the screen, UTF-8.
 class SMJError final : public std::exception {
   public:
+    // frozen: F41
     enum class Case {
         badBundleSecurity,    ///< carries a status
         unableToBless,        ///< carries the description of an error

@@ -7,7 +7,11 @@
 
 namespace kestrav {
 
-enum class DiskAccess { readOnly, readAndWrite };
+/// What a node is opened for.
+enum class DiskAccess {
+    readOnly,      ///< reading alone
+    readAndWrite,  ///< both
+};
 
 /// The system calls on a disk's node. Results are the system's own, a negative one meaning that the call failed;
 /// being interrupted by a signal is no failure. May be used from several threads at once.
@@ -23,7 +27,7 @@ class DiskCalls {
     virtual std::int64_t pread(int descriptor, std::span<std::byte> buffer, std::int64_t offset) = 0;
     virtual std::int64_t pwrite(int descriptor, std::span<const std::byte> data, std::int64_t offset) = 0;
 
-    /// Unmounts what is mounted at `path`, unless it is in use. Nobody needs to know whether that worked.
+    /// Unmounts what is mounted at `path`, unless it is in use. Whether that worked is not reported.
     virtual void unmount(const std::string& path) = 0;
 };
 

@@ -2,6 +2,7 @@
 
 namespace kestrav {
 
+// frozen: F25
 DiskNodes::DiskNodes(std::string_view bsdName) : rawDisk("/dev/r"), blockDisk("/dev/"), firstPartition("/dev/") {
     rawDisk += bsdName;
     blockDisk += bsdName;

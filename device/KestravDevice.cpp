@@ -2,19 +2,19 @@
 
 #include "base/stopProcess.h"
 #include "command/CommandService.h"
-#include "device/LogSink.h"
+#include "device/listDrives.h"
 
 namespace kestrav {
 
 namespace {
 
-// The values that the platform of the first accessories publishes for its plug-ins.
-constexpr Uuid userClientTypeID{0x9D, 0xC7, 0xB7, 0x80, 0x9E, 0xC0, 0x11, 0xD4,
-                                0xA5, 0x4F, 0x00, 0x0A, 0x27, 0x05, 0x28, 0x61};
-constexpr Uuid deviceInterfaceID{0x5C, 0x81, 0x87, 0xD0, 0x9E, 0xF3, 0x11, 0xD4,
-                                 0x8B, 0x45, 0x00, 0x0A, 0x27, 0x05, 0x28, 0x61};
-constexpr Uuid plugInInterfaceID{0xC2, 0x44, 0xE8, 0x58, 0x10, 0x9C, 0x11, 0xD4,
-                                 0x91, 0xD4, 0x00, 0x50, 0xE4, 0xC6, 0x42, 0x6F};
+// What the platform that these identifiers come from publishes for them.
+constexpr Uuid kUserClientTypeID{0x9D, 0xC7, 0xB7, 0x80, 0x9E, 0xC0, 0x11, 0xD4,
+                                 0xA5, 0x4F, 0x00, 0x0A, 0x27, 0x05, 0x28, 0x61};
+constexpr Uuid kDeviceInterfaceID{0x5C, 0x81, 0x87, 0xD0, 0x9E, 0xF3, 0x11, 0xD4,
+                                  0x8B, 0x45, 0x00, 0x0A, 0x27, 0x05, 0x28, 0x61};
+constexpr Uuid kPlugInInterfaceID{0xC2, 0x44, 0xE8, 0x58, 0x10, 0x9C, 0x11, 0xD4,
+                                  0x91, 0xD4, 0x00, 0x50, 0xE4, 0xC6, 0x42, 0x6F};
 
 void appendLatin1(std::string& text, std::byte value) {
     const auto code = std::to_integer<unsigned char>(value);
@@ -30,15 +30,16 @@ void appendLatin1(std::string& text, std::byte value) {
 
 KestravDevice::KestravDevice(DeviceRegistry& registry, MountedVolumes& volumes, DiskCalls& disks,
                              CommandService& commands, std::ostream& console)
-    : registry_(registry),
-      volumes_(volumes),
-      disks_(disks),
+    : volumes_(volumes),
       commands_(commands),
-      console_(console),
-      kIOUSBDeviceUserClientTypeID_(userClientTypeID),
-      kIOUSBDeviceInterfaceID_(deviceInterfaceID),
-      kIOCFPlugInInterfaceID_(plugInInterfaceID) {}
+      finder_(registry, device, log_, console),
+      rawDisk_(finder_, volumes, disks, log_),
+      imageSender_(finder_, commands, log_),
+      kIOUSBDeviceUserClientTypeID_(kUserClientTypeID),
+      kIOUSBDeviceInterfaceID_(kDeviceInterfaceID),
+      kIOCFPlugInInterfaceID_(kPlugInInterfaceID) {}
 
+// frozen: F22
 std::string KestravDevice::byteToString(std::span<const std::byte> buffer, std::int64_t start, std::int64_t len) const {
     require(start <= len);
     std::string text;
@@ -49,22 +50,16 @@ std::string KestravDevice::byteToString(std::span<const std::byte> buffer, std::
     return text;
 }
 
+std::vector<std::string> KestravDevice::getDrives() {
+    return listDrives(volumes_, log_);
+}
+
 std::string KestravDevice::runWithCommand(std::string_view command, std::span<const std::string> arguments) {
     return commands_.runWithCommand(command, arguments);
 }
 
 void KestravDevice::runResponderWithResp(std::optional<std::string_view> resp) {
     commands_.runResponderWithResp(resp);
-}
-
-void KestravDevice::log(std::string_view line) const {
-    if (parent_) parent_->log(line);
-}
-
-bool KestravDevice::isReady() const {
-    if (!device.bsdName.empty()) return true;
-    log("Device not ready yet!");
-    return false;
 }
 
 }  // namespace kestrav

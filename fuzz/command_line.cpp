@@ -13,8 +13,8 @@
 
 #include "base/stopProcess.h"
 #include "base/utf8.h"
-#include "services/privileged/AnswerText.h"
-#include "services/privileged/CommandLine.h"
+#include "services/gate/PrivilegedRequest.h"
+#include "services/gate/answerFor.h"
 
 namespace kestrav {
 namespace {
@@ -32,8 +32,8 @@ Words wordsOf(std::string_view bytes) {
 }
 
 bool isPlainName(const std::string& name) {
-    constexpr std::string_view plain = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_";
-    return !name.empty() && name.size() <= 32 && name.find_first_not_of(plain) == std::string::npos;
+    constexpr std::string_view kPlain = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_";
+    return !name.empty() && name.size() <= 32 && name.find_first_not_of(kPlain) == std::string::npos;
 }
 
 Words again(const UnmountRequest& request) {
@@ -57,13 +57,13 @@ Words again(const ReadRequest& request) {
 
 bool isHarmless(std::string_view line) {
     const auto isControl = [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7f; };
-    return line.size() <= longestAnswer && isValidUTF8(line) && std::ranges::none_of(line, isControl) &&
+    return line.size() <= kLongestAnswer && isValidUTF8(line) && std::ranges::none_of(line, isControl) &&
            line.starts_with("Refused: ");
 }
 
 void check(std::string_view bytes) {
     const Words words = wordsOf(bytes);
-    const auto request = parseCommandLine(words.front(), std::span(words).subspan(1));
+    const auto request = parsePrivilegedRequest(words.front(), std::span(words).subspan(1));
     if (!request) return require(isHarmless(answerFor(request.problem())));
     require(std::visit([](const auto& one) { return again(one); }, request.value()) == words);
 }

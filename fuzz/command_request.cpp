@@ -11,10 +11,10 @@
 #include <variant>
 
 #include "base/stopProcess.h"
-#include "json/Reader.h"
-#include "json/Writer.h"
-#include "services/commandd/CommandRequest.h"
+#include "json/tree/dataWithJSONObject.h"
+#include "json/tree/readJSON.h"
 #include "services/commandd/RequestScan.h"
+#include "services/commandd/readRequest.h"
 
 namespace kestrav {
 namespace {
@@ -36,7 +36,7 @@ State scannedInPieces(std::string_view bytes, std::size_t piece) {
     return scan.state();
 }
 
-void checkWrittenAnew(const CommandRequest& request) {
+void checkWrittenAnew(const CommandLine& request) {
     Tree arguments = Tree::list();
     for (const std::string& argument : request.arguments)
         arguments.append(Tree(argument));

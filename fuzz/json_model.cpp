@@ -1,5 +1,5 @@
-// Plays lookups and assignments, as the input dictates them, against a JSON value and against a model made of standard
-// containers that copies everything. Copies kept on the way must stay what they were.
+// Plays lookups, assignments and changes in place, as the input dictates them, against a JSON value and against a model
+// made of standard containers that copies everything. Copies kept on the way must stay what they were.
 
 #include <cstddef>
 #include <cstdint>
@@ -10,10 +10,12 @@
 #include <vector>
 
 #include "base/stopProcess.h"
-#include "json/JSON.h"
+#include "json/value/JSONEditor.h"
 
 namespace kestrav {
 namespace {
+
+using namespace json;
 
 struct Model;
 using ModelList = std::vector<Model>;
@@ -127,6 +129,64 @@ void assign(Model& model, std::span<const JSONKey> path, const Model& value) {
     put(model, path[0], member);
 }
 
+/// Where the path leads; a null pointer when it leads nowhere.
+Model* placeOf(Model& model, std::span<const JSONKey> path) {
+    const Model* place = &model;
+    for (const JSONKey& key : path) {
+        place = memberOf(*place, key);
+        if (place == nullptr) return nullptr;
+    }
+    return const_cast<Model*>(place);  // `model` is not constant
+}
+
+bool set(Model& model, std::span<const JSONKey> path, const Model& value) {
+    if (path.empty()) {
+        model = value;
+        return true;
+    }
+    Model* container = placeOf(model, path.first(path.size() - 1));
+    if (container == nullptr) return false;
+    const bool isMap = std::holds_alternative<ModelMap>(container->value);
+    const bool fits = path.back().key() ? isMap : memberOf(*container, path.back()) != nullptr;
+    if (fits) put(*container, path.back(), Model(value));
+    return fits;
+}
+
+bool insert(Model& model, std::span<const JSONKey> path, std::size_t index, const Model& value) {
+    Model* place = placeOf(model, path);
+    auto* list = place == nullptr ? nullptr : std::get_if<ModelList>(&place->value);
+    if (list == nullptr || index > list->size()) return false;
+    list->insert(list->begin() + static_cast<std::ptrdiff_t>(index), Model(value));
+    return true;
+}
+
+bool remove(Model& model, std::span<const JSONKey> path) {
+    if (path.empty() || placeOf(model, path) == nullptr) return false;
+    Model* container = placeOf(model, path.first(path.size() - 1));
+    if (auto* map = std::get_if<ModelMap>(&container->value)) {
+        map->erase(std::string(*path.back().key()));
+    } else {
+        auto& list = std::get<ModelList>(container->value);
+        list.erase(list.begin() + static_cast<std::ptrdiff_t>(*path.back().index()));
+    }
+    return true;
+}
+
+/// One change in place, which must be told to be possible exactly when it is.
+void edit(JSON& json, Model& model, const std::vector<JSONKey>& path, Choices& choices) {
+    const Both value = chooseValue(choices);
+    JSONEditor place = json.at(path);
+    const std::size_t index = choices.below(5);
+    switch (choices.below(3)) {
+        case 0:
+            return require(place.set(JSON(value.tree)) == set(model, path, value.model));
+        case 1:
+            return require(place.insert(index, JSON(value.tree)) == insert(model, path, index, value.model));
+        default:
+            return require(place.remove() == remove(model, path));
+    }
+}
+
 bool same(const Tree& tree, const Model& model) {
     if (const auto* number = std::get_if<std::int64_t>(&model.value)) return tree == Tree(*number);
     if (const auto* text = std::get_if<std::string>(&model.value)) return tree.text() == *text;
@@ -186,7 +246,7 @@ void play(Choices choices) {
     std::vector<std::pair<JSON, Model>> copies(kCopies, {json, model});
     for (int round = 0; round < 60 && choices.areLeft(); ++round) {
         const std::vector<JSONKey> path = choosePath(choices);
-        switch (choices.below(4)) {
+        switch (choices.below(5)) {
             case 0:
                 lookUp(json, model, path);
                 break;
@@ -199,6 +259,9 @@ void play(Choices choices) {
                 assign(model, path, value.model);
                 break;
             }
+            case 3:
+                edit(json, model, path, choices);
+                break;
             default: {
                 // A copy of the whole, or what it was before, becomes a part of itself. Only shallow paths, as a model
                 // would grow without end otherwise.

@@ -8,8 +8,8 @@
 
 #include "base/stopProcess.h"
 #include "base/utf8.h"
-#include "json/Reader.h"
-#include "json/Writer.h"
+#include "json/tree/dataWithJSONObject.h"
+#include "json/tree/readJSON.h"
 
 namespace kestrav {
 namespace {

@@ -8,8 +8,10 @@
 namespace kestrav {
 
 /// The outcome of an operation as a value, for code that hands outcomes on instead of throwing them.
+// frozen: F59
 class Result {
   public:
+    /// Of an operation that did its work.
     static Result success() noexcept { return Result(nullptr); }
     /// `error` must hold an exception; the result shares it.
     static Result failure(std::exception_ptr error) noexcept {
@@ -17,6 +19,7 @@ class Result {
         return Result(std::move(error));
     }
 
+    /// Which of the two it is.
     bool isSuccess() const noexcept { return error_ == nullptr; }
     bool isFailure() const noexcept { return error_ != nullptr; }
     /// What the failure carries; null for a success.

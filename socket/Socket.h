@@ -14,6 +14,7 @@ namespace kestrav {
 /// `close`; the command exchange depends on being able to leave a descriptor open.
 class Socket {
   public:
+    /// An endpoint, not opened yet.
     Socket(std::string endpointAddress, std::int32_t endpointPort)
         : address(std::move(endpointAddress)),
           port(endpointPort) {}
@@ -26,11 +27,13 @@ class Socket {
     Socket& operator=(const Socket&) = delete;
 
   protected:
+    /// Takes the descriptor over from `other`.
     Socket(Socket&& other) noexcept
         : address(std::move(other.address)),
           port(other.port),
           fd(std::exchange(other.fd, std::nullopt)) {}
     Socket& operator=(Socket&& other) = delete;
+    // frozen: F53
     ~Socket() = default;
 };
 

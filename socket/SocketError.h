@@ -18,8 +18,10 @@ const char* description(SocketError error) noexcept;
 /// What the socket classes throw. Carries the case alone.
 class SocketException : public std::exception {
   public:
+    /// Raised for that case.
     explicit SocketException(SocketError error) noexcept : error_(error) {}
 
+    /// The case, and the sentence for it.
     SocketError error() const noexcept { return error_; }
     const char* what() const noexcept override { return description(error_); }
 

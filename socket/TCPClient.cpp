@@ -7,6 +7,7 @@
 namespace kestrav {
 namespace {
 
+// frozen: F51
 SocketError errorFromCode(std::int32_t code) {
     if (code == -2) return SocketError::connectionClosed;
     if (code == -1) return SocketError::queryFailed;
@@ -18,11 +19,13 @@ SocketError errorFromCode(std::int32_t code) {
 
 void TCPClient::connect(std::int64_t timeout) {
     const std::int32_t result = tcp_connect_with_timeout(address.c_str(), port, fittingInt32(timeout));
+    // frozen: F16
     if (result < 1) throw SocketException(errorFromCode(result));
     fd = result;
 }
 
 void TCPClient::send(std::string_view text) {
+    // frozen: F52
     send(std::as_bytes(std::span(text.substr(0, text.find('\0')))));
 }
 
@@ -38,6 +41,7 @@ std::optional<std::vector<std::byte>> TCPClient::read(std::int64_t length, std::
     const std::int32_t seconds = fittingInt32(timeout);
     std::vector<std::byte> buffer(static_cast<std::size_t>(most));
     const std::int32_t count = tcp_read_with_timeout(*fd, buffer.data(), most, seconds);
+    // frozen: F56
     if (count < 1) return std::nullopt;
     buffer.resize(static_cast<std::size_t>(count));
     return buffer;

@@ -1,18 +1,20 @@
 #include "socket/UDPClient.h"
 
+#include "socket/AddressText.h"
 #include "socket/SocketError.h"
-#include "socket/addressText.h"
 #include "socket/fittingInt32.h"
 #include "socket/udp.h"
 
 namespace kestrav {
 
+// frozen: F54
 UDPClient::UDPClient(const std::string& host, std::int32_t hostPort) : Socket("", 0) {
-    AddressText resolved{};
+    AddressText resolved;
     if (udp_resolve_host(host.c_str(), resolved.data()) != 0) return;
-    address = text(resolved);
+    address = resolved.dotted();
     port = hostPort;
     const std::int32_t opened = udp_client_open();
+    // frozen: F16
     if (opened > 0) fd = opened;
 }
 
@@ -24,6 +26,7 @@ void UDPClient::send(std::span<const std::byte> bytes) {
 }
 
 void UDPClient::send(std::string_view content) {
+    // frozen: F52
     send(std::as_bytes(std::span(content.substr(0, content.find('\0')))));
 }
 

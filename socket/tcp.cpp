@@ -11,9 +11,13 @@
 #include <unistd.h>
 
 #include "base/UniqueFd.h"
-#include "socket/ipv4.h"
-#include "socket/socketMode.h"
-#include "socket/waiting.h"
+#include "base/retry.h"
+#include "socket/firstAddressOf.h"
+#include "socket/ipv4Endpoint.h"
+#include "socket/socket_set_blocking.h"
+#include "socket/switchOn.h"
+#include "socket/waitUntilConnected.h"
+#include "socket/waitUntilReadable.h"
 
 namespace kestrav {
 namespace {
@@ -37,8 +41,7 @@ class SigpipeHeldBack {
     void consume() const noexcept {
         if (wasPending_) return;
         const timespec now{};
-        while (::sigtimedwait(&sigpipe_, nullptr, &now) < 0 && errno == EINTR) {
-        }
+        retry([&] { return ::sigtimedwait(&sigpipe_, nullptr, &now); });
     }
 
   private:
@@ -58,18 +61,10 @@ ssize_t writeToPipeOrFile(int fd, const std::byte* bytes, std::size_t length) {
 
 // Linux has no socket option against SIGPIPE, only a flag for each send; and send takes sockets alone.
 ssize_t writeOnce(int fd, const std::byte* bytes, std::size_t length) {
-    for (;;) {
-        ssize_t written = ::send(fd, bytes, length, MSG_NOSIGNAL);
-        if (written < 0 && errno == ENOTSOCK) written = writeToPipeOrFile(fd, bytes, length);
-        if (written >= 0 || errno != EINTR) return written;
-    }
-}
-
-ssize_t readOnce(int fd, void* buffer, std::size_t length) {
-    for (;;) {
-        const ssize_t count = ::read(fd, buffer, length);
-        if (count >= 0 || errno != EINTR) return count;
-    }
+    return retry([&] {
+        const ssize_t written = ::send(fd, bytes, length, MSG_NOSIGNAL);
+        return written < 0 && errno == ENOTSOCK ? writeToPipeOrFile(fd, bytes, length) : written;
+    });
 }
 
 int pendingError(int fd) {
@@ -86,7 +81,7 @@ std::int32_t tcp_connect_with_timeout(const char* host, std::int32_t port, std::
     if (!address) return -1;
     const sockaddr_in peer = ipv4Endpoint(*address, port);
 
-    // Neither this result nor that of connect is looked at: waiting tells what became of both.
+    // The results of socket() and connect() are not looked at: the wait and the pending error tell what became of both.
     UniqueFd fd(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
     (void)::connect(fd.get(), reinterpret_cast<const sockaddr*>(&peer), sizeof peer);
     const std::int32_t ready = waitUntilConnected(fd.get(), seconds);
@@ -98,12 +93,14 @@ std::int32_t tcp_connect_with_timeout(const char* host, std::int32_t port, std::
 }
 
 std::int32_t tcp_read_with_timeout(std::int32_t fd, void* buffer, std::int32_t length, std::int32_t seconds) {
+    // frozen: F57
     if (seconds > 0) {
         const std::int32_t ready = waitUntilReadable(fd, seconds);
         if (ready < 1) return ready;
     }
     if (length < 0) return -1;
-    return static_cast<std::int32_t>(readOnce(fd, buffer, static_cast<std::size_t>(length)));
+    const ssize_t count = retry([&] { return ::read(fd, buffer, static_cast<std::size_t>(length)); });
+    return static_cast<std::int32_t>(count);
 }
 
 std::int32_t tcp_write_all(std::int32_t fd, const void* buffer, std::int32_t length) {
@@ -121,6 +118,7 @@ std::int32_t tcp_listen(const char* address, std::int32_t port) {
     const int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     (void)switchOn(fd, SO_REUSEADDR);
     const sockaddr_in here = ipv4Endpoint(addressFromText(address), port);
+    // frozen: F50
     if (::bind(fd, reinterpret_cast<const sockaddr*>(&here), sizeof here) < 0) return -1;
     if (::listen(fd, 128) < 0) return -2;
     return fd;
@@ -129,12 +127,12 @@ std::int32_t tcp_listen(const char* address, std::int32_t port) {
 std::int32_t tcp_accept(std::int32_t fd, char* peerAddress, std::int32_t* peerPort) {
     sockaddr_in peer{};
     socklen_t length = sizeof peer;
-    int accepted = -1;
-    do {
-        accepted = ::accept4(fd, reinterpret_cast<sockaddr*>(&peer), &length, SOCK_CLOEXEC);
-    } while (accepted < 0 && errno == EINTR);
+    const int accepted =
+        retry([&] { return ::accept4(fd, reinterpret_cast<sockaddr*>(&peer), &length, SOCK_CLOEXEC); });
     copyAddressText(peer.sin_addr, peerAddress);
+    // frozen: F46, F48
     *peerPort = peer.sin_port;
+    // frozen: F16
     return accepted > 0 ? accepted : -1;
 }
 

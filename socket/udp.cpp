@@ -1,13 +1,15 @@
 #include "socket/udp.h"
 
-#include <cerrno>
 #include <netinet/in.h>
 #include <optional>
 #include <string_view>
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include "socket/ipv4.h"
+#include "base/retry.h"
+#include "socket/firstAddressOf.h"
+#include "socket/ipv4Endpoint.h"
+#include "socket/switchOn.h"
 
 namespace kestrav {
 namespace {
@@ -24,7 +26,9 @@ std::int32_t udp_server_bind(const char* address, std::int32_t port) {
     if (switchOn(fd, anyInterface ? SO_BROADCAST : SO_REUSEADDR) == -1) return -1;
     // A named address is deliberately not honoured: the whole structure, its family too, is zero when it is bound.
     // Linux takes a zero family with a zero address for IPv4.
+    // frozen: F49
     const sockaddr_in here = anyInterface ? ipv4Endpoint(in_addr{INADDR_ANY}, port) : sockaddr_in{};
+    // frozen: F50
     return ::bind(fd, reinterpret_cast<const sockaddr*>(&here), sizeof here) == 0 ? fd : -1;
 }
 
@@ -34,12 +38,13 @@ std::int32_t udp_receive_from(std::int32_t fd, void* buffer, std::int32_t length
     socklen_t peerLength = sizeof peer;
     ssize_t received = -1;
     if (length >= 0) {
-        do {
-            received = ::recvfrom(fd, buffer, static_cast<std::size_t>(length), 0, reinterpret_cast<sockaddr*>(&peer),
-                                  &peerLength);
-        } while (received < 0 && errno == EINTR);
+        received = retry([&] {
+            return ::recvfrom(fd, buffer, static_cast<std::size_t>(length), 0, reinterpret_cast<sockaddr*>(&peer),
+                              &peerLength);
+        });
     }
     copyAddressText(peer.sin_addr, peerAddress);
+    // frozen: F46, F48
     *peerPort = peer.sin_port;
     return static_cast<std::int32_t>(received);
 }
@@ -65,11 +70,10 @@ std::int32_t udp_send_to(std::int32_t fd, const void* buffer, std::int32_t lengt
                          std::int32_t port) {
     if (length < 0) return -1;
     const sockaddr_in peer = ipv4Endpoint(addressFromText(address), port);
-    ssize_t sent = -1;
-    do {
-        sent = ::sendto(fd, buffer, static_cast<std::size_t>(length), 0, reinterpret_cast<const sockaddr*>(&peer),
+    const ssize_t sent = retry([&] {
+        return ::sendto(fd, buffer, static_cast<std::size_t>(length), 0, reinterpret_cast<const sockaddr*>(&peer),
                         sizeof peer);
-    } while (sent < 0 && errno == EINTR);
+    });
     return static_cast<std::int32_t>(sent);
 }
 

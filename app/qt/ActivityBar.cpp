@@ -22,7 +22,7 @@ ActivityBar::ActivityBar(QWidget* parent) : QProgressBar(parent) {
     setRange(0, 0);
     setTextVisible(false);
     QSizePolicy place(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    // Its room stays free while it is hidden, or the log would jump.
+    // The layout keeps the bar's room free while it is hidden. Otherwise the log would move whenever the bar appears.
     place.setRetainSizeWhenHidden(true);
     setSizePolicy(place);
     frames_.setInterval(kFrame);

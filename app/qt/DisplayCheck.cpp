@@ -8,7 +8,7 @@ namespace kestrav {
 namespace {
 
 void explain(QtMsgType type, const QMessageLogContext& /*context*/, const QString& /*text*/) {
-    // The toolkit leads up to it with warnings of its own; its last word is the fatal one.
+    // The toolkit prints warnings before the fatal message. Only that last one is replaced by a sentence.
     if (type != QtFatalMsg) return;
     std::fputs("kestrav: There is no display to open the window on. Start it from a desktop session.\n", stderr);
     std::_Exit(1);

@@ -10,7 +10,7 @@ namespace kestrav {
 ImageChooserDialog::ImageChooserDialog(QWidget* parent, QStringList types, bool withFolders)
     : QFileDialog(parent),
       types_(std::move(types)) {
-    // The desktop's own chooser, if there is one, knows either files or folders.
+    // The desktop's own chooser lets a person choose either files or folders, and here both are allowed.
     setOption(DontUseNativeDialog);
     setFileMode(ExistingFile);
     setNameFilter(tr("Images (%1)").arg(QStringLiteral("*.") + types_.join(QStringLiteral(" *."))));
@@ -28,7 +28,7 @@ bool ImageChooserDialog::isAllowed(const QString& file) const {
 
 void ImageChooserDialog::accept() {
     const QStringList files = selectedFiles();
-    // The list shows the right types only; another one can be typed.
+    // The list shows files of the allowed types only, but a person can type the name of any other file.
     if (!files.isEmpty() && QFileInfo(files.first()).isFile() && !isAllowed(files.first())) {
         QMessageBox message(QMessageBox::Information, windowTitle(),
                             tr("%1 is no .%2 file.").arg(QFileInfo(files.first()).fileName(), types_.join(" or .")),
@@ -64,7 +64,7 @@ void ImageChooser::setUp(QFileDialog& dialog) const {
     dialog.setSizeGripEnabled(showsResizeIndicator_);
     dialog.setFilter(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::AllDirs |
                      (showsHiddenFiles_ ? QDir::Hidden : QDir::Filters()));
-    // Read-only stands for: no new folders, and nothing renamed or deleted.
+    // Qt's read-only option means that the dialog makes no folders, and renames and deletes nothing.
     dialog.setOption(QFileDialog::ReadOnly, !canCreateDirectories_);
     if (allowsMultipleSelection_) dialog.setFileMode(QFileDialog::ExistingFiles);
     dialog.setDirectory(folder_);

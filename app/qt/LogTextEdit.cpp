@@ -9,7 +9,10 @@
 #include <QScrollBar>
 #include <QShortcut>
 #include <QTextBlock>
+#include <algorithm>
 #include <memory>
+
+#include "base/shownText.h"
 
 namespace kestrav {
 namespace {
@@ -20,13 +23,22 @@ QString fromUtf8(std::string_view text) {
     return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
 }
 
-/// One picture for one character, so that a place in the shown text is the same place in the content's line.
+/// The picture of a character that must not have its effect.
+QChar pictureOf(char32_t code) {
+    if (code < 0x20) return QChar(static_cast<char16_t>(0x2400 + code));
+    if (code == 0x7f) return QChar(u'\u2421');
+    if (code == 0x2028 || code == 0x2029) return QChar(u'\u2424');
+    return QChar(u'\u2426');  // the sign for something that is left out
+}
+
+/// One picture for one place, so that a place in the shown text is the same place in the content's line.
 QString pictured(QString text) {
-    for (QChar& c : text) {
-        const char16_t code = c.unicode();
-        if (code < 0x20 && code != '\t') c = QChar(static_cast<char16_t>(0x2400 + code));
-        if (code == 0x7f) c = QChar(u'\u2421');
-        if (code == 0x2028 || code == 0x2029) c = QChar(u'\u2424');
+    for (qsizetype at = 0; at < text.size(); ++at) {
+        const bool pair = at + 1 < text.size() && text[at].isHighSurrogate() && text[at + 1].isLowSurrogate();
+        const char32_t code = pair ? QChar::surrogateToUcs4(text[at], text[at + 1]) : text[at].unicode();
+        const qsizetype length = pair ? 2 : 1;
+        if (code != '\t' && misleadsInALine(code)) std::fill_n(text.begin() + at, length, pictureOf(code));
+        at += length - 1;
     }
     return text;
 }
@@ -62,7 +74,7 @@ void LogTextEdit::append(std::string_view text) {
 
 void LogTextEdit::scrollToEnd() {
     verticalScrollBar()->setValue(verticalScrollBar()->maximum());
-    // At once, and not when the event loop comes round to it: the next line may be a minute away or a moment.
+    // Painted at once instead of by the event loop, because the engine's thread waits until the line is on the screen.
     viewport()->repaint();
 }
 
@@ -101,7 +113,7 @@ QMimeData* LogTextEdit::createMimeDataFromSelection() const {
     for (int line = first.blockNumber(); line <= last.blockNumber(); ++line) {
         lines.append(lineText(line));
     }
-    // The end first: the beginning's place would move otherwise.
+    // The last line is cut before the first one: if they are the same line, cutting its beginning moves its end.
     lines.last().truncate(selection.selectionEnd() - last.position());
     lines.first().remove(0, selection.selectionStart() - first.position());
     auto copied = std::make_unique<QMimeData>();

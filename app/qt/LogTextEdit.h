@@ -9,8 +9,9 @@ namespace kestrav {
 
 /// The log's widget: text that can be read, selected, copied and saved, but not changed by the person.
 ///
-/// The content is kept byte for byte. What is shown differs from it in control characters alone, which have pictures
-/// instead, so that no text from outside can pretend to be lines of its own. Copying and saving give the content.
+/// The content is kept byte for byte. What is shown differs from it in characters that mislead alone, which have
+/// pictures instead, so that no text from outside can pretend to be lines of its own, or to read otherwise. Copying and
+/// saving give the content.
 class LogTextEdit final : public QPlainTextEdit {
   public:
     explicit LogTextEdit(QWidget* parent = nullptr);

@@ -17,11 +17,13 @@
 #include "app/LogBox.h"
 #include "app/ViewController.h"
 #include "app/qt/ActivityBar.h"
+#include "app/qt/ActivityBarOutlet.h"
 #include "app/qt/ImageChooser.h"
-#include "app/qt/InputBarrier.h"
+#include "app/qt/InputBlocker.h"
 #include "app/qt/LogTextEdit.h"
+#include "app/qt/LogTextOutlet.h"
+#include "app/qt/PushButtonOutlet.h"
 #include "app/qt/StatusLine.h"
-#include "app/qt/outlets.h"
 
 namespace kestrav {
 namespace {
@@ -89,8 +91,8 @@ void MainWindow::makeOutlets() {
 QPushButton* MainWindow::makeButton(const QString& name, const QString& text, const QString& description) {
     // In a window from right to left, the dots of a text that nobody has translated would come to stand before it; the
     // mark after them keeps them behind.
-    constexpr char16_t leftToRightMark = 0x200e;
-    auto* button = new QPushButton(text.isRightToLeft() ? text : text + QChar(leftToRightMark), this);
+    constexpr char16_t kLeftToRightMark = 0x200e;
+    auto* button = new QPushButton(text.isRightToLeft() ? text : text + QChar(kLeftToRightMark), this);
     button->setObjectName(name);
     button->setAccessibleName(QString(text).remove('&'));
     button->setAccessibleDescription(description);
@@ -124,7 +126,7 @@ void MainWindow::connectTo(ViewController& controller) {
     controller.setLoaderBar(indicatorOutlet_);
     const auto act = [&controller](QPushButton* button, const Button& sender) {
         controller.browseFile(sender);
-        // Being disabled took the focus from it, and who works with the keyboard would have to find it again.
+        // The button lost the keyboard focus when it was disabled; a person without a mouse needs it back.
         button->setFocus();
     };
     connect(firmwareButton_, &QPushButton::clicked, this, [=, this] { act(firmwareButton_, *firmwareOutlet_); });
@@ -140,10 +142,10 @@ std::unique_ptr<OpenPanel> MainWindow::makeOpenPanel() {
 }
 
 void MainWindow::whileBusy(const std::function<void()>& task) {
-    // Longer than the barrier: who sees the buttons enabled can use them.
+    // Enabled again after the blocker has gone, so that a person who sees the buttons enabled can use them at once.
     const Disabled disabled(*buttons_);
-    const InputBarrier barrier;
-    // A service may say nothing at all. Then the window must not go on showing what it said the last time.
+    const InputBlocker blocker;
+    // The service may write no entry at all. The entry of the previous update must not be taken for its answer.
     statusLine_->clear();
     QEventLoop loop;
     std::exception_ptr failure;

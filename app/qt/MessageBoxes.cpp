@@ -15,7 +15,7 @@ void setTexts(QMessageBox& box, const std::string& text, const std::string& info
     box.setTextFormat(Qt::PlainText);
     box.setText(QString::fromStdString(text));
     box.setInformativeText(QString::fromStdString(informativeText));
-    // A path may look like markup, and the box passes its format on to its first label alone.
+    // A path may look like markup. The box applies the plain-text format to its first label only, so all are set here.
     for (QLabel* label : box.findChildren<QLabel*>()) {
         label->setTextFormat(Qt::PlainText);
     }

@@ -2,7 +2,7 @@
 
 #include <QFile>
 
-// In a static library nobody else pulls the resources in; the macro can't stand in a namespace.
+// The linker leaves a static library's resources out unless this macro names them. It can't be used in a namespace.
 static void takeResourcesIn() {
     Q_INIT_RESOURCE(kestrav);
 }

@@ -1,8 +1,9 @@
 #include "app/qt/StatusLine.h"
 
-#include <QCoreApplication>
 #include <QEvent>
 #include <cmath>
+
+#include "base/shownText.h"
 
 namespace kestrav {
 
@@ -16,8 +17,12 @@ StatusLine::StatusLine(QWidget* parent) : QPlainTextEdit(parent) {
     takeWindowColours();
 }
 
+void StatusLine::showSentence(std::string_view sentence) {
+    setPlainText(QString::fromStdString(escapedForTerminal(sentence)));
+}
+
 QSize StatusLine::sizeHint() const {
-    // A little more than two lines, or the second one counts as not quite visible and brings a scroll bar up.
+    // Room for a little more than two lines: with exactly two, Qt shows a scroll bar.
     const double margins = 2 * document()->documentMargin();
     return {QPlainTextEdit::minimumSizeHint().width(),
             static_cast<int>(std::ceil(2.25 * fontMetrics().lineSpacing() + margins))};
@@ -28,19 +33,10 @@ void StatusLine::changeEvent(QEvent* event) {
     if (event->type() == QEvent::FontChange) updateGeometry();
 }
 
-/// It is a part of the window and nothing to type into, so it looks like the window, in every theme.
+/// Gives the line the window's colours, because nothing can be typed into it.
 void StatusLine::takeWindowColours() {
     viewport()->setAutoFillBackground(false);
     viewport()->setForegroundRole(QPalette::WindowText);
-}
-
-void StatusLineLog::write(std::string_view entry) {
-    next_.write(entry);
-    const QString text = QString::fromStdString(escapedForTerminal(entry));
-    // The pointer is looked at on the main thread only, where the line lives and dies.
-    QMetaObject::invokeMethod(QCoreApplication::instance(), [line = line_, text] {
-        if (line) line->setPlainText(text);
-    });
 }
 
 }  // namespace kestrav

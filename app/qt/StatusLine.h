@@ -1,16 +1,18 @@
 #pragma once
 
 #include <QPlainTextEdit>
-#include <QPointer>
-
-#include "base/SystemLog.h"
+#include <string_view>
 
 namespace kestrav {
 
-/// Shows one line of text, which can be selected and copied; a long one is folded and scrolled.
+/// Shows one line of text, which can be selected and copied; a long one is folded and scrolled. Used on the main
+/// thread.
 class StatusLine final : public QPlainTextEdit {
   public:
     explicit StatusLine(QWidget* parent = nullptr);
+
+    /// Shows `sentence` instead of what was shown before. Control characters, line ends included, are shown escaped.
+    void showSentence(std::string_view sentence);
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return sizeHint(); }
@@ -20,19 +22,6 @@ class StatusLine final : public QPlainTextEdit {
 
   private:
     void takeWindowColours();
-};
-
-/// Passes entries on to another log and shows the newest one. May be written to on any thread.
-class StatusLineLog final : public SystemLog {
-  public:
-    /// `next` is not owned and outlives this object; the status line may go away before.
-    StatusLineLog(SystemLog& next, StatusLine& line) : next_(next), line_(&line) {}
-
-    void write(std::string_view entry) override;
-
-  private:
-    SystemLog& next_;
-    QPointer<StatusLine> line_;
 };
 
 }  // namespace kestrav

@@ -4,6 +4,7 @@
 #include <QStandardPaths>
 #include <QTranslator>
 #include <fontconfig/fontconfig.h>
+#include <iostream>
 #include <optional>
 #include <thread>
 
@@ -14,6 +15,7 @@
 #include "app/qt/MessageBoxes.h"
 #include "app/qt/ProgramResources.h"
 #include "app/qt/StatusLine.h"
+#include "app/qt/StatusLineAnswers.h"
 #include "base/SystemLog.h"
 #include "command/CommandService.h"
 #include "command/HelperInstallation.h"
@@ -22,6 +24,7 @@
 #include "device/linux/MountinfoVolumes.h"
 #include "device/linux/PosixDiskCalls.h"
 #include "device/linux/UdevDeviceRegistry.h"
+#include "protocol/names.h"
 
 namespace kestrav {
 namespace {
@@ -29,10 +32,10 @@ namespace {
 /// What the desktop has to know of the program, and in which language and direction to speak.
 void introduce(QApplication& application) {
     QCoreApplication::setApplicationName(QStringLiteral("kestrav"));
-    QGuiApplication::setDesktopFileName(QStringLiteral("com.corvatel.Kestrav"));
+    QGuiApplication::setDesktopFileName(QString::fromLatin1(kApplicationName));
     QGuiApplication::setWindowIcon(QIcon(QStringLiteral(":/kestrav-64.png")));
     QGuiApplication::setLayoutDirection(QLocale().textDirection());
-    // The dialogs' own texts.
+    // The translations of the texts that Qt's own dialogs bring along.
     auto* translator = new QTranslator(&application);
     if (translator->load(QLocale(), QStringLiteral("qtbase"), QStringLiteral("_"),
                          QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
@@ -44,29 +47,33 @@ int run(QApplication& application) {
     introduce(application);
     const ProgramResources resources;
     MainWindow window;
-    SyslogSystemLog syslog("kestrav");
-    StatusLineLog log(syslog, window.statusLine());
+    SyslogSystemLog log("kestrav");
+    StatusLineAnswers answers(window.statusLine());
     MessageBoxes alerts(window);
 
     UdevDeviceRegistry registry;
     MountinfoVolumes volumes;
     PosixDiskCalls disks;
-    CommandService commands(log);
+    CommandService commands(log, {}, &answers);
     PolkitAuthorization authorization(KESTRAV_LIBEXEC "/kestrav-bless");
     HelperInstallation installation(authorization, log);
 
-    const auto controller =
-        std::make_shared<ViewController>(window, EngineParts{registry, volumes, disks, commands}, installation);
+    const auto controller = std::make_shared<ViewController>(window, EngineParts{registry, volumes, disks, commands},
+                                                             installation, std::cout);
     window.connectTo(*controller);
     controller->viewDidLoad();
 
     const QString data = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
-    AppDelegate delegate({installation, window, alerts, resources, log, data.toStdString()});
+    AppDelegate delegate({installation, window, alerts, resources, log, data.toStdString(), std::cout});
     window.setMayClose([&] { return delegate.applicationShouldTerminate() == TerminateReply::now; });
     QGuiApplication::setQuitOnLastWindowClosed(delegate.applicationShouldTerminateAfterLastWindowClosed());
     QObject::connect(&application, &QCoreApplication::aboutToQuit, [&] { delegate.applicationWillTerminate(); });
 
-    window.setOnceVisible([&] { delegate.applicationDidFinishLaunching(); });
+    window.setOnceVisible([&] {
+        delegate.applicationDidFinishLaunching();
+        // It doesn't return from a failure.
+        window.statusLine().showSentence(kInstalledSentence);
+    });
     const int status = QApplication::exec();
     controller->driver()->setParent(nullptr);
     return status;

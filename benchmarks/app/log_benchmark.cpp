@@ -5,8 +5,8 @@
 #include <benchmark/benchmark.h>
 
 #include "app/qt/LogTextEdit.h"
+#include "app/qt/LogTextOutlet.h"
 #include "app/qt/MainWindow.h"
-#include "app/qt/outlets.h"
 
 namespace kestrav {
 namespace {

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """How long the window takes to be there, and what it weighs, against an empty window of the same toolkit.
 
-    KESTRAV_PROGRAMS=BIN_FOLDER tests/road/isolated /usr/bin/python3 benchmarks/app/window_start.py
+    KESTRAV_PROGRAMS=BIN_FOLDER tests/sandbox/isolated /usr/bin/python3 benchmarks/app/window_start.py
 
 Both programs start by turns on a display of their own. Time is from the start of the process until the window manager
 has the window; memory is what is resident two seconds later. Exit status 1 if a ratio of medians is above 1.5.

@@ -25,8 +25,8 @@ namespace {
 
 using kestrav::UniqueFd;
 
-constexpr double limit = 1.15;
-constexpr std::string_view request =
+constexpr double kLimit = 1.15;
+constexpr std::string_view kRequest =
     R"({"command":"dd","arguments":["if=/tmp/image","of=/dev/rdisk2","seek=1536","bs=512"]})";
 
 sockaddr_in loopback(std::uint16_t port) {
@@ -87,7 +87,7 @@ void bareCalls(benchmark::State& state, std::uint16_t port) {
     while (state.KeepRunning()) {
         const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
         if (::connect(fd, reinterpret_cast<const sockaddr*>(&peer), sizeof peer) != 0 ||
-            ::write(fd, request.data(), request.size()) < 0 || ::read(fd, reply.data(), reply.size()) != 4)
+            ::write(fd, kRequest.data(), kRequest.size()) < 0 || ::read(fd, reply.data(), reply.size()) != 4)
             state.SkipWithError("no answer");
         ::close(fd);
     }
@@ -141,6 +141,6 @@ int main() {
     benchmark::RunSpecifiedBenchmarks(&reporter);
     if (reporter.failed()) return 2;
     const double ratio = reporter.median("runWithCommand") / reporter.median("bareCalls");
-    std::printf("runWithCommand / bare calls: %.3f (limit %.2f)\n", ratio, limit);
-    return ratio <= limit ? 0 : 1;
+    std::printf("runWithCommand / bare calls: %.3f (limit %.2f)\n", ratio, kLimit);
+    return ratio <= kLimit ? 0 : 1;
 }

@@ -14,9 +14,9 @@
 
 namespace {
 
-constexpr int lookups = 21;
+constexpr int kLookups = 21;
 // Four times the devices, and a tenth for what other programs do to the caches meanwhile.
-constexpr double limit = 4.4;
+constexpr double kLimit = 4.4;
 
 // Processor time and not the clock: who else uses the machine must not count.
 double milliseconds() {
@@ -32,14 +32,14 @@ double medianLookupBeside(int others) {
     bed.plugIn(described.output);
     kestrav::UdevDeviceRegistry registry;
     std::vector<double> times;
-    for (int i = 0; i < lookups; ++i) {
+    for (int i = 0; i < kLookups; ++i) {
         const double start = milliseconds();
         const kestrav::RegistryAnswer answer = registry.usbDevices(0x10D6, 0xFD01);
         times.push_back(milliseconds() - start);
         if (!answer.devices || answer.devices->size() != 1) throw std::runtime_error("the accessory was not found");
     }
-    std::nth_element(times.begin(), times.begin() + lookups / 2, times.end());
-    return times[lookups / 2];
+    std::nth_element(times.begin(), times.begin() + kLookups / 2, times.end());
+    return times[kLookups / 2];
 }
 
 }  // namespace
@@ -48,6 +48,6 @@ int main() {
     const double few = medianLookupBeside(500);
     const double many = medianLookupBeside(2000);
     std::printf("detection beside 500 devices: %.1f ms, beside 2000: %.1f ms, ratio %.2f (at most %.1f)\n", few, many,
-                many / few, limit);
-    return many / few <= limit ? 0 : 1;
+                many / few, kLimit);
+    return many / few <= kLimit ? 0 : 1;
 }

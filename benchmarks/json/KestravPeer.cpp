@@ -1,5 +1,5 @@
 #include "benchmarks/json/Peer.h"
-#include "json/JSON.h"
+#include "json/value/JSON.h"
 
 namespace kestrav::benchmark {
 namespace {
@@ -9,7 +9,7 @@ class KestravPeer final : public Peer {
     std::string_view name() const override { return "Kestrav"; }
     bool parse(const std::string& text) override {
         document_ = JSON::parse(text);
-        return document_.type() != Type::null;
+        return document_.type() != JSON::Type::null;
     }
     void drop() override { document_ = JSON(); }
     std::size_t serialise() override { return dataWithJSONObject(document_.object()).size(); }

@@ -28,14 +28,16 @@ class Peer {
     virtual std::size_t serialise() = 0;
     /// Takes the paths over, in whatever form serves the library best.
     virtual void prepare(const std::vector<Path>& paths) = 0;
-    /// Follows every path and adds up the sizes of the texts found.
+    /// Follows every path and adds up the sizes of the texts found; 0 of a library that isn't asked for it.
     virtual std::size_t lookUp() = 0;
 };
 
 std::unique_ptr<Peer> makeKestravPeer();
 std::unique_ptr<Peer> makeBoostPeer();
+std::unique_ptr<Peer> makeMonotonicBoostPeer();
 std::unique_ptr<Peer> makeNlohmannPeer();
 std::unique_ptr<Peer> makeRapidJSONPeer();
 std::unique_ptr<Peer> makeQtPeer();
+std::unique_ptr<Peer> makeSimdjsonPeer();
 
 }  // namespace kestrav::benchmark

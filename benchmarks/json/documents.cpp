@@ -1,39 +1,17 @@
 #include "benchmarks/json/documents.h"
 
-#include <bit>
-#include <charconv>
-#include <cmath>
-#include <random>
+#include "benchmarks/json/Chance.h"
 
 namespace kestrav::benchmark {
 namespace {
 
 constexpr std::size_t kPaths = 1000;
 
-/// The generator of the standard gives the same numbers everywhere; its distributions don't.
-class Chance {
-  public:
-    std::uint64_t word() { return engine_(); }
-    std::size_t below(std::size_t limit) { return engine_() % limit; }
-
-  private:
-    std::mt19937_64 engine_{20240229};
-};
-
 const char* const kWords[] = {"amber", "birch", "cedar", "delta",  "ember", "fjord", "grove",   "heath",
                               "inlet", "jetty", "knoll", "lagoon", "marsh", "north", "orchard", "pier"};
 
 std::string word(Chance& chance) {
     return kWords[chance.below(std::size(kWords))];
-}
-
-std::string quoted(const std::string& text) {
-    return '"' + text + '"';
-}
-
-std::string shortest(double value) {
-    char text[32];
-    return {text, std::to_chars(text, text + sizeof text, value).ptr};
 }
 
 std::string sentence(Chance& chance, std::size_t words) {
@@ -50,7 +28,7 @@ std::string sentence(Chance& chance, std::size_t words) {
 
 Document shortStringsAndObjects(int scale) {
     Chance chance;
-    Document document{"short strings and objects", "[", {}};
+    Document document{"short", "[", {}};
     const std::size_t records = static_cast<std::size_t>(scale) * 400;
     for (std::size_t at = 0; at < records; ++at) {
         if (at > 0) document.text += ',';
@@ -85,7 +63,7 @@ Document numbers(int scale) {
                     document.text += std::to_string(chance.below(100'000));
                     break;
                 case 1:
-                    document.text += shortest(static_cast<double>(chance.word() >> 11U) * 0x1p-53 * 360 - 180);
+                    document.text += shortest(chance.part() * 360 - 180);
                     break;
                 case 2:
                     document.text += shortest(static_cast<double>(chance.below(1'000'000)) / 100);
@@ -103,9 +81,32 @@ Document numbers(int scale) {
     return document;
 }
 
+Document doubles(int scale) {
+    Chance chance;
+    Document document{"doubles", "[\"first\"", {{std::int64_t{0}}}};
+    const std::size_t count = static_cast<std::size_t>(scale) * 5400;
+    for (std::size_t at = 0; at < count; ++at)
+        document.text += ',' + shortest(chance.part() * 2000 - 1000);
+    document.text += ']';
+    return document;
+}
+
+Document ints(int scale) {
+    Chance chance;
+    Document document{"ints", "[\"first\"", {{std::int64_t{0}}}};
+    const std::size_t count = static_cast<std::size_t>(scale) * 10'000;
+    for (std::size_t at = 0; at < count; ++at) {
+        // From one digit to nineteen, as often negative as not.
+        const auto value = static_cast<std::int64_t>(chance.word()) >> chance.below(61);
+        document.text += ',' + std::to_string(value);
+    }
+    document.text += ']';
+    return document;
+}
+
 Document deepCatalogue(int scale) {
     Chance chance;
-    Document document{"deep catalogue, large maps", "{\"catalogue\":{\"sections\":{", {}};
+    Document document{"catalogue", "{\"catalogue\":{\"sections\":{", {}};
     const std::size_t sections = 8;
     const std::size_t items = static_cast<std::size_t>(scale) * 30;
     for (std::size_t section = 0; section < sections; ++section) {

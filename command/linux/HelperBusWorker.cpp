@@ -2,21 +2,18 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
-#include <cstring>
 #include <ctime>
 #include <iterator>
 #include <poll.h>
 #include <string_view>
 #include <utility>
 
+#include "base/openSystemBus.h"
+#include "base/systemProblem.h"
+#include "base/systemWords.h"
+
 namespace kestrav {
 namespace {
-
-std::string systemWords(int negativeErrno) {
-    std::array<char, 256> text{};
-    return ::strerror_r(-negativeErrno, text.data(), text.size());
-}
 
 std::string objectPath(const std::string& service) {
     std::string path = "/" + service;
@@ -64,24 +61,23 @@ HelperBusWorker::HelperBusWorker(std::string busAddress, std::string service, He
       queue_(queue) {}
 
 void HelperBusWorker::run() {
-    if (const int result = connect(); result < 0) breakOff("The system bus can't be reached: " + systemWords(result));
+    if (const auto connected = connect(); !connected) {
+        breakOff("The system bus can't be reached: " + systemWords(connected.problem().cause.value()));
+    }
     serve();
     breakOff("The connection was closed.");
     disconnect();
 }
 
-int HelperBusWorker::connect() {
-    if (sd_bus_service_name_is_valid(service_.c_str()) <= 0) return -EINVAL;
-    sd_bus* bus = nullptr;
-    if (const int result = sd_bus_new(&bus); result < 0) return result;
-    bus_.reset(bus);
-    if (const int result = sd_bus_set_address(bus, busAddress_.c_str()); result < 0) return result;
-    if (const int result = sd_bus_set_bus_client(bus, 1); result < 0) return result;
-    if (const int result = sd_bus_start(bus); result < 0) return result;
+Outcome<void> HelperBusWorker::connect() {
+    if (sd_bus_service_name_is_valid(service_.c_str()) <= 0) return systemProblem(EINVAL);
+    auto bus = openSystemBus(busAddress_);
+    if (!bus) return bus.problem();
+    bus_ = std::move(bus.value());
     return watchOwner();
 }
 
-int HelperBusWorker::watchOwner() {
+Outcome<void> HelperBusWorker::watchOwner() {
     const std::string match =
         "type='signal',sender='org.freedesktop.DBus',path='/org/freedesktop/DBus',"
         "interface='org.freedesktop.DBus',member='NameOwnerChanged',arg0='" +
@@ -89,7 +85,8 @@ int HelperBusWorker::watchOwner() {
     sd_bus_slot* slot = nullptr;
     const int result = sd_bus_add_match_async(bus_.get(), &slot, match.c_str(), onOwnerChanged, nullptr, this);
     ownerWatch_.reset(slot);
-    return result;
+    if (result < 0) return systemProblem(-result);
+    return {};
 }
 
 void HelperBusWorker::serve() {
@@ -107,7 +104,7 @@ void HelperBusWorker::process() {
     int result = broken_.empty() ? 1 : 0;
     while (result > 0 && broken_.empty())
         result = sd_bus_process(bus_.get(), nullptr);
-    if (result < 0) breakOff("The connection to the system bus is gone: " + systemWords(result));
+    if (result < 0) breakOff("The connection to the system bus is gone: " + systemWords(-result));
     // Only here, where no callback of the bus is running.
     if (!broken_.empty()) disconnect();
 }
@@ -143,7 +140,7 @@ void HelperBusWorker::start(HelperCall call) {
     }
     const HelperCall failed = std::move(request.call);
     inFlight_.pop_back();
-    failed.fail("The request can't be sent: " + systemWords(result));
+    failed.fail("The request can't be sent: " + systemWords(-result));
 }
 
 int HelperBusWorker::send(InFlight& request) {

@@ -3,6 +3,7 @@
 #include <list>
 #include <string>
 
+#include "base/Outcome.h"
 #include "base/SdBusPointers.h"
 #include "command/linux/HelperCallQueue.h"
 
@@ -26,8 +27,8 @@ class HelperBusWorker {
         std::list<InFlight>::iterator self;
     };
 
-    int connect();
-    int watchOwner();
+    Outcome<void> connect();
+    Outcome<void> watchOwner();
     void serve();
     void process();
     void wait();

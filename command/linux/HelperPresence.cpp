@@ -1,21 +1,12 @@
 #include "command/linux/HelperPresence.h"
 
-#include "base/SdBusPointers.h"
+#include "base/openSystemBus.h"
 
 namespace kestrav {
 namespace {
 
 constexpr const char* kBus = "org.freedesktop.DBus";
 constexpr const char* kBusPath = "/org/freedesktop/DBus";
-
-SdBusPtr connect(const std::string& address) {
-    sd_bus* raw = nullptr;
-    if (sd_bus_new(&raw) < 0) return {};
-    SdBusPtr bus(raw);
-    const bool started =
-        sd_bus_set_address(raw, address.c_str()) >= 0 && sd_bus_set_bus_client(raw, 1) >= 0 && sd_bus_start(raw) >= 0;
-    return started ? std::move(bus) : SdBusPtr();
-}
 
 bool isStartable(sd_bus* bus, const std::string& service) {
     sd_bus_message* raw = nullptr;
@@ -32,15 +23,16 @@ bool isStartable(sd_bus* bus, const std::string& service) {
 }  // namespace
 
 std::optional<HelperPresence> helperPresence(const std::string& busAddress, const std::string& service) {
-    const SdBusPtr bus = connect(busAddress);
-    if (!bus) return std::nullopt;
+    const auto opened = openSystemBus(busAddress);
+    if (!opened) return std::nullopt;
+    sd_bus* bus = opened.value().get();
     sd_bus_message* raw = nullptr;
     const int result =
-        sd_bus_call_method(bus.get(), kBus, kBusPath, kBus, "NameHasOwner", nullptr, &raw, "s", service.c_str());
+        sd_bus_call_method(bus, kBus, kBusPath, kBus, "NameHasOwner", nullptr, &raw, "s", service.c_str());
     const SdBusMessagePtr answer(raw);
     int owned = 0;
     if (result < 0 || sd_bus_message_read(raw, "b", &owned) < 0) return std::nullopt;
-    return HelperPresence{owned != 0, isStartable(bus.get(), service)};
+    return HelperPresence{owned != 0, isStartable(bus, service)};
 }
 
 }  // namespace kestrav

@@ -7,7 +7,7 @@
 
 #include "command/HelperInstallation.h"
 #include "command/SMJError.h"
-#include "command/linux/ChildProgram.h"
+#include "command/linux/runChild.h"
 
 namespace kestrav {
 namespace {
@@ -46,7 +46,7 @@ PolkitAuthorization::PolkitAuthorization(std::string blessProgram, std::string p
 Authorization::Creation PolkitAuthorization::create(std::span<const AuthorizationItem> rights,
                                                     AuthorizationFlags flags) {
     const bool root = ::geteuid() == 0;
-    std::optional<Outcome> installed;
+    std::optional<InstallerRun> installed;
     if (!rights.empty()) {
         if (!root && (flags & kAuthorizationInteractionAllowed) == 0) {
             return {number(AuthorizationStatus::interactionNotAllowed), {}};
@@ -66,12 +66,12 @@ bool PolkitAuthorization::bless(JobDomain, std::string_view label, Authorization
         return false;
     }
     if (!consent->second) consent->second = perform("install");
-    const Outcome& outcome = *consent->second;
-    if (outcome.status != AuthorizationStatus::success) {
-        error = BlessingError(SMJError::authorizationFailed(number(outcome.status)).what());
+    const InstallerRun& done = *consent->second;
+    if (done.status != AuthorizationStatus::success) {
+        error = BlessingError(SMJError::authorizationFailed(number(done.status)).what());
         return false;
     }
-    error = outcome.failure;
+    error = done.failure;
     return !error.has_value();
 }
 
@@ -81,27 +81,28 @@ std::int32_t PolkitAuthorization::setRight(AuthorizationRef handle, std::string_
     const bool known = consents_.contains(handle.number) && name == kHelperRight && rule == "authenticate-admin" &&
                        descriptionKey == "Authorize disk access";
     if (!known) return number(AuthorizationStatus::denied);
-    const Outcome outcome = perform("register-right");
-    if (outcome.failure) return number(AuthorizationStatus::toolEnvironmentError);
-    return number(outcome.status);
+    const InstallerRun done = perform("register-right");
+    if (done.failure) return number(AuthorizationStatus::toolEnvironmentError);
+    return number(done.status);
 }
 
-std::optional<std::string> PolkitAuthorization::uninstall() {
-    const Outcome outcome = perform("uninstall");
-    if (outcome.failure) return outcome.failure->what();
-    if (outcome.status == AuthorizationStatus::success) return std::nullopt;
-    return SMJError::authorizationFailed(number(outcome.status)).what();
+Outcome<void> PolkitAuthorization::uninstall() {
+    const InstallerRun done = perform("uninstall");
+    if (done.failure) return failed(done.failure->what());
+    if (done.status == AuthorizationStatus::success) return {};
+    return refused(SMJError::authorizationFailed(number(done.status)).what());
 }
 
-PolkitAuthorization::Outcome PolkitAuthorization::perform(const char* operation) const {
+PolkitAuthorization::InstallerRun PolkitAuthorization::perform(const char* operation) const {
     const bool root = ::geteuid() == 0;
     if (::access(blessProgram_.c_str(), X_OK) != 0) return {AuthorizationStatus::toolEnvironmentError, {}};
     std::vector<std::string> words{blessProgram_, operation};
     if (!root) words.insert(words.begin(), {pkexecProgram_, "--disable-internal-agent"});
-    const ChildRun run = runChild(words);
-    if (run.spawnError != 0) {
+    const auto started = runChild(words);
+    if (!started) {
         return {root ? AuthorizationStatus::toolEnvironmentError : AuthorizationStatus::toolExecuteFailure, {}};
     }
+    const ChildRun& run = started.value();
     if (run.exitStatus == 0) return {};
     if (!root && run.exitStatus == kDismissed) return {AuthorizationStatus::canceled, {}};
     if (!root && run.exitStatus == kNotAuthorized) return {whyNotAuthorized(run.errors), {}};

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "base/Outcome.h"
 #include "command/Authorization.h"
 
 namespace kestrav {
@@ -27,24 +28,23 @@ class PolkitAuthorization final : public Authorization {
     std::int32_t setRight(AuthorizationRef handle, std::string_view name, std::string_view rule,
                           std::string_view descriptionKey) override;
 
-    /// Has the installer take the helper away, after a consent of its own. The sentence that says why not, if it
-    /// could not be done.
-    std::optional<std::string> uninstall();
+    /// Has the installer take the helper away, after a consent of its own.
+    Outcome<void> uninstall();
 
   private:
     /// What came of asking and, where consent was given, of the installer's work.
-    struct Outcome {
+    struct InstallerRun {
         AuthorizationStatus status = AuthorizationStatus::success;
         std::optional<BlessingError> failure;
     };
 
-    Outcome perform(const char* operation) const;
+    InstallerRun perform(const char* operation) const;
 
     std::string blessProgram_;
     std::string pkexecProgram_;
     std::uint32_t last_ = 0;
     /// Each consent, and what came of its installation if that has been tried.
-    std::map<std::uint32_t, std::optional<Outcome>> consents_;
+    std::map<std::uint32_t, std::optional<InstallerRun>> consents_;
 };
 
 }  // namespace kestrav

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "command/HelperChannel.h"
+#include "protocol/names.h"
 
 namespace kestrav {
 
@@ -14,10 +15,7 @@ namespace kestrav {
 /// invalidated, that the bus went away or that it can't start the service.
 class SdBusHelperChannel final : public HelperChannel {
   public:
-    /// The D-Bus specification's well-known place of the system bus.
-    static constexpr const char* kSystemBus = "unix:path=/run/dbus/system_bus_socket";
-
-    explicit SdBusHelperChannel(std::string busAddress = kSystemBus) : busAddress_(std::move(busAddress)) {}
+    explicit SdBusHelperChannel(std::string busAddress = kSystemBusAddress) : busAddress_(std::move(busAddress)) {}
 
     std::shared_ptr<HelperConnection> open(std::string_view service, HelperChannelOptions options,
                                            HelperConnectionHandlers handlers) override;

@@ -1,7 +1,6 @@
 #include "command/linux/TextAgent.h"
 
 #include <array>
-#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
@@ -13,6 +12,7 @@
 #include <unistd.h>
 
 #include "base/UniqueFd.h"
+#include "base/retry.h"
 
 namespace kestrav {
 namespace {
@@ -63,15 +63,13 @@ TextAgent::TextAgent() {
     writeEnd.reset();
     pollfd ready{readEnd.get(), POLLIN, 0};
     // The agent closes it once it is registered; its end closes it as well.
-    while (::poll(&ready, 1, kPatience) < 0 && errno == EINTR) {
-    }
+    retry([&] { return ::poll(&ready, 1, kPatience); });
 }
 
 TextAgent::~TextAgent() {
     if (agent_ <= 0) return;
     ::kill(agent_, SIGTERM);
-    while (::waitpid(agent_, nullptr, 0) < 0 && errno == EINTR) {
-    }
+    retry([this] { return ::waitpid(agent_, nullptr, 0); });
 }
 
 }  // namespace kestrav

@@ -19,8 +19,8 @@ namespace kestrav {
 
 namespace {
 
-constexpr std::int32_t outOfReach = 5;
-constexpr std::int64_t highestIdentifier = 0xFFFF;  // idVendor and idProduct have 16 bits
+constexpr std::int32_t kOutOfReach = 5;
+constexpr std::int64_t kHighestIdentifier = 0xFFFF;  // idVendor and idProduct have 16 bits
 
 struct UdevRelease {
     void operator()(udev* context) const { udev_unref(context); }
@@ -34,7 +34,7 @@ using UdevPtr = std::unique_ptr<udev, UdevRelease>;
 using UdevEnumeratePtr = std::unique_ptr<udev_enumerate, UdevRelease>;
 using UdevDevicePtr = std::unique_ptr<udev_device, UdevRelease>;
 
-// libudev is content with an empty /sys and would call it a machine without devices.
+// libudev does not report an empty /sys as an error: it finds no devices there.
 bool sysfsIsMounted() {
     struct statfs info {};
     return ::statfs("/sys", &info) == 0 && info.f_type == SYSFS_MAGIC;
@@ -119,14 +119,14 @@ UsbDevice described(udev* context, udev_device* found) {
 
 RegistryAnswer UdevDeviceRegistry::usbDevices(std::int64_t vendor, std::int64_t product) {
     const UdevPtr context(udev_new());
-    if (!context || !sysfsIsMounted()) return {.status = outOfReach, .devices = std::nullopt};
+    if (!context || !sysfsIsMounted()) return {.status = kOutOfReach, .devices = std::nullopt};
     RegistryAnswer answer{.status = 0, .devices = std::vector<UsbDevice>()};
-    if (vendor < 0 || vendor > highestIdentifier || product < 0 || product > highestIdentifier) return answer;
+    if (vendor < 0 || vendor > kHighestIdentifier || product < 0 || product > kHighestIdentifier) return answer;
     const UdevEnumeratePtr enumeration = enumerationOf(context.get(), "usb");
     matchIdentifier(enumeration.get(), "idVendor", vendor);
     matchIdentifier(enumeration.get(), "idProduct", product);
     forEachFound(context.get(), enumeration.get(), [&](udev_device* found) {
-        // Interfaces are of the same subsystem.
+        // The interfaces of a USB device belong to the same subsystem and are passed over.
         if (orEmpty(udev_device_get_devtype(found)) == "usb_device")
             answer.devices->push_back(described(context.get(), found));
         return false;

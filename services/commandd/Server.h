@@ -1,95 +1,79 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <list>
 #include <map>
-#include <optional>
-#include <poll.h>
+#include <memory>
+#include <set>
 #include <string>
 #include <string_view>
-#include <vector>
+#include <utility>
 
 #include "base/UniqueFd.h"
-#include "services/commandd/PeerIdentity.h"
-#include "services/commandd/RequestScan.h"
-#include "services/privileged/Outcome.h"
+#include "services/jobs/JobTable.h"
 
 namespace kestrav {
 
-class CallerJudge;
-class RequestRunner;
-class RequestLog;
-
-/// Takes requests from the listening socket and has each one carried out in a child process of its own, so that a
-/// request that takes long, or goes wrong, holds nobody else up. One thread; never waits for a peer.
+/// Takes requests from the listening socket, hands them to the job table and sends the answers. One thread; never waits
+/// for a peer.
 ///
-/// Who connects is looked up first, and turned away in words where the judge says so. A request has 64 KiB and five
-/// seconds to arrive. At most 64 peers are served at once, 48 of one user who is not root; the next one is told to come
-/// back.
-class Server {
+/// Who connects is looked up first, and turned away in words where the table has no place for them. A request has
+/// 64 KiB and five seconds to arrive, and then 50 seconds to begin: the updater has an answer before it gives up.
+class Server final : private JobTable::Service {
   public:
-    /// `listener` doesn't wait in accept(2). The rest isn't owned and outlives this object.
-    Server(UniqueFd listener, const CallerJudge& judge, RequestRunner& runner, RequestLog& log);
+    struct Patience {
+        std::chrono::milliseconds toArrive{5'000};
+        std::chrono::milliseconds toAgree{50'000};          ///< for whoever is asked; the updater gives up after 60 s
+        std::chrono::milliseconds toLeave{1'000};           ///< for a peer that still sends after its answer
+        std::chrono::milliseconds withoutDescriptors{100};  ///< until the next attempt to take somebody in
+    };
 
-    /// Serves until SIGTERM, SIGINT, SIGHUP or SIGQUIT; then takes nothing more, lets requests that were begun end and
-    /// be answered, and returns true. False when the system doesn't give what it needs. Blocks those signals and
-    /// SIGCHLD in the process.
+    /// `listener` doesn't wait in accept(2). The rest isn't owned and outlives this object. Raises std::system_error.
+    Server(UniqueFd listener, Gate& gate, RequestLog& log, Patience patience);
+    Server(UniqueFd listener, Gate& gate, RequestLog& log) : Server(std::move(listener), gate, log, Patience()) {}
+    ~Server() override;
+    Server(const Server&) = delete;
+    Server& operator=(const Server&) = delete;
+
+    /// Serves until a signal ends it; then takes nothing more, lets requests that were begun end and be answered, and
+    /// returns true. False when the system doesn't give what it needs.
     bool run();
 
   private:
-    using Clock = std::chrono::steady_clock;
-
-    /// A connection whose request is still arriving.
-    struct Peer {
-        UniqueFd connection;
-        PeerIdentity identity;
-        Clock::time_point deadline;
-        RequestScan scan;
-        std::string received;
-    };
-    /// A connection whose request is being carried out.
-    struct Running {
-        UniqueFd connection;
-        uid_t uid;
-    };
+    class Peer;
     /// A connection that was answered and whose peer may still be sending.
     struct Leaving {
         UniqueFd connection;
-        Clock::time_point deadline;
+        EventLoop::Watch readable;
+        EventLoop::Watch deadline;
     };
 
-    bool openSignals();
-    bool serve();
-    void reportEnd(const char* reason) noexcept;
-    void waitForRunning() noexcept;
-    std::vector<pollfd> watched() const;
-    int millisecondsToNextDeadline() const;
-    void handle(const std::vector<pollfd>& ready);
-    void handleSignals();
+    void stop() override;
+    bool giveWay(uid_t uid) override;
+    void takeNothingMore() noexcept override;
+    void listen();
     void acceptAll();
     bool acceptOne();
-    void admit(UniqueFd connection);
-    bool receive(Peer& peer);
-    void dropLate();
-    void begin(Peer& peer);
-    [[noreturn]] void runInChild(Peer& peer, pid_t parent);
-    void collectChildren();
-    void refuse(UniqueFd connection, uid_t uid, const Problem& problem);
+    void welcome(UniqueFd connection);
+    void receive(Peer& peer);
+    void giveUpUnagreed(Peer& peer);
+    void turnAway(Peer& peer, const Problem& problem);
+    void answer(Peer& peer, const RequestEnd& end);
+    void refuse(UniqueFd connection, uid_t uid, const std::string& answer, const std::string& asked = {});
     void answerLast(UniqueFd connection, std::string_view answer);
-    void stop();
-    std::size_t served() const { return peers_.size() + running_.size(); }
-    bool isFull(uid_t uid) const;
+    void endWhenDone();
 
     UniqueFd listener_;
-    UniqueFd signals_;
-    const CallerJudge& judge_;
-    RequestRunner& runner_;
     RequestLog& log_;
-    std::list<Peer> peers_;
+    Patience patience_;
+    bool isStopping_ = false;
+    std::uint64_t arrivals_ = 0;  ///< how many have connected
+    std::set<Peer*> everybody_;   ///< who has not been answered
+    JobTable jobs_;
+    EventLoop::Watch accepting_;                  ///< of the listener, or until the system has descriptors again
+    std::map<int, std::unique_ptr<Peer>> peers_;  ///< whose request is still arriving, by connection
     std::list<Leaving> leaving_;
-    std::map<pid_t, Running> running_;
-    std::optional<Clock::time_point> acceptAgain_;  ///< set while the system has no descriptors left
-    bool stopping_ = false;
 };
 
 }  // namespace kestrav

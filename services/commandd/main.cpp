@@ -5,25 +5,29 @@
 #include <systemd/sd-daemon.h>
 #include <unistd.h>
 
-#include "base/StandardDescriptors.h"
 #include "base/SystemLog.h"
-#include "services/commandd/CallerJudge.h"
-#include "services/commandd/ListeningSocket.h"
-#include "services/commandd/RequestRunner.h"
+#include "base/openStandardDescriptors.h"
+#include "protocol/accessory.h"
+#include "protocol/wire.h"
+#include "services/asker/NoConsent.h"
+#include "services/asker/PolkitConsent.h"
 #include "services/commandd/Server.h"
-#include "services/privileged/Consent.h"
-#include "services/privileged/Gate.h"
-#include "services/privileged/RequestLog.h"
-#include "services/privileged/UdevBlockDevices.h"
+#include "services/commandd/listeningSocket.h"
+#include "services/disk/UdevBlockDevices.h"
+#include "services/gate/BoardNote.h"
+#include "services/gate/Gate.h"
+#include "services/gate/RequestLog.h"
 
 namespace {
 
-constexpr const char* help =
+constexpr const char* kHelp =
     "Usage: kestrav-commandd [--help | --version]\n"
     "\n"
-    "Writes the accessory's disk for the updater. Listens on 127.0.0.1:9090, or on the socket that systemd hands\n"
+    "Writes the accessory's disk for the updater. Listens on " KESTRAV_SERVICE_PLACE
+    ", or on the socket that systemd hands\n"
     "over, takes one JSON request per connection and answers with one line.\n"
-    "Touches no other disk than the accessory's (USB 10d6:fd01). Serves root and its own user, and where it runs as "
+    "Touches no other disk than the accessory's (USB " KESTRAV_ACCESSORY_USB
+    "). Serves root and its own user, and where it runs as "
     "root\n"
     "everybody else to whom polkit gives consent.\n"
     "SIGTERM stops it after the write that is running.\n";
@@ -37,14 +41,11 @@ int serve(kestrav::SystemLog& systemLog) {
     }
     const kestrav::UdevBlockDevices devices;
     const kestrav::MountinfoTable mounts;
-    const kestrav::EverybodyWithConsent everybody;
-    const kestrav::RootAndOwnUser ownUser(::geteuid());
-    const bool root = ::geteuid() == 0;
-    const kestrav::CallerJudge& judge = root ? static_cast<const kestrav::CallerJudge&>(everybody) : ownUser;
-    kestrav::PolkitConsent consent;
-    kestrav::Gate gate(devices, mounts, log);
-    kestrav::RequestRunner runner(consent, gate, log);
-    kestrav::Server server(std::move(listener.value()), judge, runner, log);
+    kestrav::PolkitConsent polkit;
+    kestrav::NoConsent none;
+    kestrav::Consent& consent = ::geteuid() == 0 ? static_cast<kestrav::Consent&>(polkit) : none;
+    kestrav::Gate gate(consent, devices, mounts, log, kestrav::BoardNote::folderOfService());
+    kestrav::Server server(std::move(listener.value()), gate, log);
     log.write("ready");
     ::sd_notify(0, "READY=1");
     return server.run() ? 0 : 1;
@@ -56,7 +57,7 @@ int main(int count, char** words) {
     if (!kestrav::openStandardDescriptors()) return 1;
     const std::string_view word = count == 2 ? words[1] : "";
     if (word == "--help") {
-        std::fputs(help, stdout);
+        std::fputs(kHelp, stdout);
         return 0;
     }
     if (word == "--version") {
@@ -64,7 +65,7 @@ int main(int count, char** words) {
         return 0;
     }
     if (count != 1) {
-        std::fputs(help, stderr);
+        std::fputs(kHelp, stderr);
         return 2;
     }
     // Before the first line: whoever reads standard error may have gone.

@@ -1,84 +1,165 @@
 #include "services/helper/HelperService.h"
 
 #include <algorithm>
-#include <csignal>
-#include <cstdlib>
-#include <ctime>
-#include <sys/epoll.h>
-#include <sys/signalfd.h>
-#include <sys/wait.h>
+#include <memory>
+#include <optional>
+#include <string_view>
 #include <unistd.h>
 #include <utility>
 
+#include "base/openSystemBus.h"
+#include "base/shownText.h"
+#include "base/systemWords.h"
 #include "base/utf8.h"
-#include "services/privileged/AnswerText.h"
-#include "services/privileged/RequestLog.h"
+#include "protocol/names.h"
+#include "protocol/wire.h"
+#include "services/asker/BusAsker.h"
+#include "services/gate/answerFor.h"
+#include "services/gate/shownCommandLine.h"
+#include "services/helper/readCall.h"
 
 namespace kestrav {
 namespace {
 
-// Given by the D-Bus specification; a variable of the environment must not lead root elsewhere.
-constexpr const char* systemBusAddress = "unix:path=/run/dbus/system_bus_socket";
-constexpr const char* busName = "com.corvatel.KestravHelper";
-constexpr const char* objectPath = "/com/corvatel/KestravHelper";
+constexpr const char* kBus = "org.freedesktop.DBus";
 
-constexpr std::size_t mostJobs = 64;
-constexpr std::ptrdiff_t mostJobsOfAUser = 48;  // so that one user's prompts don't keep root and others out
-constexpr std::size_t longestRequest = std::size_t{64} * 1024;
+// Requests of which the bus has not said yet who asks. More than anybody has who behaves; of one connection few, so
+// that it takes many to keep others out.
+constexpr std::size_t kMostWaiting = 1024;
+constexpr std::size_t kMostWaitingOfOne = 16;
+constexpr std::size_t kMostWaitingBytes = std::size_t{8} << 20U;
+/// In a flood the bus drops its answers to the helper like everybody's messages: such a caller is told to come again.
+constexpr std::uint64_t kBusPatience = 10'000'000;  // microseconds
 
-std::size_t sizeOf(const HelperRequest& request) {
-    std::size_t size = request.cmd.size();
-    for (const std::string& argument : request.arguments)
-        size += argument.size() + 1;
-    return size;
+/// Who made a connection, as the bus knows it from the socket.
+struct Credentials {
+    std::optional<std::uint32_t> uid;
+    std::optional<std::uint32_t> process;
+};
+
+/// Reads "a{sv}".
+int read(sd_bus_message* message, Credentials& credentials) {
+    int result = sd_bus_message_enter_container(message, 'a', "{sv}");
+    while (result > 0 && (result = sd_bus_message_enter_container(message, 'e', "sv")) > 0) {
+        const char* name = nullptr;
+        std::uint32_t number = 0;
+        result = sd_bus_message_read(message, "s", &name);
+        const bool isUser = result > 0 && std::string_view(name) == "UnixUserID";
+        const bool isProcess = result > 0 && std::string_view(name) == "ProcessID";
+        if (result > 0) {
+            result = isUser || isProcess ? sd_bus_message_read(message, "v", "u", &number)
+                                         : sd_bus_message_skip(message, "v");
+        }
+        if (isUser && result > 0) credentials.uid = number;
+        if (isProcess && result > 0) credentials.process = number;
+        if (result >= 0) result = sd_bus_message_exit_container(message);
+    }
+    return result;
 }
 
-/// Reads "sas" and who sent it.
-int read(sd_bus_message* message, HelperRequest& request) {
-    const char* cmd = nullptr;
-    if (const int result = sd_bus_message_read(message, "s", &cmd); result < 0) return result;
-    request.cmd = cmd;
-    if (const int result = sd_bus_message_enter_container(message, 'a', "s"); result < 0) return result;
-    const char* argument = nullptr;
-    int result = 0;
-    while ((result = sd_bus_message_read(message, "s", &argument)) > 0)
-        request.arguments.emplace_back(argument);
-    if (result < 0) return result;
-    request.mayInteract = sd_bus_message_get_allow_interactive_authorization(message) > 0;
-    if (const char* sender = sd_bus_message_get_sender(message); sender != nullptr) request.sender = sender;
-    // The bus knows this from the socket; nothing in the message is believed.
-    sd_bus_creds* raw = nullptr;
-    result = sd_bus_query_sender_creds(message, SD_BUS_CREDS_EUID, &raw);
-    const SdBusCredsPtr creds(raw);
-    return result < 0 ? result : sd_bus_creds_get_euid(raw, &request.uid);
+bool says(const sd_bus_error* error, const char* name) {
+    return error != nullptr && sd_bus_error_has_name(error, name) > 0;
 }
 
 /// Blocks of a disk aren't text, and the bus carries nothing else.
 std::string carriable(const std::string& answer) {
     if (answer.find('\0') == std::string::npos && isValidUTF8(answer)) return answer;
-    constexpr char digits[] = "0123456789abcdef";
-    std::string hexadecimal;
-    hexadecimal.reserve(answer.size() * 2);
-    for (const char c : answer) {
-        const auto byte = static_cast<unsigned char>(c);
-        hexadecimal += digits[byte >> 4U];
-        hexadecimal += digits[byte & 0x0fU];
-    }
-    return hexadecimal;
+    return hexadecimal(answer);
 }
 
-std::string line(const HelperRequest& request) {
-    std::string text = "user " + std::to_string(request.uid) + ": " + shown(request.cmd, 40);
-    for (const std::string& argument : request.arguments) {
-        text += ' ' + shown(argument);
-        if (text.size() > 2000) return text + " ...: ";
-    }
-    return text + ": ";
+Problem isBusy() {
+    return refused("the helper is busy; try again in a moment.");
+}
+
+Problem isNobody() {
+    return refused("the system does not tell who is asking.");
+}
+
+Problem isBeingStopped() {
+    return refused("the helper is being stopped; try again in a moment.");
 }
 
 }  // namespace
 
-const sd_bus_vtable HelperService::operations[] = {
+/// A call of runWithCmd from its arrival to its answer.
+class HelperService::Call final : public Request {
+  public:
+    Call(HelperService& service, sd_bus_message* received, const char* caller, CallText read)
+        : message(sd_bus_message_ref(received)),
+          sender(caller),
+          text(std::move(read)),
+          service_(service),
+          asker_(sender, RequestLog::kUnknown, 0, sd_bus_message_get_allow_interactive_authorization(received) > 0) {
+        service_.calls_.emplace(sender, this);
+    }
+    ~Call() override {
+        const auto [first, last] = service_.calls_.equal_range(sender);
+        service_.calls_.erase(std::find_if(first, last, [this](const auto& entry) { return entry.second == this; }));
+    }
+    Call(const Call&) = delete;
+    Call& operator=(const Call&) = delete;
+
+    /// Asks the bus who calls, without waiting for it: that would take in whatever strangers have sent meanwhile. The
+    /// bus knows it from the socket; nothing in the message is believed.
+    bool askWhoCalls() {
+        sd_bus_slot* raw = nullptr;
+        const int result = sd_bus_call_method_async(service_.bus_.get(), &raw, kBus, "/org/freedesktop/DBus", kBus,
+                                                    "GetConnectionCredentials", onAnswer, this, "s", sender.c_str());
+        question_.reset(raw);
+        return result >= 0;
+    }
+
+    /// Lets the message go, which may be long, and keeps the error to answer it with.
+    void keepRefusalAlone(const char* errorName, const std::string& words) {
+        sd_bus_message* raw = nullptr;
+        sd_bus_message_new_method_errorf(message.get(), &raw, errorName, "%s", words.c_str());
+        message.reset();
+        refusal_.reset(raw);
+    }
+    void refuse(const char* errorName, const std::string& words) const {
+        if (message) {
+            sd_bus_reply_method_errorf(message.get(), errorName, "%s", words.c_str());
+        } else if (refusal_) {
+            sd_bus_send(nullptr, refusal_.get(), nullptr);
+        }
+    }
+
+    Asker& asker() override { return asker_; }
+    uid_t uid() const { return asker_.uid(); }
+    Outcome<CommandLine> read() override { return text.asked; }
+    /// A connection stays up as long as anybody holds it.
+    void leaveService() override { ::close(service_.busSocket_); }
+    void ended(const RequestEnd& end) override { service_.answer(*this, end); }
+
+    SdBusMessagePtr message;
+    const std::string sender;
+    const CallText text;
+    bool callerIsGone = false;
+
+  private:
+    static int onAnswer(sd_bus_message* answer, void* call, sd_bus_error*) {
+        auto& self = *static_cast<Call*>(call);
+        HelperService& service = self.service_;
+        service.jobs_.loop().call([&] { service.proceed(self, self.caller(answer)); });
+        return 1;
+    }
+    Caller caller(sd_bus_message* answer) {
+        Credentials known;
+        const sd_bus_error* error = sd_bus_message_get_error(answer);
+        // The library says that itself when time is up.
+        if (says(error, SD_BUS_ERROR_NO_REPLY)) return Caller::isLostInAFlood;
+        if (::kestrav::read(answer, known) < 0 || !known.uid || !known.process) return Caller::isUnknown;
+        asker_ = BusAsker(sender, *known.uid, static_cast<pid_t>(*known.process), asker_.mayBePrompted());
+        return Caller::isKnown;
+    }
+
+    HelperService& service_;
+    BusAsker asker_;
+    SdBusMessagePtr refusal_;
+    SdBusSlotPtr question_;
+};
+
+const sd_bus_vtable HelperService::kOperations[] = {
     SD_BUS_VTABLE_START(0),
     // Everybody may ask; who is served is polkit's decision.
     SD_BUS_METHOD_WITH_ARGS("runWithCmd", SD_BUS_ARGS("s", cmd, "as", arguments), SD_BUS_RESULT("s", text),
@@ -86,227 +167,182 @@ const sd_bus_vtable HelperService::operations[] = {
     SD_BUS_VTABLE_END,
 };
 
+HelperService::HelperService(Gate& gate, RequestLog& log, std::chrono::milliseconds idleTime)
+    : log_(log),
+      idleTime_(idleTime),
+      jobs_(*this, gate, log, isBusy()) {}
+
+HelperService::~HelperService() = default;
+
 bool HelperService::run() {
-    if (const int result = open(); result < 0) {
-        log_.write("The helper can't serve on the system bus: " + systemWords(-result) + ".");
+    if (const auto opened = open(); !opened) {
+        log_.write(opened.problem().sentence);
         return false;
     }
     log_.write("ready");
     beginIdleness();
-    return sd_event_loop(event_.get()) >= 0 && connected_;
+    const bool ended = jobs_.run();
+    sd_bus_flush(bus_.get());
+    return ended && isConnected_;
 }
 
-int HelperService::open() {
-    sigset_t signals;
-    sigemptyset(&signals);
-    for (const int number : {SIGTERM, SIGINT, SIGCHLD})
-        sigaddset(&signals, number);
-    if (::sigprocmask(SIG_BLOCK, &signals, nullptr) != 0) return -errno;
-    sd_event* raw = nullptr;
-    if (const int result = sd_event_new(&raw); result < 0) return result;
-    event_.reset(raw);
-    for (const int number : {SIGTERM, SIGINT}) {
-        if (const int result = sd_event_add_signal(raw, nullptr, number, onSignal, this); result < 0) return result;
-    }
-    return openBus();
-}
-
-int HelperService::openBus() {
-    sd_bus* raw = nullptr;
-    if (const int result = sd_bus_new(&raw); result < 0) return result;
-    bus_.reset(raw);
-    int result = sd_bus_set_address(raw, systemBusAddress);
-    if (result >= 0) result = sd_bus_set_bus_client(raw, 1);
-    if (result >= 0) result = sd_bus_start(raw);
-    if (result >= 0) result = sd_bus_add_object_vtable(raw, nullptr, objectPath, busName, operations, this);
+Outcome<void> HelperService::open() {
+    const auto cannot = [](int error) {
+        return failed("The helper can't serve on the system bus: " + systemWords(error) + ".");
+    };
+    auto bus = openSystemBus();
+    if (!bus) return cannot(bus.problem().cause.value());
+    bus_ = std::move(bus.value());
+    sd_bus* const raw = bus_.get();
+    sd_bus_set_method_call_timeout(raw, kBusPatience);
+    int result = sd_bus_add_object_vtable(raw, nullptr, kHelperObject, kHelperLabel, kOperations, this);
     if (result >= 0) {
         result = sd_bus_match_signal(raw, nullptr, "org.freedesktop.DBus.Local", "/org/freedesktop/DBus/Local",
                                      "org.freedesktop.DBus.Local", "Disconnected", onDisconnected, this);
     }
-    if (result >= 0) result = sd_bus_attach_event(raw, event_.get(), SD_EVENT_PRIORITY_NORMAL);
+    if (result >= 0) {
+        // Of every connection that goes. One by one the bus would allow less of them than there may be callers.
+        result = sd_bus_add_match(raw, nullptr,
+                                  "type='signal',sender='org.freedesktop.DBus',interface='org.freedesktop.DBus',"
+                                  "member='NameOwnerChanged',arg2=''",
+                                  onNameGone, this);
+    }
+    if (result >= 0) result = sd_bus_attach_event(raw, jobs_.loop().get(), SD_EVENT_PRIORITY_NORMAL);
     // Only now: what comes with the name finds everything in its place.
-    if (result >= 0) result = sd_bus_request_name(raw, busName, 0);
-    connected_ = result >= 0;
-    return result;
+    if (result >= 0) result = sd_bus_request_name(raw, kHelperLabel, 0);
+    if (result < 0) return cannot(-result);
+    // Its number for forked processes, to which the library does not give it.
+    busSocket_ = sd_bus_get_fd(raw);
+    isConnected_ = true;
+    return {};
 }
 
 int HelperService::onCall(sd_bus_message* message, void* self, sd_bus_error*) {
-    return static_cast<HelperService*>(self)->accept(message);
-}
-
-int HelperService::accept(sd_bus_message* message) {
-    log_.summarise();
-    HelperRequest request;
-    request.uid = RequestLog::kUnknown;
-    if (const int result = read(message, request); result < 0) {
-        return refuse(message, SD_BUS_ERROR_ACCESS_DENIED, request,
-                      answerFor(refused("the system does not tell who is asking.")));
-    }
-    if (retiring_) {
-        return refuse(message, SD_BUS_ERROR_FAILED, request,
-                      answerFor(refused("the helper is being stopped; try again in a moment.")));
-    }
-    if (sizeOf(request) > longestRequest) {
-        return refuse(message, SD_BUS_ERROR_LIMITS_EXCEEDED, request,
-                      answerFor(refused("the request is longer than 64 KiB.")));
-    }
-    if (isFull(request.uid)) {
-        return refuse(message, SD_BUS_ERROR_LIMITS_EXCEEDED, request,
-                      answerFor(refused("the helper is busy; try again in a moment.")));
-    }
-    return start(std::move(request), message);
-}
-
-int HelperService::start(HelperRequest request, sd_bus_message* message) {
-    auto process = std::make_unique<JobProcess>(request, sd_bus_get_fd(bus_.get()), consent_, gate_);
-    const pid_t pid = process->pid();
-    if (pid < 0) {
-        return refuse(message, SD_BUS_ERROR_FAILED, request,
-                      answerFor(refused("no process can be started for the request.")));
-    }
-    idle_.reset();
-    const auto [job, isNew] = jobs_.emplace(
-        pid,
-        Job{*this, std::move(request), SdBusMessagePtr(sd_bus_message_ref(message)), std::move(process), {}, {}, {}});
-    if (const int result = follow(job->second); result < 0) {
-        // Nobody would hear of its end: it must not begin.
-        job->second.process->cancel();
-        ::waitpid(pid, nullptr, 0);
-        jobs_.erase(job);
-        return result;
-    }
+    auto& service = *static_cast<HelperService*>(self);
+    service.jobs_.loop().call([&] { service.accept(message); });
     return 1;
 }
 
-int HelperService::follow(Job& job) {
-    sd_bus_track* track = nullptr;
-    int result = sd_bus_track_new(bus_.get(), &track, onCallerGone, &job);
-    job.caller.reset(track);
-    if (result >= 0) result = sd_bus_track_add_sender(track, job.message.get());
-    if (result < 0) return result;
-    sd_event_source* source = nullptr;
-    result = sd_event_add_io(event_.get(), &source, job.process->fd(), EPOLLIN, onChannel, &job);
-    job.channelSource.reset(source);
-    if (result < 0) return result;
-    source = nullptr;
-    result = sd_event_add_child(event_.get(), &source, job.process->pid(), WEXITED, onEnd, &job);
-    job.endSource.reset(source);
-    return result;
+void HelperService::accept(sd_bus_message* message) {
+    const char* sender = sd_bus_message_get_sender(message);
+    auto call = std::make_unique<Call>(*this, message, sender != nullptr ? sender : "", readCall(message));
+    const std::size_t bytes = call->text.size;
+    const bool isOneTooMany = waiting_.size() >= kMostWaiting || calls_.count(call->sender) > kMostWaitingOfOne ||
+                              waitingBytes_ + bytes > kMostWaitingBytes;
+    if (isOneTooMany) return refuse(*call, SD_BUS_ERROR_LIMITS_EXCEEDED, isBusy());
+    if (call->text.trouble) call->keepRefusalAlone(SD_BUS_ERROR_LIMITS_EXCEEDED, answerFor(*call->text.trouble));
+    if (!call->text.isWhole || !call->askWhoCalls()) return refuse(*call, SD_BUS_ERROR_ACCESS_DENIED, isNobody());
+    waitingBytes_ += bytes;
+    waiting_.emplace(call.get(), std::move(call));
 }
 
-bool HelperService::isFull(uid_t uid) const {
-    if (jobs_.size() >= mostJobs) return true;
-    const auto sameUser = [uid](const auto& entry) { return entry.second.request.uid == uid; };
-    return uid != 0 && std::ranges::count_if(jobs_, sameUser) >= mostJobsOfAUser;
+void HelperService::proceed(Call& known, Caller caller) {
+    auto call = std::move(waiting_.extract(&known).mapped());
+    waitingBytes_ -= call->text.size;
+    admit(call, caller);
+    if (!isStopping_ && !isNameless_) return;
+    // Not from within the bus, which leave() has to have served.
+    leaving_ = jobs_.loop().after({}, [this] {
+        if (isDone()) leave();
+    });
 }
 
-int HelperService::onChannel(sd_event_source* source, int, std::uint32_t, void* job) {
-    auto& self = *static_cast<Job*>(job);
-    if (self.process->listen() && !self.callerGone && !self.service.retiring_) self.process->begin();
-    // What is said at the end is taken at the end; a closed channel would be readable for ever.
-    if (self.process->begun()) sd_event_source_set_enabled(source, SD_EVENT_OFF);
-    return 0;
+void HelperService::admit(std::unique_ptr<Call>& call, Caller caller) {
+    if (caller == Caller::isLostInAFlood) return refuse(*call, SD_BUS_ERROR_LIMITS_EXCEEDED, isBusy());
+    if (caller == Caller::isUnknown) return refuse(*call, SD_BUS_ERROR_ACCESS_DENIED, isNobody());
+    if (isStopping_) return refuse(*call, SD_BUS_ERROR_FAILED, isBeingStopped());
+    if (call->text.trouble) return refuse(*call, SD_BUS_ERROR_LIMITS_EXCEEDED, *call->text.trouble);
+    auto place = jobs_.admit(call->uid());
+    if (!place) return refuse(*call, SD_BUS_ERROR_LIMITS_EXCEEDED, place.problem());
+    idle_.reset();
+    jobs_.start(std::move(place.value()), std::move(call));
 }
 
-int HelperService::onCallerGone(sd_bus_track*, void* job) {
-    auto& self = *static_cast<Job*>(job);
-    self.callerGone = true;
-    if (!self.process->begun()) self.process->cancel();
-    return 0;
-}
-
-int HelperService::onEnd(sd_event_source*, const siginfo_t*, void* job) {
-    auto& self = *static_cast<Job*>(job);
-    self.process->listen();
-    self.service.finish(self);
-    return 0;
-}
-
-void HelperService::finish(Job& job) {
-    answer(job);
-    jobs_.erase(job.process->pid());
-    if (!jobs_.empty()) return;
-    if (retiring_ || nameless_) return leave();
+void HelperService::answer(const Call& call, const RequestEnd& end) {
+    using Kind = RequestEnd::Kind;
+    if (call.callerIsGone && !end.begun) {
+        log_.refused(call.uid(), shown(call) + ": " + "gone before the request was begun; nothing was done");
+    } else if (end.kind == Kind::notStarted) {
+        refuse(call, SD_BUS_ERROR_FAILED, refused("no process can be started for the request."));
+    } else if (end.kind == Kind::answered) {
+        if (sd_bus_reply_method_return(call.message.get(), "s", carriable(end.text).c_str()) < 0) {
+            // Without any answer the caller would wait for ever.
+            refuse(call, SD_BUS_ERROR_FAILED, failed("the answer could not be sent; the request was carried out."));
+        }
+    } else if (isStopping_ && !end.begun) {
+        refuse(call, SD_BUS_ERROR_FAILED, isBeingStopped());
+    } else if (end.kind == Kind::denied) {
+        refuse(call, SD_BUS_ERROR_ACCESS_DENIED, end.text);
+    } else {
+        refuse(call, SD_BUS_ERROR_FAILED,
+               failed("the request's process ended before it was done. If it was a write, repeat it."));
+    }
+    if (!isDone()) return;
+    if (isStopping_ || isNameless_) return leave();
     beginIdleness();
 }
 
-void HelperService::answer(const Job& job) {
-    const auto& result = job.process->answer();
-    if (job.callerGone && !job.process->begun()) {
-        log_.refused(job.request.uid, line(job.request) + "gone before the request was begun; nothing was done");
-    } else if (result && !result->refused) {
-        if (sd_bus_reply_method_return(job.message.get(), "s", carriable(result->text).c_str()) < 0) {
-            // Without any answer the caller would wait for ever.
-            refuse(job.message.get(), SD_BUS_ERROR_FAILED, job.request,
-                   answerFor(failed("the answer could not be sent; the request was carried out.")));
-        }
-    } else if (result) {
-        refuse(job.message.get(), SD_BUS_ERROR_ACCESS_DENIED, job.request, result->text);
-    } else if (!job.process->begun() && retiring_) {
-        refuse(job.message.get(), SD_BUS_ERROR_FAILED, job.request,
-               answerFor(refused("the helper is being stopped; try again in a moment.")));
-    } else {
-        refuse(job.message.get(), SD_BUS_ERROR_FAILED, job.request,
-               answerFor(failed("the request's process ended before it was done. If it was a write, repeat it.")));
-    }
+void HelperService::refuse(const Call& call, const char* errorName, const Problem& problem) {
+    refuse(call, errorName, answerFor(problem));
 }
 
-int HelperService::refuse(sd_bus_message* message, const char* errorName, const HelperRequest& request,
-                          const std::string& text) {
-    log_.refused(request.uid, line(request) + text);
-    sd_bus_reply_method_errorf(message, errorName, "%s", text.c_str());
-    return 1;
+void HelperService::refuse(const Call& call, const char* errorName, const std::string& text) {
+    log_.refused(call.uid(), shown(call) + ": " + text);
+    call.refuse(errorName, text);
 }
 
-int HelperService::onSignal(sd_event_source*, const signalfd_siginfo*, void* self) {
-    static_cast<HelperService*>(self)->retire();
+std::string HelperService::shown(const Call& call) {
+    const std::string who =
+        call.uid() == RequestLog::kUnknown ? "unknown: " : "user " + std::to_string(call.uid()) + ": ";
+    return shownCommandLine(who, call.text.asked.command, call.text.asked.arguments);
+}
+
+int HelperService::onNameGone(sd_bus_message* message, void* self, sd_bus_error*) {
+    auto& service = *static_cast<HelperService*>(self);
+    const char* name = nullptr;
+    if (sd_bus_message_read(message, "s", &name) <= 0) return 0;
+    const auto [first, last] = service.calls_.equal_range(name);
+    std::for_each(first, last, [&](const auto& entry) {
+        entry.second->callerIsGone = true;
+        service.jobs_.loop().call([&] { service.jobs_.giveUp(*entry.second); });
+    });
     return 0;
 }
 
 int HelperService::onDisconnected(sd_bus_message*, void* self, sd_bus_error*) {
     auto& service = *static_cast<HelperService*>(self);
-    service.connected_ = false;
-    service.log_.write("The system bus is gone.");
-    service.retire();
+    service.isConnected_ = false;
+    service.jobs_.loop().call([&service] {
+        service.log_.write("The system bus is gone.");
+        service.stop();
+    });
     return 0;
 }
 
-void HelperService::retire() {
-    if (!std::exchange(retiring_, true)) log_.write(jobs_.empty() ? "stopping" : "stopping after the work that runs");
+void HelperService::stop() {
+    if (!std::exchange(isStopping_, true))
+        log_.write(jobs_.isEmpty() ? "stopping" : "stopping after the work that runs");
     // Asking for a password is not work; a prompt may stay open for ever.
-    for (const auto& [pid, job] : jobs_) {
-        if (!job.process->begun()) job.process->cancel();
-    }
-    if (jobs_.empty()) leave();
+    jobs_.giveUpWaiting();
+    if (isDone()) leave();
+}
+
+bool HelperService::isDone() const {
+    return jobs_.isEmpty() && waiting_.empty();
 }
 
 void HelperService::leave() {
-    if (connected_ && !std::exchange(nameless_, true)) {
+    if (isConnected_ && !std::exchange(isNameless_, true)) {
         // Who asks from now on starts another helper. Who asked before is still heard.
-        sd_bus_release_name(bus_.get(), busName);
+        sd_bus_release_name(bus_.get(), kHelperLabel);
         while (sd_bus_process(bus_.get(), nullptr) > 0) {
         }
     }
-    if (!jobs_.empty()) return;
-    log_.finish();
-    sd_bus_flush(bus_.get());
-    sd_event_exit(event_.get(), 0);
+    if (isDone()) jobs_.loop().end();
 }
 
 void HelperService::beginIdleness() {
-    sd_event_source* source = nullptr;
-    const auto microseconds = static_cast<std::uint64_t>(std::chrono::microseconds(kIdleTime).count());
-    // A second's accuracy lets the system wake up for several things at once.
-    if (sd_event_add_time_relative(event_.get(), &source, CLOCK_MONOTONIC, microseconds, 1'000'000, onIdle, this) < 0) {
-        return;
-    }
-    idle_.reset(source);
-}
-
-int HelperService::onIdle(sd_event_source*, std::uint64_t, void* self) {
-    auto& service = *static_cast<HelperService*>(self);
-    if (service.jobs_.empty()) service.leave();
-    return 0;
+    idle_ = jobs_.loop().after(idleTime_, [this] { isDone() ? leave() : beginIdleness(); });
 }
 
 }  // namespace kestrav

@@ -1,89 +1,74 @@
 #pragma once
 
 #include <chrono>
-#include <cstdint>
+#include <cstddef>
 #include <map>
 #include <memory>
 #include <string>
 
 #include "base/SdBusPointers.h"
-#include "services/helper/EventPointers.h"
-#include "services/helper/JobProcess.h"
+#include "services/jobs/JobTable.h"
 
 namespace kestrav {
 
-class RequestLog;
-
-/// com.corvatel.KestravHelper on the system bus: its one operation runWithCmd(s, as) -> s has a command line carried
-/// out through the gate, after polkit's consent for everybody but root and the service's own user.
+/// com.corvatel.KestravHelper on the system bus: its one operation runWithCmd(s, as) -> s hands a command line to the
+/// job table and sends the answer.
 ///
-/// Ends itself when it had nothing to do for a minute, and after SIGTERM or SIGINT as soon as no work runs; requests
-/// that still wait for consent are refused then. At most 64 requests at once, 48 of one user who is not root.
-/// One thread.
-class HelperService {
+/// Ends itself when it had nothing to do for a minute, and after a signal that ends it as soon as no work runs;
+/// requests that still wait for consent are refused then. One thread.
+///
+/// Never waits for the bus, and takes one message at a time: what strangers send stays with the bus until then, and of
+/// a message no more is read than a request may be long.
+class HelperService final : private JobTable::Service {
   public:
     static constexpr std::chrono::seconds kIdleTime{60};
 
-    /// Nothing is owned.
-    HelperService(Consent& consent, Gate& gate, RequestLog& log) : consent_(consent), gate_(gate), log_(log) {}
+    /// Nothing is owned. Raises std::system_error.
+    HelperService(Gate& gate, RequestLog& log, std::chrono::milliseconds idleTime = kIdleTime);
+    ~HelperService() override;
     HelperService(const HelperService&) = delete;
     HelperService& operator=(const HelperService&) = delete;
 
     /// Serves until there is nothing more to do. False when it could not take its name on the bus, or the bus went
-    /// away.
+    /// away, or something failed.
     bool run();
 
   private:
-    struct TrackRelease {
-        void operator()(sd_bus_track* track) const noexcept { sd_bus_track_unref(track); }
-    };
-    using TrackPtr = std::unique_ptr<sd_bus_track, TrackRelease>;
+    class Call;
+    enum class Caller { isKnown, isUnknown, isLostInAFlood };
 
-    /// A request under way.
-    struct Job {
-        HelperService& service;
-        HelperRequest request;
-        SdBusMessagePtr message;  ///< answered at the end
-        std::unique_ptr<JobProcess> process;
-        TrackPtr caller;
-        EventSourcePtr channelSource;
-        EventSourcePtr endSource;
-        bool callerGone = false;
-    };
-
-    int open();
-    int openBus();
-    int accept(sd_bus_message* message);
-    int start(HelperRequest request, sd_bus_message* message);
-    int follow(Job& job);
-    bool isFull(uid_t uid) const;
-    void finish(Job& job);
-    void answer(const Job& job);
-    int refuse(sd_bus_message* message, const char* errorName, const HelperRequest& request, const std::string& text);
-    void retire();
+    Outcome<void> open();
+    void accept(sd_bus_message* message);
+    void proceed(Call& known, Caller caller);
+    void admit(std::unique_ptr<Call>& call, Caller caller);
+    void answer(const Call& call, const RequestEnd& end);
+    void refuse(const Call& call, const char* errorName, const Problem& problem);
+    void refuse(const Call& call, const char* errorName, const std::string& text);
+    static std::string shown(const Call& call);
+    bool isDone() const;
+    void stop() override;
+    void takeNothingMore() noexcept override {}
     void leave();
     void beginIdleness();
 
     static int onCall(sd_bus_message* message, void* self, sd_bus_error* error);
+    static int onNameGone(sd_bus_message* message, void* self, sd_bus_error* error);
     static int onDisconnected(sd_bus_message* message, void* self, sd_bus_error* error);
-    static int onCallerGone(sd_bus_track* track, void* job);
-    static int onChannel(sd_event_source* source, int fd, std::uint32_t events, void* job);
-    static int onEnd(sd_event_source* source, const siginfo_t* info, void* job);
-    static int onSignal(sd_event_source* source, const signalfd_siginfo* info, void* self);
-    static int onIdle(sd_event_source* source, std::uint64_t time, void* self);
+    static const sd_bus_vtable kOperations[];
 
-    static const sd_bus_vtable operations[];
-
-    Consent& consent_;
-    Gate& gate_;
     RequestLog& log_;
-    EventPtr event_;
+    std::chrono::milliseconds idleTime_;
+    bool isStopping_ = false;  ///< nothing new is taken
+    bool isNameless_ = false;  ///< the name was given back; what had arrived before is still served
+    bool isConnected_ = false;
     SdBusPtr bus_;
-    EventSourcePtr idle_;
-    std::map<pid_t, Job> jobs_;
-    bool retiring_ = false;  ///< nothing new is taken
-    bool nameless_ = false;  ///< the name was given back; what had arrived before is still served
-    bool connected_ = false;
+    int busSocket_ = -1;                       ///< the connection's, which owns it
+    std::multimap<std::string, Call*> calls_;  ///< all, by the caller's name on the bus
+    JobTable jobs_;
+    std::map<Call*, std::unique_ptr<Call>> waiting_;  ///< until the bus has said who calls
+    std::size_t waitingBytes_ = 0;
+    EventLoop::Watch idle_;
+    EventLoop::Watch leaving_;
 };
 
 }  // namespace kestrav

@@ -5,30 +5,34 @@
 #include <string_view>
 #include <sys/stat.h>
 
-#include "base/StandardDescriptors.h"
 #include "base/SystemLog.h"
+#include "base/openStandardDescriptors.h"
+#include "protocol/accessory.h"
+#include "protocol/names.h"
+#include "services/asker/PolkitConsent.h"
+#include "services/disk/UdevBlockDevices.h"
+#include "services/gate/BoardNote.h"
+#include "services/gate/Gate.h"
+#include "services/gate/RequestLog.h"
 #include "services/helper/HelperService.h"
-#include "services/privileged/Consent.h"
-#include "services/privileged/Gate.h"
-#include "services/privileged/RequestLog.h"
-#include "services/privileged/UdevBlockDevices.h"
 
 namespace {
 
-constexpr const char* help =
+constexpr const char* kHelp =
     "Usage: kestrav-helper [--help | --version]\n"
     "\n"
-    "Unmounts, reads and writes the accessory's disk for those whom polkit lets: the service\n"
-    "com.corvatel.KestravHelper on the system bus, which starts it when it is needed. Touches no other disk than the\n"
-    "accessory's (USB 10d6:fd01). Ends itself when it is idle, and on SIGTERM after the work that runs.\n";
+    "Unmounts, reads and writes the accessory's disk for those whom polkit lets: the service\n" KESTRAV_HELPER_LABEL
+    " on the system bus, which starts it when it is needed. Touches no other disk than the\n"
+    "accessory's (USB " KESTRAV_ACCESSORY_USB
+    "). Ends itself when it is idle, and on SIGTERM after the work that runs.\n";
 
 int serve(kestrav::SystemLog& systemLog) {
     kestrav::RequestLog log(systemLog);
     const kestrav::UdevBlockDevices devices;
     const kestrav::MountinfoTable mounts;
-    kestrav::Gate gate(devices, mounts, log);
     kestrav::PolkitConsent consent;
-    return kestrav::HelperService(consent, gate, log).run() ? 0 : 1;
+    kestrav::Gate gate(consent, devices, mounts, log, kestrav::BoardNote::folderOfService());
+    return kestrav::HelperService(gate, log).run() ? 0 : 1;
 }
 
 }  // namespace
@@ -37,7 +41,7 @@ int main(int count, char** words) {
     if (!kestrav::openStandardDescriptors()) return 1;
     const std::string_view word = count == 2 ? words[1] : "";
     if (word == "--help") {
-        std::fputs(help, stdout);
+        std::fputs(kHelp, stdout);
         return 0;
     }
     if (word == "--version") {
@@ -45,7 +49,7 @@ int main(int count, char** words) {
         return 0;
     }
     if (count != 1) {
-        std::fputs(help, stderr);
+        std::fputs(kHelp, stderr);
         return 2;
     }
     ::umask(077);

@@ -53,7 +53,7 @@ TEST(ViewController, KeepsWhatItsSettersAreGiven) {
 
 TEST(ViewController, TakesAnotherEngine) {
     ControllerOnFakes its;
-    const auto other = std::make_shared<KestravDevice>(its.registry, its.volumes, its.disks, its.commands);
+    const auto other = std::make_shared<KestravDevice>(its.registry, its.volumes, its.disks, its.commands, its.console);
     const auto first = its.controller->driver();
     its.controller->setDriver(other);
     its.load();
@@ -87,7 +87,7 @@ TEST(ViewDidLoad, AsksForTheWindowsSize) {
 TEST(ViewDidLoad, TakesTheEnginesLinesAndReleasesWhoeverDidBefore) {
     ControllerOnFakes its;
     const auto before = std::make_shared<ViewController>(
-        its.view, EngineParts{its.registry, its.volumes, its.disks, its.commands}, its.installation);
+        its.view, EngineParts{its.registry, its.volumes, its.disks, its.commands}, its.installation, its.console);
     its.controller->driver()->setParent(before);
     its.controller->viewDidLoad();
     EXPECT_EQ(its.controller->driver()->parent(), its.controller);

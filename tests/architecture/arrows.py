@@ -1,9 +1,11 @@
 #!/usr/bin/env python3
-"""Reads the #include lines of the tree and says which arrow between two folders must not exist.
+"""Reads the #include lines of the tree and says which arrow between two folders must not exist, or is not used.
 
-    arrows.py [ROOT]     exit 0: no forbidden arrow; 1: each one on a line of its own
+    arrows.py [ROOT]        exit 0: every arrow is allowed, and every allowed one is used; 1: complaints, one a line
+    arrows.py --picture     the arrows as the block that README.md shows under "Layout"
 
-The rules are the picture in README.md, "Layout": a folder may include itself and what ALLOWED names for it.
+A folder may include itself and what ALLOWED names for it. The picture leaves out an arrow that is a shorter way to where
+others lead, too: app may include base, and the picture shows the way there through device and command.
 """
 
 import re
@@ -12,19 +14,28 @@ from pathlib import Path
 
 # Longest folder first wins: command/linux is a room of its own inside command.
 ALLOWED = {
-    "base": set(),
-    "json": {"base"},
+    "protocol": set(),
+    "base": {"protocol"},
+    "json/tree": {"base"},
+    "json/record": {"json/tree"},
+    "json/value": {"json/tree", "base"},
     "socket": {"base"},
-    "command": {"json", "socket", "base"},
-    "command/linux": {"command", "base"},
-    "device": {"command", "base"},
+    "command": {"json/record", "json/tree", "socket", "base", "protocol"},
+    "command/linux": {"command", "base", "protocol"},
+    "device": {"command", "base", "protocol"},
     "device/linux": {"device", "base"},
-    "app": {"device", "command", "base"},
-    "app/qt": {"app", "device", "command", "base"},
-    "cli": {"device", "command", "json", "base"},
-    "services/privileged": {"json", "socket", "base"},
-    "services/commandd": {"services/privileged", "json", "socket", "base"},
-    "services/helper": {"services/privileged", "json", "base"},
+    "cli": {"device", "command", "json/tree", "base", "protocol"},
+    "app": {"device", "command", "base", "protocol"},
+    "app/qt": {"app", "device", "command", "base", "protocol"},
+    "services/asker": {"base", "protocol"},
+    "services/disk": {"base", "protocol"},
+    "services/image": {"base"},
+    "services/gate": {"services/asker", "services/disk", "services/image", "base", "protocol"},
+    "services/jobs": {"services/gate", "services/asker", "base"},
+    "services/commandd": {
+        "services/jobs", "services/gate", "services/asker", "services/disk", "json/tree", "base", "protocol",
+    },
+    "services/helper": {"services/jobs", "services/gate", "services/asker", "services/disk", "base", "protocol"},
 }
 # These may look at everything; nothing may look at them.
 ONLOOKERS = ("tests", "benchmarks", "fuzz", "simulator")
@@ -116,6 +127,47 @@ def check(files):
     return complaints
 
 
+def unused(files):
+    """The allowed arrows that no file needs, one sentence each. A rule that is wider than the house hides a change."""
+    used = {(folder_of(source), folder_of(target)) for source, text in files.items()
+            for quoted, target in includes(text) if quoted}
+    return [f"{here} may know {there}, and no file of it does: take the arrow out of ALLOWED"
+            for here in ALLOWED for there in sorted(ALLOWED[here]) if (here, there) not in used]
+
+
+def reachable(folder, allowed):
+    """The folders that arrows lead to from `folder`, over one or more others."""
+    found, waiting = set(), list(allowed[folder])
+    while waiting:
+        here = waiting.pop()
+        if here not in found:
+            found.add(here)
+            waiting += allowed[here]
+    return found
+
+
+def shown(allowed):
+    """`allowed` without the arrows that are a shorter way to where others lead, too; each folder's in a fixed order."""
+    return {
+        here: sorted(there for there in targets
+                     if not any(there in reachable(between, allowed) for between in targets if between != there))
+        for here, targets in allowed.items()
+    }
+
+
+def picture(allowed):
+    """The arrows as text: roads, each as long as it shows something new; the user's side first, then root's."""
+    left = shown(allowed)
+    lines = []
+    for start in sorted(reversed(list(allowed)), key=lambda folder: folder.startswith("services")):
+        while left[start]:
+            road = [start]
+            while left[road[-1]]:
+                road.append(left[road[-1]].pop(0))
+            lines.append(" ──► ".join(road))
+    return "\n".join(lines + ["main.cpp of each program ──► the backends in linux/"])
+
+
 def read_tree(root):
     rooms = sorted({name.split("/")[0] for name in ALLOWED} | set(ONLOOKERS))
     return {
@@ -127,13 +179,16 @@ def read_tree(root):
 
 
 def main():
+    if sys.argv[1:] == ["--picture"]:
+        print(picture(ALLOWED))
+        return 0
     root = Path(sys.argv[1]) if len(sys.argv) > 1 else Path(__file__).resolve().parents[2]
     files = read_tree(root)
     if not files:
         print(f"no sources below {root}")
         return 1
-    complaints = check(files)
-    print("\n".join(complaints) if complaints else f"{len(files)} files, no forbidden arrow")
+    complaints = check(files) + unused(files)
+    print("\n".join(complaints) if complaints else f"{len(files)} files, no forbidden arrow and no unused one")
     return 1 if complaints else 0
 
 

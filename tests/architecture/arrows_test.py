@@ -1,9 +1,13 @@
 #!/usr/bin/env python3
 """The arrow check itself: each kind of forbidden arrow is seen, and allowed ones are not."""
 
+import re
 import unittest
+from pathlib import Path
 
-from arrows import check
+from arrows import ALLOWED, check, picture, unused
+
+ROOT = Path(__file__).resolve().parents[2]
 
 
 def arrow(source, include):
@@ -20,10 +24,10 @@ class ForbiddenArrows(unittest.TestCase):
         self.assert_broken("socket/TCPClient.cpp", '"command/CommandService.h"', "socket must not know command")
 
     def test_json_looks_at_its_neighbour(self):
-        self.assert_broken("json/Reader.cpp", '"socket/Socket.h"', "json must not know socket")
+        self.assert_broken("json/tree/Reader.cpp", '"socket/Socket.h"', "json/tree must not know socket")
 
     def test_client_code_looks_into_a_service(self):
-        self.assert_broken("device/updates.cpp", '"services/privileged/Gate.h"', "must not know services/privileged")
+        self.assert_broken("device/ImageSender.cpp", '"services/gate/Gate.h"', "must not know services/gate")
 
     def test_a_service_looks_into_client_code(self):
         self.assert_broken("services/commandd/main.cpp", '"command/JobRequest.h"', "must not know command")
@@ -39,10 +43,10 @@ class ForbiddenArrows(unittest.TestCase):
 
     def test_the_toolkit_outside_its_room(self):
         self.assert_broken("app/ViewController.cpp", "<QWidget>", "only app/qt/")
-        self.assert_broken("device/updates.cpp", "<QtCore/QString>", "only app/qt/")
+        self.assert_broken("device/ImageSender.cpp", "<QtCore/QString>", "only app/qt/")
 
     def test_an_include_that_does_not_start_at_the_root(self):
-        complaints = check({"json/Tree.cpp": '#include "Tree.h"\n', "json/Tree.h": ""})
+        complaints = check({"json/tree/Tree.cpp": '#include "Tree.h"\n', "json/tree/Tree.h": ""})
         self.assertEqual(len(complaints), 1)
         self.assertIn("from the root", complaints[0])
 
@@ -50,14 +54,14 @@ class ForbiddenArrows(unittest.TestCase):
         self.assert_broken("services/other/main.cpp", "<string>", "no rule")
 
     def test_a_circle_of_headers(self):
-        complaints = check({"json/A.h": '#include "json/B.h"\n', "json/B.h": '#include "json/A.h"\n'})
-        self.assertEqual(complaints, ["a circle: json/A.h -> json/B.h -> json/A.h"])
+        complaints = check({"json/tree/A.h": '#include "json/tree/B.h"\n', "json/tree/B.h": '#include "json/tree/A.h"\n'})
+        self.assertEqual(complaints, ["a circle: json/tree/A.h -> json/tree/B.h -> json/tree/A.h"])
 
 
 class AllowedArrows(unittest.TestCase):
     def test_down_the_house(self):
-        self.assertEqual(arrow("device/updates.cpp", '"command/CommandService.h"'), [])
-        self.assertEqual(arrow("services/commandd/main.cpp", '"services/privileged/Gate.h"'), [])
+        self.assertEqual(arrow("device/ImageSender.cpp", '"command/CommandService.h"'), [])
+        self.assertEqual(arrow("services/commandd/main.cpp", '"services/gate/Gate.h"'), [])
 
     def test_main_joins_the_backends(self):
         self.assertEqual(arrow("cli/main.cpp", '"device/linux/UdevDeviceRegistry.h"'), [])
@@ -67,6 +71,34 @@ class AllowedArrows(unittest.TestCase):
 
     def test_the_toolkit_in_its_room(self):
         self.assertEqual(arrow("app/qt/MainWindow.cpp", "<QWidget>"), [])
+
+
+class UnusedArrows(unittest.TestCase):
+    def test_are_named(self):
+        every_arrow = {f"{here}/A.cpp": "".join(f'#include "{there}/B.h"\n' for there in ALLOWED[here])
+                       for here in ALLOWED}
+        self.assertEqual(unused(every_arrow), [])
+        every_arrow["socket/A.cpp"] = "#include <string>\n"
+        self.assertEqual(unused(every_arrow),
+                         ["socket may know base, and no file of it does: take the arrow out of ALLOWED"])
+
+    def test_are_not_made_used_by_those_who_may_look_at_everything(self):
+        complaints = unused({"tests/socket/A.cpp": '#include "base/UniqueFd.h"\n'})
+        self.assertEqual(len(complaints), sum(len(targets) for targets in ALLOWED.values()))
+
+
+class ThePicture(unittest.TestCase):
+    HOUSE = {"ground": set(), "left": {"ground"}, "right": {"ground"}, "roof": {"left", "right", "ground"}}
+
+    def test_shows_every_road_once_and_no_shorter_way(self):
+        roof, right = picture(self.HOUSE).splitlines()[:2]
+        self.assertEqual(roof, "roof ──► left ──► ground")
+        self.assertEqual(right, "roof ──► right ──► ground")
+
+    def test_is_the_one_in_the_readme(self):
+        layout = (ROOT / "README.md").read_text().split("### Layout")[1].split("\n### ")[0]
+        blocks = re.findall(r"```text\n(.*?)\n```", layout, re.S)
+        self.assertIn(picture(ALLOWED), blocks, "put what arrows.py --picture prints into README.md")
 
 
 if __name__ == "__main__":

@@ -4,7 +4,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "base/StandardDescriptors.h"
+#include "base/openStandardDescriptors.h"
 
 namespace kestrav {
 namespace {

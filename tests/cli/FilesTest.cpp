@@ -7,7 +7,7 @@
 #include <unistd.h>
 
 #include "cli/OrdinaryFile.h"
-#include "cli/OutputFile.h"
+#include "cli/writeOutputFile.h"
 
 namespace kestrav {
 namespace {
@@ -37,8 +37,7 @@ class Files : public testing::Test {
 
     static std::string refusal(const std::string& path) {
         const auto opened = OrdinaryFile::open(path);
-        const auto* sentence = std::get_if<std::string>(&opened);
-        return sentence == nullptr ? "accepted" : *sentence;
+        return opened ? "accepted" : opened.problem().sentence;
     }
 
     std::size_t filesInFolder() const {
@@ -56,8 +55,8 @@ using OutputFiles = Files;
 
 TEST_F(OrdinaryFiles, AreReadByOffset) {
     const auto opened = OrdinaryFile::open(made("image", "0123456789"));
-    ASSERT_TRUE(std::holds_alternative<OrdinaryFile>(opened));
-    const auto& image = std::get<OrdinaryFile>(opened);
+    ASSERT_TRUE(opened);
+    const auto& image = opened.value();
     EXPECT_EQ(image.size(), 10);
     EXPECT_EQ(image.read(4, 3), (std::vector{std::byte{'4'}, std::byte{'5'}, std::byte{'6'}}));
     EXPECT_EQ(image.read(8, 100).size(), 2U);
@@ -70,8 +69,8 @@ TEST_F(OrdinaryFiles, BearTheirAbsolutePath) {
     fs::current_path(fs::path(absolute).parent_path());
     const auto opened = OrdinaryFile::open("image");
     fs::current_path(before);
-    ASSERT_TRUE(std::holds_alternative<OrdinaryFile>(opened));
-    EXPECT_EQ(std::get<OrdinaryFile>(opened).path(), absolute);
+    ASSERT_TRUE(opened);
+    EXPECT_EQ(opened.value().path(), absolute);
 }
 
 TEST_F(OrdinaryFiles, MayBeEmpty) {
@@ -115,14 +114,14 @@ TEST_F(OrdinaryFiles, AreRefusedWhenTheServiceWouldSeeAnotherFile) {
 }
 
 TEST_F(OutputFiles, AreWrittenWhole) {
-    EXPECT_EQ(writeWhole(path("out"), bytes("content")), std::nullopt);
+    EXPECT_TRUE(writeOutputFile(path("out"), bytes("content")));
     EXPECT_EQ(content(path("out")), "content");
 }
 
 TEST_F(OutputFiles, ReplaceWhatWasThereAndKeepItsRights) {
     const std::string out = made("out", "something longer than the new content");
     ASSERT_EQ(::chmod(out.c_str(), 0640), 0);
-    EXPECT_EQ(writeWhole(out, bytes("new")), std::nullopt);
+    EXPECT_TRUE(writeOutputFile(out, bytes("new")));
     EXPECT_EQ(content(out), "new");
     EXPECT_EQ(fs::status(out).permissions(), fs::perms(0640));
 }
@@ -130,26 +129,26 @@ TEST_F(OutputFiles, ReplaceWhatWasThereAndKeepItsRights) {
 TEST_F(OutputFiles, LeaveALinkALink) {
     made("target", "old");
     fs::create_symlink("target", path("link"));
-    EXPECT_EQ(writeWhole(path("link"), bytes("new")), std::nullopt);
+    EXPECT_TRUE(writeOutputFile(path("link"), bytes("new")));
     EXPECT_TRUE(fs::is_symlink(path("link")));
     EXPECT_EQ(content(path("target")), "new");
 }
 
 TEST_F(OutputFiles, AreWrittenInPlaceWhenTheyAreDevices) {
-    EXPECT_EQ(writeWhole("/dev/null", bytes("gone")), std::nullopt);
+    EXPECT_TRUE(writeOutputFile("/dev/null", bytes("gone")));
     EXPECT_TRUE(fs::is_character_file("/dev/null"));
 }
 
 TEST_F(OutputFiles, SayThatTheDiskIsFull) {
-    const auto sentence = writeWhole("/dev/full", bytes("content"));
-    ASSERT_TRUE(sentence);
-    EXPECT_NE(sentence->find("No space left"), std::string::npos);
+    const auto written = writeOutputFile("/dev/full", bytes("content"));
+    ASSERT_FALSE(written);
+    EXPECT_NE(written.problem().sentence.find("No space left"), std::string::npos);
 }
 
 TEST_F(OutputFiles, LeaveNothingBehindWhenTheyFail) {
-    const auto sentence = writeWhole(path("missing/out"), bytes("content"));
-    ASSERT_TRUE(sentence);
-    EXPECT_NE(sentence->find("No such file"), std::string::npos);
+    const auto written = writeOutputFile(path("missing/out"), bytes("content"));
+    ASSERT_FALSE(written);
+    EXPECT_NE(written.problem().sentence.find("No such file"), std::string::npos);
     EXPECT_EQ(filesInFolder(), 0U);
 }
 

@@ -5,16 +5,17 @@
 #include <string>
 #include <vector>
 
-#include "tests/room/SystemDaemons.h"
-#include "tests/room/SystemRoom.h"
-#include "tests/room/Terminal.h"
-#include "tests/room/runProgram.h"
+#include "tests/sandbox/Sandbox.h"
+#include "tests/sandbox/SystemDaemons.h"
+#include "tests/sandbox/Terminal.h"
+#include "tests/sandbox/runProgram.h"
 
 namespace kestrav {
 namespace {
 
 namespace fs = std::filesystem;
 using testing::HasSubstr;
+using testing::Not;
 
 constexpr uid_t kAdmin = 4711;
 constexpr const char* kProgram = "/usr/local/libexec/com.corvatel.KestravHelper";
@@ -23,7 +24,7 @@ constexpr const char* kProgram = "/usr/local/libexec/com.corvatel.KestravHelper"
 class HelperInATerminal : public testing::Test {
   protected:
     void SetUp() override {
-        if (!SystemRoom::isPossible()) GTEST_SKIP() << "needs root";
+        if (!Sandbox::isPossible()) GTEST_SKIP() << "needs root";
         room_.emplace();
         addAccount("kestrav-admin", kAdmin, true);
         fs::create_directory("/usr/libexec/kestrav");
@@ -41,7 +42,7 @@ class HelperInATerminal : public testing::Test {
     }
 
     const std::string kestravctl_ = "/usr/libexec/kestrav/kestravctl";
-    std::optional<SystemRoom> room_;
+    std::optional<Sandbox> room_;
     SystemDaemons daemons_;
 };
 
@@ -72,6 +73,7 @@ TEST_F(HelperInATerminal, RunsACommandAfterThePassword) {
     terminal.type("secret\n");
     EXPECT_EQ(terminal.wait(), 0) << terminal.shown();
     EXPECT_THAT(terminal.shown(), HasSubstr("The helper has finished"));
+    EXPECT_THAT(terminal.shown(), Not(HasSubstr("Connection Invalidated")));
 }
 
 TEST_F(HelperInATerminal, TellsWhenACommandWasRefused) {

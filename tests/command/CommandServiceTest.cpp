@@ -14,9 +14,9 @@
 #include <vector>
 
 #include "command/CommandService.h"
-#include "json/Reader.h"
+#include "json/tree/readJSON.h"
+#include "tests/base/RecordingLog.h"
 #include "tests/command/LoopbackService.h"
-#include "tests/command/RecordedLog.h"
 #include "tests/socket/Loopback.h"
 
 namespace kestrav {
@@ -52,7 +52,7 @@ struct Outcome {
 
 Outcome runAgainst(LoopbackBehaviour behaviour, const std::string& argument) {
     const std::set<std::string> before = descriptors();
-    RecordedLog log;
+    RecordingLog log;
     {
         const LoopbackService service(std::move(behaviour));
         EXPECT_EQ(CommandService(log, impatient(service.port())).runWithCommand("dd", Texts{argument}), "");
@@ -77,7 +77,7 @@ class RunWithCommandSends : public ::testing::TestWithParam<Request> {};
 
 TEST_P(RunWithCommandSends, OneJsonObjectAndNothingElse) {
     const LoopbackService service;
-    RecordedLog log;
+    RecordingLog log;
     CommandService(log, patient(service.port())).runWithCommand(GetParam().command, GetParam().arguments);
     EXPECT_THAT(service.requests(), ElementsAre(GetParam().json));
 }
@@ -96,7 +96,7 @@ class RunWithCommandEscapes : public ::testing::TestWithParam<std::string> {};
 
 TEST_P(RunWithCommandEscapes, SoThatTheServiceReadsTheTextsBack) {
     const LoopbackService service;
-    RecordedLog log;
+    RecordingLog log;
     CommandService(log, patient(service.port())).runWithCommand(GetParam(), Texts{GetParam(), "last"});
     const std::vector<std::string> requests = service.requests();
     ASSERT_EQ(requests.size(), 1U);
@@ -117,7 +117,7 @@ INSTANTIATE_TEST_SUITE_P(Texts, RunWithCommandEscapes,
 
 TEST(RunWithCommand, SendsEveryCallOverAConnectionOfItsOwn) {
     const LoopbackService service;
-    RecordedLog log;
+    RecordingLog log;
     CommandService client(log, patient(service.port()));
     client.runWithCommand("first", {});
     client.runWithCommand("second", {});
@@ -135,7 +135,7 @@ TEST(RunWithCommand, ServesSeveralThreadsAtOnce) {
         released.wait_for(std::chrono::seconds(10));
         connection.send("done");
     });
-    RecordedLog log;
+    RecordingLog log;
     CommandService client(log, patient(service.port()));
     std::vector<std::thread> callers(8);
     for (std::thread& caller : callers)
@@ -185,7 +185,7 @@ TEST(RunWithCommand, TakesTheFirstPieceForTheWholeReply) {
 // --- failures
 
 TEST(RunWithCommand, LogsAnUnknownHost) {
-    RecordedLog log;
+    RecordingLog log;
     CommandService client(log, {.address = "256.256.256.256"});
     EXPECT_EQ(client.runWithCommand("dd", {}), "");
     EXPECT_THAT(log.entries(), ElementsAre(StartsWith("SocketError.queryFailed: ")));
@@ -193,7 +193,7 @@ TEST(RunWithCommand, LogsAnUnknownHost) {
 
 TEST(RunWithCommand, LogsThatWaitingFailed) {
     const LoopbackService service;
-    RecordedLog log;
+    RecordingLog log;
     CommandService client(log, {.port = service.port(), .connectSeconds = -1});
     EXPECT_EQ(client.runWithCommand("dd", {}), "");
     EXPECT_THAT(log.entries(), ElementsAre(StartsWith("SocketError.connectionClosed: ")));
@@ -202,7 +202,7 @@ TEST(RunWithCommand, LogsThatWaitingFailed) {
 TEST(RunWithCommand, LogsARefusalAtOnce) {
     const UniqueFd nobodyListens = boundSocket(SOCK_STREAM);
     const std::size_t before = openDescriptors();
-    RecordedLog log;
+    RecordingLog log;
     const Clock::time_point start = Clock::now();
     EXPECT_EQ(CommandService(log, patient(portOf(nobodyListens.get()))).runWithCommand("dd", Texts{"x"}), "");
     EXPECT_LT(secondsSince(start), 5.0);
@@ -213,7 +213,7 @@ TEST(RunWithCommand, LogsARefusalAtOnce) {
 TEST(RunWithCommand, LogsATimeOutWhenTheConnectionIsNeitherAcceptedNorRefused) {
     const FullListener full;
     const std::size_t before = openDescriptors();
-    RecordedLog log;
+    RecordingLog log;
     const Clock::time_point start = Clock::now();
     EXPECT_EQ(CommandService(log, impatient(full.port())).runWithCommand("dd", Texts{"x"}), "");
     EXPECT_GE(secondsSince(start), 1.0);
@@ -234,7 +234,7 @@ TEST(RunWithCommand, GivesUpOnAServiceThatNeverAnswersAndCloses) {
         connection.waitUntilPeerCloses();
         peerClosed.set_value();
     });
-    RecordedLog log;
+    RecordingLog log;
     const Clock::time_point start = Clock::now();
     EXPECT_EQ(CommandService(log, impatient(service.port())).runWithCommand("dd", Texts{"x"}), "");
     EXPECT_GE(secondsSince(start), 1.0);
@@ -269,7 +269,7 @@ TEST(RunWithCommand, SaysNothingWhenTheServiceResetsInsteadOfAnswering) {
 
 TEST(RunWithCommandDeathTest, StopsTheProcessWhenATextIsNotUtf8) {
     const LoopbackService service;
-    RecordedLog log;
+    RecordingLog log;
     CommandService client(log, patient(service.port()));
     EXPECT_EXIT(client.runWithCommand("\xff", {}), KilledBySignal(SIGABRT), "");
     EXPECT_EXIT(client.runWithCommand("dd", Texts{"if=\xed\xa0\x80"}), KilledBySignal(SIGABRT), "");
@@ -277,7 +277,7 @@ TEST(RunWithCommandDeathTest, StopsTheProcessWhenATextIsNotUtf8) {
 
 TEST(RunWithCommand, ConnectsBeforeItLooksAtTheRequest) {
     const UniqueFd nobodyListens = boundSocket(SOCK_STREAM);
-    RecordedLog log;
+    RecordingLog log;
     EXPECT_EQ(CommandService(log, patient(portOf(nobodyListens.get()))).runWithCommand("\xff", {}), "");
     EXPECT_THAT(log.entries(), ElementsAre(StartsWith("SocketError.unknownError: ")));
 }

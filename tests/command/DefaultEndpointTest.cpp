@@ -7,8 +7,8 @@
 
 #include "base/UniqueFd.h"
 #include "command/CommandService.h"
+#include "tests/base/RecordingLog.h"
 #include "tests/command/LoopbackService.h"
-#include "tests/command/RecordedLog.h"
 
 namespace kestrav {
 namespace {
@@ -41,7 +41,7 @@ void leaveTheMachinesNetwork() {
 TEST(CommandService, TalksToPort9090OfThisMachine) {
     leaveTheMachinesNetwork();
     const LoopbackService service(answers("done"), 9090);
-    RecordedLog log;
+    RecordingLog log;
     CommandService(log).runWithCommand("umount", std::vector<std::string>{"/dev/sdzs1"});
     EXPECT_THAT(log.entries(), ElementsAre("done"));
     EXPECT_THAT(service.requests(), SizeIs(1));
@@ -50,7 +50,7 @@ TEST(CommandService, TalksToPort9090OfThisMachine) {
 TEST(CommandService, IsRefusedAtOnceWhenNobodyListensOnPort9090) {
     leaveTheMachinesNetwork();
     { const LoopbackService free(answers(""), 9090); }
-    RecordedLog log;
+    RecordingLog log;
     EXPECT_EQ(CommandService(log).runWithCommand("umount", {}), "");
     EXPECT_THAT(log.entries(), ElementsAre(StartsWith("SocketError.unknownError: ")));
 }

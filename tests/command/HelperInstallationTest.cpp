@@ -3,8 +3,8 @@
 
 #include "command/HelperInstallation.h"
 #include "command/SMJError.h"
+#include "tests/base/RecordingLog.h"
 #include "tests/command/fakes/FakeAuthorization.h"
-#include "tests/command/fakes/RecordingLog.h"
 
 namespace kestrav {
 namespace {

@@ -2,7 +2,8 @@
 
 #include "command/JobArguments.h"
 #include "command/JobRequest.h"
-#include "json/Writer.h"
+#include "json/record/JSONRepresentation.h"
+#include "json/tree/dataWithJSONObject.h"
 
 namespace kestrav {
 namespace {

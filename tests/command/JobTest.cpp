@@ -4,9 +4,10 @@
 #include <thread>
 
 #include "command/Job.h"
+#include "tests/base/RecordingLog.h"
 #include "tests/command/fakes/FakeHelperChannel.h"
 #include "tests/command/fakes/PumpedMainQueue.h"
-#include "tests/command/fakes/RecordingLog.h"
+#include "tests/command/fakes/RecordedAnswers.h"
 
 namespace kestrav {
 namespace {
@@ -17,6 +18,10 @@ using testing::SizeIs;
 
 class JobTest : public testing::Test {
   protected:
+    explicit JobTest(bool somebodyListens = false) {
+        job_.emplace(channel_, queue_, log_, somebodyListens ? &answers_ : nullptr);
+    }
+
     void run(Job::CompletionHandler handler) { job_->runWithCmd("umount", arguments_, std::move(handler)); }
     FakeHelperChannel::Connection& connection() { return *channel_.connections.at(0); }
 
@@ -24,7 +29,8 @@ class JobTest : public testing::Test {
     FakeHelperChannel channel_;
     PumpedMainQueue queue_;
     RecordingLog log_;
-    std::optional<Job> job_{std::in_place, channel_, queue_, log_};
+    RecordedAnswers answers_;
+    std::optional<Job> job_;
 };
 
 TEST_F(JobTest, OpensNoConnectionBeforeItIsUsed) {
@@ -123,6 +129,40 @@ TEST_F(JobTest, UsesTheConnectionItIsGiven) {
     run([](const std::string&) {});
     EXPECT_THAT(channel_.connections, IsEmpty());
     EXPECT_THAT(other.connections[0]->requests, SizeIs(1));
+}
+
+class JobAnswers : public JobTest {
+  protected:
+    JobAnswers() : JobTest(true) {}
+};
+
+TEST_F(JobAnswers, AreToldAsTheyComeWhileTheCompletionStaysEmpty) {
+    std::vector<std::string> completions;
+    run([&](std::string text) { completions.push_back(std::move(text)); });
+    EXPECT_THAT(answers_.events(), ElementsAre("asked umount /dev/sdbs1 a b "));
+    connection().requests[0].reply("sdb1 was not mounted.");
+    EXPECT_THAT(answers_.events(), ElementsAre("asked umount /dev/sdbs1 a b ", "answered sdb1 was not mounted."));
+    ASSERT_TRUE(queue_.runOne());
+    EXPECT_THAT(completions, ElementsAre(""));
+    EXPECT_THAT(log_.entries(), IsEmpty());
+}
+
+TEST_F(JobAnswers, NameAFailedRequestInTheHelpersWords) {
+    run([](const std::string&) {});
+    connection().requests[0].fail("Refused: no.");
+    ASSERT_THAT(answers_.unanswered(), SizeIs(1));
+    EXPECT_EQ(answers_.unanswered()[0].why, Unanswered::Why::requestFailed);
+    EXPECT_EQ(answers_.unanswered()[0].sentence, "Refused: no.");
+    EXPECT_THAT(log_.entries(), ElementsAre("remote proxy error: Refused: no."));
+    EXPECT_EQ(queue_.size(), 0U);
+}
+
+TEST_F(JobAnswers, SayNothingOfTheConnectionItself) {
+    run([](const std::string&) {});
+    connection().handlers.interrupted();
+    job_.reset();
+    EXPECT_THAT(answers_.events(), SizeIs(1));
+    EXPECT_THAT(log_.entries(), ElementsAre("Connection Terminated", "Connection Invalidated"));
 }
 
 using JobDeathTest = JobTest;

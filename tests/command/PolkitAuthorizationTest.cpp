@@ -12,11 +12,11 @@
 #include "command/HelperInstallation.h"
 #include "command/SMJError.h"
 #include "command/linux/PolkitAuthorization.h"
-#include "tests/command/fakes/RecordingLog.h"
-#include "tests/room/DismissingAgent.h"
-#include "tests/room/PasswordAgent.h"
-#include "tests/room/SystemDaemons.h"
-#include "tests/room/SystemRoom.h"
+#include "tests/base/RecordingLog.h"
+#include "tests/sandbox/DismissingAgent.h"
+#include "tests/sandbox/PasswordAgent.h"
+#include "tests/sandbox/Sandbox.h"
+#include "tests/sandbox/SystemDaemons.h"
 
 namespace kestrav {
 namespace {
@@ -65,7 +65,7 @@ std::string registerRight() {
 class PolkitConsent : public testing::Test {
   protected:
     void SetUp() override {
-        if (!SystemRoom::isPossible()) GTEST_SKIP() << "needs root";
+        if (!Sandbox::isPossible()) GTEST_SKIP() << "needs root";
         room_.emplace();
         fs::create_directory("/usr/libexec/kestrav");
         fs::copy_file(KESTRAV_BLESS, kBless);
@@ -79,7 +79,7 @@ class PolkitConsent : public testing::Test {
 
     static bool isInstalled() { return fs::exists(kProgram); }
 
-    std::optional<SystemRoom> room_;
+    std::optional<Sandbox> room_;
     SystemDaemons daemons_;
 };
 
@@ -239,8 +239,8 @@ TEST_F(PolkitConsent, TellsAFailedInstallationFromAMissingConsent) {
     ASSERT_TRUE(agent.isAsked()) << agent.shown();
     agent.type("secret\n");
     EXPECT_EQ(user.result(),
-              "BlessingError: Refused: others than root can write to the folder /etc/udev, so nothing in it is safe. "
-              "Make it root's alone (chown root:root, chmod go-w). [consent]");
+              "BlessingError: Refused: others than root can write to the folder /etc/udev. Run 'chown root:root "
+              "/etc/udev && chmod go-w /etc/udev' first; until then nothing in it is safe. [consent]");
 }
 
 TEST_F(PolkitConsent, RegistersTheRightAfterThePassword) {

@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "command/CommandService.h"
-#include "tests/command/RecordedLog.h"
+#include "tests/base/RecordingLog.h"
 
 namespace kestrav {
 namespace {
@@ -20,7 +20,7 @@ struct Line {
 class RunResponderWithResp : public ::testing::TestWithParam<Line> {};
 
 TEST_P(RunResponderWithResp, LogsTheDebugForm) {
-    kestrav::RecordedLog log;
+    kestrav::RecordingLog log;
     CommandService(log).runResponderWithResp(GetParam().response);
     EXPECT_THAT(log.entries(), ElementsAre(GetParam().logged));
 }

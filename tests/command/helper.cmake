@@ -2,10 +2,10 @@ kestrav_test(command_helper_test SOURCES HelperInstallationTest.cpp JobTest.cpp 
 
 kestrav_test(helper_channel_test
   SOURCES SdBusHelperChannelTest.cpp fakes/BusHelper.cpp
-  LINKS helper_channel_linux private_bus sd_bus_pointers)
+  LINKS helper_channel_linux private_bus system_bus)
 
 kestrav_test(polkit_authorization_test
   SOURCES PolkitAuthorizationTest.cpp
-  LINKS authorization_linux system_room)
+  LINKS authorization_linux sandbox)
 target_compile_definitions(polkit_authorization_test PRIVATE "KESTRAV_BLESS=\"$<TARGET_FILE:kestrav-bless>\"")
 add_dependencies(polkit_authorization_test kestrav-bless)

@@ -26,7 +26,7 @@ std::string written(const std::optional<Uuid>& uuid) {
 
 TEST(KestravDevice, StartsWithTheAccessorysIdentifiersAndNoDevice) {
     EngineOnFakes on;
-    const KestravDevice fresh(on.registry, on.volumes, on.disks, on.commands);
+    const KestravDevice fresh(on.registry, on.volumes, on.disks, on.commands, on.console);
     EXPECT_EQ(fresh.vendorID(), 4310);
     EXPECT_EQ(fresh.productID(), 64769);
     EXPECT_EQ(fresh.gRawAddedIter(), 0U);
@@ -82,7 +82,7 @@ TEST(KestravDevice, HandsARespToTheSystemLog) {
     EngineOnFakes on;
     on.engine.runResponderWithResp(std::nullopt);
     on.engine.runResponderWithResp("done");
-    EXPECT_THAT(on.systemLog.entries, ElementsAre("Response: nil", "Response: Optional(\"done\")"));
+    EXPECT_THAT(on.systemLog.entries(), ElementsAre("Response: nil", "Response: Optional(\"done\")"));
 }
 
 TEST(DiskNodes, AreFormedByPlainConcatenation) {

@@ -68,7 +68,7 @@ TEST_P(EitherUpdate, HandsOverUmountAndDdAndSaysWhatItDoes) {
                             CommandLine{"dd", "if=" + path, "of=/dev/rdisk2", GetParam().seek, "bs=512"}));
     EXPECT_THAT(on_.lines(), ElementsAre("Loaded icon file: " + path + " with 40000 bytes.",
                                          "Writing to device memory space.", "", "Finished writing to device."));
-    EXPECT_THAT(on_.systemLog.entries, ElementsAre("done", "done"));
+    EXPECT_THAT(on_.systemLog.entries(), ElementsAre("done", "done"));
     EXPECT_THAT(on_.disks.journal, IsEmpty());
 }
 
@@ -78,6 +78,15 @@ TEST_P(EitherUpdate, TakesASingleByte) {
     EXPECT_TRUE(update(path));
     EXPECT_THAT(on_.lines().front(), "Loaded icon file: " + path + " with 1 bytes.");
     EXPECT_EQ(commandLines().size(), 2U);
+}
+
+TEST_P(EitherUpdate, TakesAFileThatIsLongerThanTheFirmwaresArea) {
+    const std::string path = imageOf(std::string(512 * 512 + 1, 'f'));
+    on_.plugIn("disk2");
+    EXPECT_TRUE(update(path));
+    EXPECT_THAT(on_.lines().front(), "Loaded icon file: " + path + " with 262145 bytes.");
+    ASSERT_EQ(commandLines().size(), 2U);
+    EXPECT_THAT(commandLines()[1], ElementsAre("dd", "if=" + path, "of=/dev/rdisk2", GetParam().seek, "bs=512"));
 }
 
 TEST_P(EitherUpdate, RefusesAnEmptyFile) {
@@ -182,7 +191,7 @@ TEST(UpdateWithoutAService, ReportsSuccessAllTheSame) {
     on.plugIn("disk2");
     EXPECT_TRUE(on.engine.firmwareUpdate(path));
     EXPECT_EQ(on.lines().back(), "Finished writing to device.");
-    EXPECT_EQ(on.systemLog.entries.size(), 2U) << "one for each command";
+    EXPECT_EQ(on.systemLog.entries().size(), 2U) << "one for each command";
 }
 
 class PushDevice : public Update, public ::testing::WithParamInterface<std::pair<std::int64_t, std::string>> {};

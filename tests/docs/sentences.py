@@ -7,11 +7,18 @@ ROOT = Path(__file__).resolve().parents[2]
 FOLDERS = ("app", "base", "cli", "command", "device", "services", "socket")
 
 # What says something to a person: refusals, failures, log lines, alerts, and the functions that put them together.
-SAYS = re.compile(r"""\b(?:refused|failed|cannot|refuse|complain|log|log_\.write|log\.write|write|systemFailure|InstallError
+SAYS = re.compile(r"""\b(?:refused|failed|cannot|refuse|complain|wrongCall|log|log_\.write|log\.write|write|systemProblem
                       |breakOff|fail|errorHandler_|runModal|verificationFailed|withStatus|partly|StoreFailure
                       |description|describe|authorizationSentence|kind)\(""", re.X)
 LITERAL = re.compile(r'"((?:[^"\\\n]|\\.)*)"')
 RETURNED = re.compile(r'\breturn (?:"|[^;]*?[+(] ?")[^;]*;|\b\w+ [+]?= "[^;]*;|\{"[^;]*;')
+
+# Parts of sentences that stand in protocol/, by their names.
+CONSTANT = re.compile(r'(?:#define |constexpr (?:const char\*|std::string_view) )(\w+)(?: =)? ("(?:[^"\\\n]|\\.)*")')
+
+
+def constants():
+    return dict(found.groups() for file in (ROOT / "protocol").glob("*.h") for found in CONSTANT.finditer(file.read_text()))
 
 
 def unescaped(literal):
@@ -38,17 +45,25 @@ def is_a_sentence(literal):
     return len(re.findall(r"[A-Za-z']{2,}", literal)) >= 2 and " " in literal.strip()
 
 
-def said():
-    """Each fragment of a sentence with the file that says it; neighbouring literals are one."""
-    found = {}
+def sources():
+    """Each source with its text: constants in the place of their names, neighbouring literals as one, no comments."""
+    named = constants()
+    name = re.compile(r"std::string\((%s)\)|\b(%s)\b" % ("|".join(named), "|".join(named)))
     for folder in FOLDERS:
         for file in sorted((ROOT / folder).rglob("*.cpp")):
             text = re.sub(r"^\s*//.*", "", file.read_text(), flags=re.M)
-            text = re.sub(r'"\s*\n\s*"', "", text)
-            for call in calls(text):
-                for literal in LITERAL.findall(call):
-                    if is_a_sentence(literal):
-                        found.setdefault(unescaped(literal), str(file.relative_to(ROOT)))
+            text = name.sub(lambda use: named[use.group(1) or use.group(2)], text)
+            yield str(file.relative_to(ROOT)), re.sub(r'(?<!\\)"\s+"', "", text)
+
+
+def said():
+    """Each fragment of a sentence with the file that says it."""
+    found = {}
+    for file, text in sources():
+        for call in calls(text):
+            for literal in LITERAL.findall(call):
+                if is_a_sentence(literal):
+                    found.setdefault(unescaped(literal), file)
     return found
 
 

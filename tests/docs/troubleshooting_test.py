@@ -28,8 +28,7 @@ class Troubleshooting(unittest.TestCase):
 
     def test_explains_nothing_that_nobody_says(self):
         page = (sentences.ROOT / "docs/troubleshooting.md").read_text()
-        sources = "".join(re.sub(r'"\s*\n\s*"', "", file.read_text()).replace('\\"', '"').replace("\\u2019", "\u2019")
-                          for folder in sentences.FOLDERS for file in (sentences.ROOT / folder).rglob("*.cpp"))
+        sources = "".join(sentences.unescaped(text) for _, text in sentences.sources())
         quoted = [part for row in re.findall(r"^\| (.*?) \|", page, re.M) for part in re.findall(r"`([^`]+)`", row)]
         self.assertGreater(len(quoted), 150)
         strange = [part for part in quoted if part not in sources]

@@ -49,7 +49,8 @@ class Consent(GuestCase):
             update.type("guest\n")
         result = update.wait()
         self.assertEqual(result.out.count("Refused:"), 2, str(result))
-        self.wait_for_log("user 1802: Refused:", "kestrav-commandd")
+        self.wait_for_log("user 1802: dd if=", "kestrav-commandd")
+        self.wait_for_log("bs=512: Refused: an administrator did not agree.", "kestrav-commandd")
         self.assert_disk(accessory)
 
     def test_nobody_is_asked_without_a_terminal_and_that_is_a_refusal(self):

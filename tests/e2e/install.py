@@ -16,7 +16,8 @@ def gather_packages(packages, built):
         return
     packages.mkdir()
     for package in built.glob("*.deb"):
-        if "-dbgsym_" not in package.name:
+        # What a user installs, not what programs are built with.
+        if "-dbgsym_" not in package.name and "-dev_" not in package.name:
             shutil.copy(package, packages)
 
 

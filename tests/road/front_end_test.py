@@ -4,7 +4,8 @@ import json
 import os
 import subprocess
 
-from road import FIRMWARE, MIB, PROGRAMS, ROOT, RoadTest, content, mount_points
+from road import FIRMWARE, MIB, PROGRAMS, ROOT, RoadTest, content
+from sandbox import mount_points
 
 
 class FrontEnd(RoadTest):

@@ -4,19 +4,17 @@ kestravctl and kestrav-commandd run as they are, each with the simulated accesso
 network of its own (see CMakeLists.txt), so that port 9090 is free, and mounts of its own.
 """
 
-import fcntl
 import hashlib
 import os
 import random
-import shutil
 import signal
 import socket
-import struct
 import subprocess
-import tempfile
-import time
-import unittest
+import sys
 from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "sandbox"))
+from sandbox import SandboxTest  # noqa: E402: found by the line above
 
 ROOT = Path(__file__).resolve().parents[2]
 PROGRAMS = Path(os.environ["KESTRAV_PROGRAMS"])
@@ -32,48 +30,16 @@ def loaded(path, size):
     return f"Loaded icon file: {path} with {size} bytes."
 
 
-def bring_loopback_up():
-    """A new network namespace has its loopback interface down; SIOCSIFFLAGS with IFF_UP raises it."""
-    with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as any_socket:
-        fcntl.ioctl(any_socket, 0x8914, struct.pack("16sH14x", b"lo", 1))
-
-
-def mount_points():
-    """Decoded as far as the cases need: no blanks in their names."""
-    with open("/proc/self/mountinfo") as mounts:
-        return [line.split()[4] for line in mounts]
-
-
-def unmount_drives():
-    """Takes the machine's own drives out of this case's view; the mounts are private, so they stay where they are."""
-    for place in mount_points():
-        if place.startswith(("/media", "/run/media")):
-            subprocess.run(["umount", "-l", place], check=False)
-
-
 def content(size, seed=1):
     return random.Random(seed).randbytes(size)
 
 
-class RoadTest(unittest.TestCase):
-    pause = 0.02  # seconds between two looks at what is waited for
-
+class RoadTest(SandboxTest):
     def setUp(self):
-        bring_loopback_up()
-        unmount_drives()
-        self.folder = Path(tempfile.mkdtemp(prefix="kestrav-road."))
-        self.addCleanup(self.remove_folder)
+        super().setUp()
         self.disk = self.folder / "accessory.img"
         subprocess.run([ROOT / "simulator/make-disk", self.disk], check=True)
         self.services = []
-
-    def remove_folder(self):
-        """A simulation that was killed removes its own part meanwhile."""
-        def complain(_function, _path, reason):
-            if not isinstance(reason[1], FileNotFoundError):
-                raise reason[1]
-
-        shutil.rmtree(self.folder, onerror=complain)
 
     # -- the two programs ------------------------------------------------------------------------------------------
 
@@ -94,13 +60,6 @@ class RoadTest(unittest.TestCase):
         with socket.socket() as probe:
             return probe.connect_ex(("127.0.0.1", 9090)) == 0
 
-    def wait_until(self, condition, otherwise, process=None, seconds=20):
-        end = time.monotonic() + seconds
-        while not condition():
-            if time.monotonic() > end or (process is not None and process.poll() is not None):
-                self.fail(f"{otherwise}\n{self.service_log()}")
-            time.sleep(self.pause)
-
     @staticmethod
     def stop_service(service):
         if service.poll() is None:
@@ -110,6 +69,9 @@ class RoadTest(unittest.TestCase):
     def service_log(self):
         path = self.folder / "service.log"
         return path.read_text(errors="replace") if path.exists() else ""
+
+    def more_of_a_failure(self):
+        return self.service_log()
 
     def kestravctl(self, *arguments, plugged=True, device="accessory", **options):
         command = [PROGRAMS / "kestravctl", *map(str, arguments)]

@@ -29,7 +29,8 @@ sockaddr_in loopback(std::uint16_t port) {
     return address;
 }
 
-[[noreturn]] void become(const CommandDaemon::Conditions& conditions, int listener, const std::string& log) {
+[[noreturn]] void become(const CommandDaemon::Conditions& conditions, int listener, const std::string& log,
+                         const std::string& board) {
     const int out = ::open(log.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0644);
     ::dup2(conditions.errors.value_or(out), STDERR_FILENO);
     ::signal(SIGPIPE, SIG_DFL);
@@ -43,6 +44,7 @@ sockaddr_in loopback(std::uint16_t port) {
         ::setenv("LISTEN_PID", std::to_string(::getpid()).c_str(), 1);
     }
     ::close_range(handed >= 0 ? 4 : 3, ~0U, 0);
+    ::setenv("RUNTIME_DIRECTORY", board.c_str(), 1);
     // Opened while its place can still be reached: it may have been built in a home that is closed to others.
     const int program = ::open(KESTRAV_COMMANDD, O_PATH | O_CLOEXEC);
     if (conditions.descriptors) {
@@ -62,7 +64,7 @@ sockaddr_in loopback(std::uint16_t port) {
 CommandDaemon::CommandDaemon(const Conditions& conditions) {
     const UniqueFd listener = listenOnFreePort(port_);
     pid_ = ::fork();
-    if (pid_ == 0) become(conditions, listener.get(), folder_.path() / "log");
+    if (pid_ == 0) become(conditions, listener.get(), folder_.path() / "log", board());
     // What it says on a descriptor of somebody else's is for that one to wait for; the socket takes peers already.
     if (conditions.errors) return;
     for (int tries = 500; tries > 0 && runs() && log().empty(); --tries)
@@ -77,6 +79,10 @@ CommandDaemon::~CommandDaemon() {
 
 std::string CommandDaemon::log() const {
     return contentsOf(folder_.path() / "log");
+}
+
+std::filesystem::path CommandDaemon::board() const {
+    return folder_.path() / "board";
 }
 
 void CommandDaemon::signal(int number) const {

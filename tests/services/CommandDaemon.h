@@ -34,6 +34,8 @@ class CommandDaemon {
     std::uint16_t port() const { return port_; }
     pid_t pid() const { return pid_; }
     std::string log() const;
+    /// The folder where it says how far a write is.
+    std::filesystem::path board() const;
 
     void signal(int number) const;
     /// Waits up to ten seconds for its end; the exit status, 128 + the number of the signal that ended it, nothing when

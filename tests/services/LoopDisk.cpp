@@ -26,6 +26,13 @@ void check(bool good, const char* what) {
     if (!good) throw std::runtime_error(std::string(what) + ": " + std::strerror(errno));
 }
 
+/// Of a file or of another disk.
+long long sizeOf(int descriptor) {
+    const off_t end = ::lseek(descriptor, 0, SEEK_END);
+    check(end >= 0, "size of the image");
+    return end;
+}
+
 dev_t numberIn(const std::filesystem::path& sysfs) {
     const std::string text = contentsOf(sysfs / "dev");
     const std::size_t colon = text.find(':');
@@ -95,7 +102,7 @@ void LoopDisk::attach(const std::filesystem::path& image, bool readOnly) {
     const UniqueFd loop = openLoop(number_, O_RDONLY);
     blkpg_partition partition{};
     partition.start = partitionStart;
-    partition.length = static_cast<long long>(std::filesystem::file_size(image)) - partitionStart;
+    partition.length = sizeOf(file.get()) - partitionStart;
     partition.pno = 1;
     blkpg_ioctl_arg argument{BLKPG_ADD_PARTITION, 0, sizeof partition, &partition};
     check(::ioctl(loop.get(), BLKPG, &argument) == 0, "BLKPG_ADD_PARTITION");

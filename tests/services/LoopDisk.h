@@ -10,7 +10,7 @@ namespace kestrav {
 /// Needs root. Detached with the object.
 class LoopDisk {
   public:
-    /// `image` exists and is larger than a mebibyte. Throws std::runtime_error.
+    /// `image`, a file or another disk, exists and is larger than a mebibyte. Throws std::runtime_error.
     explicit LoopDisk(const std::filesystem::path& image, bool readOnly = false);
     ~LoopDisk();
     LoopDisk(const LoopDisk&) = delete;

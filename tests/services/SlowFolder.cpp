@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "base/UniqueFd.h"
+#include "base/retry.h"
 #include "tests/signalOne.h"
 
 namespace kestrav {
@@ -26,12 +27,15 @@ namespace {
 constexpr std::uint64_t imageNode = 2;  // FUSE_ROOT_ID is 1
 
 /// A node of this object's own, because /dev may be a private one.
+/// The kernel's end of a file system of a program's own; nothing with errno set where it can't be had.
 UniqueFd openFuse() {
     const std::string path = "/tmp/kestrav-fuse-" + std::to_string(::getpid());
     ::unlink(path.c_str());
     if (::mknod(path.c_str(), S_IFCHR | 0600, makedev(10, 229)) != 0) return {};
     UniqueFd fuse(::open(path.c_str(), O_RDWR | O_CLOEXEC));
+    const int error = errno;
     ::unlink(path.c_str());
+    errno = error;
     return fuse;
 }
 
@@ -50,8 +54,8 @@ class Server {
         ::prctl(PR_SET_PDEATHSIG, SIGKILL);
         std::vector<char> request(FUSE_MIN_READ_BUFFER + 65536);
         while (true) {
-            const ssize_t got = ::read(fuse_.get(), request.data(), request.size());
-            if (got < 0 && (errno == EINTR || errno == ENOENT)) continue;
+            const ssize_t got = retry([&] { return ::read(fuse_.get(), request.data(), request.size()); });
+            if (got < 0 && errno == ENOENT) continue;
             if (got < static_cast<ssize_t>(sizeof(fuse_in_header))) ::_exit(0);
             std::memcpy(&header_, request.data(), sizeof header_);
             answer(request);
@@ -133,7 +137,7 @@ class Server {
     void read(const fuse_read_in& asked) const {
         const std::uint64_t end = std::min(asked.offset + asked.size, behaviour_.size);
         if (behaviour_.stallsFrom && end > *behaviour_.stallsFrom) return;
-        if (behaviour_.failsFrom && end > *behaviour_.failsFrom) return fail(EIO);
+        if (behaviour_.failsFrom && end > *behaviour_.failsFrom) return fail(behaviour_.failsWith);
         const std::vector<char> zeros(end > asked.offset ? end - asked.offset : 0);
         send(0, zeros.data(), zeros.size());
     }
@@ -146,7 +150,11 @@ class Server {
 }  // namespace
 
 bool SlowFolder::isPossible() {
-    return ::geteuid() == 0 && openFuse();
+    if (::geteuid() != 0) return false;
+    if (openFuse()) return true;
+    // The right to such a node is refused, or the kernel has nothing behind it. Any other reason is a fault, which
+    // shows when the folder is made.
+    return errno != EPERM && errno != EACCES && errno != ENODEV && errno != ENXIO && errno != ENOENT;
 }
 
 SlowFolder::SlowFolder(std::string place, const Behaviour& behaviour) : place_(std::move(place)) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cerrno>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -15,7 +16,8 @@ class SlowFolder {
         std::uint64_t size = 0;
         bool answersOpening = true;
         std::optional<std::uint64_t> stallsFrom = std::nullopt;  ///< reading from this byte on is never answered
-        std::optional<std::uint64_t> failsFrom = std::nullopt;   ///< reading from this byte on is an input/output error
+        std::optional<std::uint64_t> failsFrom = std::nullopt;   ///< reading from this byte on is an error,
+        int failsWith = EIO;                                     ///< this one
     };
 
     static bool isPossible();

@@ -9,7 +9,7 @@
 namespace kestrav {
 namespace {
 
-constexpr std::int32_t longest = std::numeric_limits<std::int32_t>::max();
+constexpr std::int32_t kLongest = std::numeric_limits<std::int32_t>::max();
 
 class Connects : public ::testing::TestWithParam<std::int32_t> {};
 
@@ -23,7 +23,7 @@ TEST_P(Connects, ToAListenerWithinTheTime) {
     EXPECT_EQ(::recv(fd.get(), text, sizeof text, MSG_WAITALL), 5);
 }
 
-INSTANTIATE_TEST_SUITE_P(Seconds, Connects, ::testing::Values(1, 10, longest / 1000 + 1, longest));
+INSTANTIATE_TEST_SUITE_P(Seconds, Connects, ::testing::Values(1, 10, kLongest / 1000 + 1, kLongest));
 
 TEST(TcpConnect, ReturnsABlockingDescriptorThatChildrenDoNotInherit) {
     const UniqueFd server = listener();

@@ -12,12 +12,12 @@
 namespace kestrav {
 namespace {
 
-constexpr std::chrono::milliseconds aWhile(300);
+constexpr std::chrono::milliseconds kAWhile(300);
 
 template <typename Action>
 std::thread later(Action action) {
     return std::thread([action] {
-        std::this_thread::sleep_for(aWhile);
+        std::this_thread::sleep_for(kAWhile);
         action();
     });
 }

@@ -3,7 +3,8 @@
 #include <netdb.h>
 #include <string>
 
-#include "socket/ipv4.h"
+#include "socket/firstAddressOf.h"
+#include "socket/ipv4Endpoint.h"
 #include "socket/udp.h"
 #include "tests/socket/Loopback.h"
 

@@ -15,7 +15,7 @@ namespace {
 
 using ::testing::KilledBySignal;
 
-constexpr std::int64_t tooLarge = std::int64_t{1} << 31;
+constexpr std::int64_t kTooLarge = std::int64_t{1} << 31;
 
 template <typename Action>
 std::optional<SocketError> raisedBy(Action action) {
@@ -212,7 +212,7 @@ TEST_P(TCPClientDeathTest, StopsTheProcessWhenASizeOrTimeDoesNotFit) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Values, TCPClientDeathTest,
-                         ::testing::Values(tooLarge, -tooLarge - 1, std::numeric_limits<std::int64_t>::max(),
+                         ::testing::Values(kTooLarge, -kTooLarge - 1, std::numeric_limits<std::int64_t>::max(),
                                            std::numeric_limits<std::int64_t>::min()));
 
 TEST(TCPClientDeathTest, StopsTheProcessWhenALengthIsNegative) {
@@ -222,12 +222,13 @@ TEST(TCPClientDeathTest, StopsTheProcessWhenALengthIsNegative) {
 
 TEST(TCPClientDeathTest, StopsTheProcessWhenTheDataIsTooLong) {
     // Address space alone: nothing of it is read, for the length is judged first.
-    void* space = ::mmap(nullptr, std::size_t{tooLarge}, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    void* space =
+        ::mmap(nullptr, std::size_t{kTooLarge}, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
     ASSERT_NE(space, MAP_FAILED);
-    const std::span bytes(static_cast<const std::byte*>(space), std::size_t{tooLarge});
+    const std::span bytes(static_cast<const std::byte*>(space), std::size_t{kTooLarge});
     Connection connection;
     EXPECT_EXIT(connection.client.send(bytes), KilledBySignal(SIGABRT), "");
-    ::munmap(space, std::size_t{tooLarge});
+    ::munmap(space, std::size_t{kTooLarge});
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "socket/waiting.h"
+#include "socket/waitUntilConnected.h"
+#include "socket/waitUntilReadable.h"
 #include "tests/socket/Loopback.h"
 
 namespace kestrav {

@@ -8,10 +8,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "base/StandardDescriptors.h"
+#include "base/Outcome.h"
+#include "base/openStandardDescriptors.h"
 #include "base/writeWithPatience.h"
-#include "services/helper/bless/InstallError.h"
-#include "services/helper/bless/Installer.h"
+#include "services/helper/bless/installHelper.h"
 
 namespace {
 
@@ -26,6 +26,8 @@ void forgetInheritance() {
     ::umask(022);
     ::close_range(3, UINT_MAX, 0);
     if (!kestrav::openStandardDescriptors()) ::_exit(1);
+    // A caller that ignores its children's ends makes them unknowable for this program, too.
+    std::signal(SIGCHLD, SIG_DFL);
     for (const int number : {SIGPIPE, SIGXFSZ})
         std::signal(number, SIG_IGN);
     if (::chdir("/") != 0) ::_exit(1);
@@ -37,21 +39,22 @@ void say(int descriptor, std::string text) {
     kestrav::writeWithPatience(descriptor, text, std::chrono::seconds(2));
 }
 
-std::string ownFolder() {
+kestrav::Outcome<std::string> ownFolder() {
     char path[PATH_MAX];
     const ssize_t length = ::readlink("/proc/self/exe", path, sizeof path);
     if (length <= 0 || length == static_cast<ssize_t>(sizeof path)) {
-        throw kestrav::InstallError("The installer can't tell where it stands.");
+        return kestrav::failed("The installer can't tell where it stands.");
     }
     const std::string_view text(path, static_cast<std::size_t>(length));
     return std::string(text.substr(0, text.rfind('/')));
 }
 
-std::string perform(std::string_view operation) {
-    if (::geteuid() != 0) throw kestrav::InstallError("Only root can do that: run it through pkexec or sudo.");
-    if (operation == "install") return kestrav::installHelper(ownFolder());
+kestrav::Outcome<std::string> perform(std::string_view operation) {
+    if (::geteuid() != 0) return kestrav::refused("Only root can do that: run it through pkexec or sudo.");
     if (operation == "uninstall") return kestrav::uninstallHelper();
-    return kestrav::registerRight();
+    if (operation == "register-right") return kestrav::registerRight();
+    const auto folder = ownFolder();
+    return folder ? kestrav::installHelper(folder.value()) : folder;
 }
 
 }  // namespace
@@ -63,11 +66,13 @@ int main(int argc, char* argv[]) {
         say(STDERR_FILENO, kUsage);
         return 2;
     }
+    // One sentence and nothing else: it is shown to the person as it stands.
     try {
-        say(STDOUT_FILENO, perform(operation));
-        return 0;
+        const auto done = perform(operation);
+        say(done ? STDOUT_FILENO : STDERR_FILENO, done ? done.value() : done.problem().sentence);
+        return done ? 0 : 1;
     } catch (const std::exception& error) {
-        // One sentence and nothing else: it is shown to the person as it stands.
+        // No memory, for one thing. Caught, so that no temporary file stays behind.
         say(STDERR_FILENO, error.what());
         return 1;
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <iostream>
 #include <sstream>
 
 #include "app/AppDelegate.h"
@@ -9,8 +10,8 @@
 #include "tests/app/fakes/FakeAlerts.h"
 #include "tests/app/fakes/FakeMainView.h"
 #include "tests/app/fakes/FakeResources.h"
+#include "tests/base/RecordingLog.h"
 #include "tests/command/fakes/FakeAuthorization.h"
-#include "tests/command/fakes/RecordingLog.h"
 
 namespace kestrav {
 
@@ -24,7 +25,7 @@ struct DelegateOnFakes {
     /// What another process would find in the store.
     PersistentStore::Records savedRecords() const {
         PersistentStore store(storeFile(), "Kestrav");
-        if (const auto error = store.open()) throw std::runtime_error(error->localizedDescription);
+        if (const auto opened = store.open(); !opened) throw std::runtime_error(opened.problem().sentence);
         return store.records();
     }
 

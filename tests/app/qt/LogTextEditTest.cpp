@@ -75,6 +75,28 @@ TEST(LogTextEdit, GivesControlCharactersPicturesInsteadOfEffects) {
     EXPECT_EQ(copied(log), hostile + "\r\n");
 }
 
+TEST(LogTextEdit, ShowsTheUpperControlCharactersAsLeftOut) {
+    LogTextEdit log;
+    log.append("a\u009b2J\u0085b\r\n");
+    EXPECT_EQ(shown(log), "a\u24262J\u2426b\n");
+}
+
+TEST(LogTextEdit, TurnsNoDirectionAndHidesNothing) {
+    LogTextEdit log;
+    const std::string name = "gnp\u202e.fds \u061c\u200e\u2066\u2069 \ufeff\u200b\U000e0041";
+    log.append(name);
+    EXPECT_EQ(shown(log), "gnp\u2426.fds \u2426\u2426\u2426\u2426 \u2426\u2426\u2426\u2426");
+    EXPECT_EQ(log.content(), name);
+    log.selectAll();
+    EXPECT_EQ(copied(log), name);
+}
+
+TEST(LogTextEdit, ShowsWholeScriptsAsTheyAre) {
+    LogTextEdit log;
+    log.append("\u0645\u06cc\u200c\u062e \U0001f4c0");
+    EXPECT_EQ(shown(log), "\u0645\u06cc\u200c\u062e \U0001f4c0");
+}
+
 TEST(LogTextEdit, CopiesTheContentOfASelection) {
     LogTextEdit log;
     log.append("first\r\n\r\nth\u00fcrd \U0001F600!\r\n");

@@ -12,23 +12,26 @@
 #include <ctime>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <iostream>
 #include <stdexcept>
+#include <thread>
 
 #include "app/ActivityIndicator.h"
 #include "app/Button.h"
 #include "app/LogText.h"
 #include "app/ViewController.h"
-#include "app/qt/InputBarrier.h"
+#include "app/qt/InputBlocker.h"
 #include "app/qt/LogTextEdit.h"
 #include "app/qt/MainWindow.h"
 #include "app/qt/StatusLine.h"
+#include "app/qt/StatusLineAnswers.h"
 #include "command/CommandService.h"
 #include "command/HelperInstallation.h"
 #include "device/KestravDevice.h"
 #include "tests/TemporaryFolder.h"
+#include "tests/base/RecordingLog.h"
 #include "tests/command/LoopbackService.h"
 #include "tests/command/fakes/FakeAuthorization.h"
-#include "tests/command/fakes/RecordingLog.h"
 #include "tests/device/fakes/FakeDisks.h"
 #include "tests/device/fakes/FakeRegistry.h"
 #include "tests/device/fakes/FakeVolumes.h"
@@ -63,13 +66,13 @@ class Window : public ::testing::Test {
     FakeVolumes volumes_;
     FakeDisks disks_;
     RecordingLog systemLog_;
-    StatusLineLog log_{systemLog_, window_.statusLine()};
+    StatusLineAnswers answers_{window_.statusLine()};
     LoopbackService service_;
-    CommandService commands_{log_, {.port = service_.port()}};
+    CommandService commands_{systemLog_, {.port = service_.port()}, &answers_};
     FakeAuthorization authorization_;
-    HelperInstallation installation_{authorization_, log_};
-    std::shared_ptr<ViewController> controller_ =
-        std::make_shared<ViewController>(window_, EngineParts{registry_, volumes_, disks_, commands_}, installation_);
+    HelperInstallation installation_{authorization_, systemLog_};
+    std::shared_ptr<ViewController> controller_ = std::make_shared<ViewController>(
+        window_, EngineParts{registry_, volumes_, disks_, commands_}, installation_, std::cout);
 };
 
 TEST_F(Window, HasItsPreferredSize) {
@@ -205,13 +208,13 @@ TEST_F(Window, KeepsNoInputThatIsStillOnItsWayWhenTheTaskEnds) {
     EXPECT_EQ(pressed, 0);
 }
 
-TEST_F(Window, TakesWhatIsStillOnItsWayOutWithTheBarrier) {
+TEST_F(Window, TakesWhatIsStillOnItsWayAwayWithTheBlocker) {
     QPushButton probe("Probe", &window_);
     probe.show();
     int pressed = 0;
     QObject::connect(&probe, &QPushButton::clicked, [&] { ++pressed; });
     {
-        const InputBarrier barrier;
+        const InputBlocker blocker;
         QCoreApplication::postEvent(&probe, new QKeyEvent(QEvent::KeyPress, Qt::Key_Space, Qt::NoModifier));
         QCoreApplication::postEvent(&probe, new QKeyEvent(QEvent::KeyRelease, Qt::Key_Space, Qt::NoModifier));
     }
@@ -337,37 +340,67 @@ TEST_F(Window, MovesTheIndicatorWhileItIsShown) {
     EXPECT_TRUE(QTest::qWaitFor([&] { return counter.count > 3; }));
 }
 
-TEST_F(Window, ShowsTheNewestSystemMessageFromAnyThread) {
-    log_.write("first");
-    window_.whileBusy([&] { log_.write("second <b>%s\n\x1b"); });
+TEST_F(Window, ShowsTheNewestAnswerFromAnyThread) {
+    answers_.answered("first");
+    window_.whileBusy([&] { answers_.answered("second <b>%s\n\x1b"); });
+    QCoreApplication::processEvents();
+    EXPECT_EQ(window_.statusLine().toPlainText(), "second <b>%s\\x0a\\x1b");
+}
+
+TEST_F(Window, ShowsWhatTheServiceAnswersAndTheLogHas) {
+    service_.setBehaviour(answers("first"));
+    commands_.runWithCommand("umount", {});
+    service_.setBehaviour(answers("second <b>%s\n\x1b"));
+    window_.whileBusy([&] { commands_.runWithCommand("umount", {}); });
     QCoreApplication::processEvents();
     EXPECT_EQ(window_.statusLine().toPlainText(), "second <b>%s\\x0a\\x1b");
     EXPECT_EQ(systemLog_.entries(), (std::vector<std::string>{"first", "second <b>%s\n\x1b"}));
 }
 
+TEST_F(Window, ShowsWhyTheServiceGaveNoAnswer) {
+    CommandService unreachable(systemLog_, {.address = "256.256.256.256"}, &answers_);
+    window_.whileBusy([&] { unreachable.runWithCommand("umount", {}); });
+    QCoreApplication::processEvents();
+    ASSERT_EQ(systemLog_.entries().size(), 1U);
+    EXPECT_EQ(window_.statusLine().toPlainText().toStdString(), systemLog_.entries()[0]);
+}
+
+TEST_F(Window, KeepsItsMessageWhereTheLogHasNone) {
+    window_.whileBusy([&] {
+        answers_.answered("sdb1 was not mounted.");
+        answers_.answered("\xff");
+        answers_.unanswered({Unanswered::Why::noReplyInTime, ""});
+    });
+    QCoreApplication::processEvents();
+    EXPECT_EQ(window_.statusLine().toPlainText(), "sdb1 was not mounted.");
+}
+
 TEST_F(Window, ShowsNoMessageOfAnEarlierTask) {
-    log_.write("Wrote 200000 bytes to sdb at block 1536, verified, 12.3 MB/s.");
+    answers_.answered("Wrote 200000 bytes to sdb at block 1536, verified, 12.3 MB/s.");
     window_.whileBusy([] {});
     EXPECT_EQ(window_.statusLine().toPlainText(), "");
-    window_.whileBusy([&] { log_.write("Refused: not this time."); });
+    window_.whileBusy([&] { answers_.answered("Refused: not this time."); });
     EXPECT_EQ(window_.statusLine().toPlainText(), "Refused: not this time.");
 }
 
 TEST_F(Window, ShowsTwoLinesOfAMessageWithoutAScrollBar) {
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&window_));
-    log_.write("Refused: the image has 16777216 bytes, but sdzz has room for 15990784 from block 1536 on. Nothing.");
+    answers_.answered(
+        "Refused: the image has 16777216 bytes, but sdzz has room for 15990784 from block 1536 on. Nothing.");
     QCoreApplication::processEvents();
     EXPECT_GE(window_.statusLine().document()->firstBlock().layout()->lineCount(), 2);
     EXPECT_FALSE(window_.statusLine().verticalScrollBar()->isVisible());
 }
 
 TEST_F(Window, OutlivesNoMessageBadly) {
-    std::optional<StatusLineLog> log;
-    {
-        StatusLine line;
-        log.emplace(systemLog_, line);
-        log->write("on its way");
-    }
+    std::optional<StatusLineAnswers> answers;
+    auto line = std::make_unique<StatusLine>();
+    answers.emplace(*line);
+    CommandService commands(systemLog_, {.port = service_.port()}, &*answers);
+    service_.setBehaviour(kestrav::answers("on its way"));
+    std::thread([&] { commands.runWithCommand("umount", {}); }).join();
+    EXPECT_EQ(line->toPlainText(), "") << "shown before the event loop had its turn";
+    line.reset();
     QCoreApplication::processEvents();
     EXPECT_EQ(systemLog_.entries().back(), "on its way");
 }

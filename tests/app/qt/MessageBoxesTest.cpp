@@ -9,6 +9,7 @@
 #include "app/ApplicationError.h"
 #include "app/qt/MessageBoxes.h"
 #include "app/qt/ProgramResources.h"
+#include "base/systemProblem.h"
 
 namespace kestrav {
 namespace {
@@ -74,7 +75,7 @@ TEST_F(Boxes, HaveOneButtonWhereNoneIsGiven) {
 
 TEST_F(Boxes, ShowWhatWentWrongAndWhy) {
     ApplicationError error{"D", 1, "It failed", "Because of the reason.", nullptr};
-    error.underlying = std::make_shared<const ApplicationError>(systemError(13, "do it"));
+    error.underlying = std::make_shared<const ApplicationError>(applicationError(systemProblem("Could not do it", 13)));
     onceShown([](QMessageBox& box) {
         EXPECT_EQ(box.text(), "It failed");
         EXPECT_EQ(box.informativeText(), "Because of the reason.\n\nCould not do it: Permission denied.");

@@ -3,7 +3,6 @@
 import os
 import pty
 import select
-import shutil
 import signal
 import subprocess
 import termios
@@ -11,10 +10,9 @@ from pathlib import Path
 
 from desktop import PROGRAMS, DesktopTest
 from road import FINISH, FIRMWARE, PRELUDE, ROOT, content, loaded
+from sandbox import PASSWORD
 
 PERSON = 4711
-PASSWORD = "secret"
-PASSWORD_HASH = ("$6$kestrav$/pgzfEUyPCsGGSQDOCy0.zqvkCCeU.3MIv/3mA7GPqbUbnBuiDb/9PgidDcellhiYNWK3bOHxoMY7p22oMIWt1")
 HELPER = Path("/usr/local/libexec/com.corvatel.KestravHelper")
 
 DISMISSING_AGENT = """
@@ -46,29 +44,14 @@ class Consent(DesktopTest):
 
     # -- the computer and the person -------------------------------------------------------------------------------
 
-    def make_room(self):
-        super().make_room()
-        for folder in ("/run", "/var/lib/polkit-1", "/mnt"):
-            self.mount_empty(folder)
+    def prepare_computer(self):
+        super().prepare_computer()
+        self.mount_empty("/mnt")
         self.simulator = self.within_reach(ROOT / "simulator")
         self.programs = self.within_reach(PROGRAMS)
-        Path("/run/dbus").mkdir()
-        self.add_account()
-        actions = Path("/usr/share/polkit-1/actions")
-        shutil.copy(ROOT / "packaging/polkit/com.corvatel.kestrav.run.policy", actions)
-        installing = (ROOT / "packaging/polkit/com.corvatel.kestrav.policy.in").read_text()
-        (actions / "com.corvatel.kestrav.policy").write_text(
-            installing.replace("@KESTRAV_BLESS@", "/usr/libexec/kestrav/kestrav-bless"))
-        self.start_daemon("/usr/bin/dbus-daemon", "--system", "--nofork", "--nopidfile")
-        self.wait_until(lambda: self.bus_has("org.freedesktop.DBus"), "there is no system bus")
-        self.start_daemon("/usr/lib/polkit-1/polkitd", "--no-debug")
-        self.wait_until(lambda: self.bus_has("org.freedesktop.PolicyKit1"), "there is no polkitd")
+        self.add_account("person", PERSON, "admin")
+        self.start_system_daemons("/usr/libexec/kestrav/kestrav-bless")
         self.start_service()
-
-    def mount_empty(self, folder):
-        Path(folder).mkdir(exist_ok=True)
-        subprocess.run(["mount", "-t", "tmpfs", "-o", "mode=755", "room", folder], check=True)
-        self.addCleanup(subprocess.run, ["umount", "-l", folder], check=True)
 
     def within_reach(self, folder):
         """The same folder at a place where the person gets to: it may lie in a home that is closed to others."""
@@ -78,30 +61,8 @@ class Consent(DesktopTest):
         self.addCleanup(subprocess.run, ["umount", "-l", place], check=True)
         return place
 
-    @staticmethod
-    def add_account():
-        for file, line in (("passwd", f"person:x:{PERSON}:{PERSON}::/nonexistent:/bin/sh"),
-                           ("group", f"person:x:{PERSON}:"), ("shadow", f"person:{PASSWORD_HASH}:19000:0:99999:7:::")):
-            with open(f"/etc/{file}", "a", encoding="utf-8") as accounts:
-                accounts.write(line + "\n")
-        group = Path("/etc/group")
-        lines = group.read_text().splitlines()
-        group.write_text("".join(f"{line}{'' if line.endswith(':') else ','}person\n" if line.startswith("sudo:")
-                                 else line + "\n" for line in lines))
-
-    def start_daemon(self, *command):
-        daemon = subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        self.addCleanup(self.end, daemon)
-
-    @staticmethod
-    def bus_has(name):
-        answer = subprocess.run(["dbus-send", "--system", "--print-reply", "--dest=org.freedesktop.DBus", "/",
-                                 "org.freedesktop.DBus.NameHasOwner", f"string:{name}"], capture_output=True,
-                                text=True, check=False)
-        return "boolean true" in answer.stdout
-
     def make_home(self):
-        """The case itself stays root: it may talk to the person's session, and puts the room in order afterwards."""
+        """The case itself stays root: it may talk to the person's session, and puts things in order afterwards."""
         super().make_home()
         self.person = {"user": PERSON, "group": PERSON, "extra_groups": []}
         for path in (self.folder, self.disk, self.home, self.folder / "runtime"):

@@ -10,13 +10,10 @@ import shutil
 import subprocess
 
 from road import PROGRAMS, RoadTest
+from sandbox import run
 
 # Set to a folder to keep the pictures that the cases take.
 PICTURES = os.environ.get("KESTRAV_PICTURES")
-
-
-def run(*command, **options):
-    return subprocess.run([*map(str, command)], check=True, capture_output=True, text=True, **options).stdout
 
 
 class DesktopTest(RoadTest):
@@ -32,9 +29,9 @@ class DesktopTest(RoadTest):
         super().setUp()
         if os.stat("/etc").st_uid != 0:
             self.skipTest("the installer works for the real root only")
-        self.make_room()
+        self.prepare_computer()
         self.make_home()
-        self.start_display()
+        self.bring_up_the_desktop()
         self.window = None
 
     def wait_until(self, condition, otherwise, process=None, seconds=None):
@@ -47,19 +44,9 @@ class DesktopTest(RoadTest):
 
     # -- the computer ----------------------------------------------------------------------------------------------
 
-    def make_room(self):
+    def prepare_computer(self):
         """What the window installs at its launch stays in this case: the mounts are the case's own."""
-        scratch = self.folder / "room"
-        scratch.mkdir()
-        run("mount", "-t", "tmpfs", "-o", "mode=755", "room", scratch)
-        self.addCleanup(run, "umount", "-l", scratch)
-        for folder in ("/etc", "/usr/local", "/usr/libexec", "/usr/share/polkit-1"):
-            own = scratch / folder.replace("/", "_")
-            (own / "upper").mkdir(parents=True)
-            (own / "work").mkdir()
-            run("mount", "-t", "overlay", "-o", f"lowerdir={folder},upperdir={own}/upper,workdir={own}/work",
-                "room", folder)
-            self.addCleanup(run, "umount", "-l", folder)
+        self.own_folders()
         self.install("kestrav-bless")
         # What the installer copies into place; no case starts it.
         helper = "kestrav-helper" if (PROGRAMS / "kestrav-helper").exists() else "kestrav-commandd"
@@ -89,27 +76,11 @@ class DesktopTest(RoadTest):
         self.addCleanup(self.end, process)
         return process
 
-    @staticmethod
-    def end(process):
-        if process.poll() is None:
-            process.kill()
-        process.wait(timeout=20)
-
-    def start_display(self):
+    def bring_up_the_desktop(self):
         self.known = {}
-        quiet = {"stdin": subprocess.DEVNULL, "stderr": subprocess.DEVNULL}
-        x = self.start(["Xvfb", "-displayfd", "1", "-screen", "0", "1600x1200x24", "-nolisten", "tcp", "-noreset"],
-                       stdout=subprocess.PIPE, **quiet)
-        self.addCleanup(x.stdout.close)
-        self.environment["DISPLAY"] = ":" + x.stdout.readline().decode().strip()
-        bus = self.start(["dbus-daemon", "--session", "--nofork", "--print-address=1"], stdout=subprocess.PIPE, **quiet)
-        self.addCleanup(bus.stdout.close)
-        self.environment["DBUS_SESSION_BUS_ADDRESS"] = bus.stdout.readline().decode().strip()
+        self.start_display(self.start, self.environment)
         os.environ.update({name: self.environment[name] for name in
                            ("DISPLAY", "DBUS_SESSION_BUS_ADDRESS", "XDG_RUNTIME_DIR", "HOME")})
-        self.start(["openbox"], stdout=subprocess.DEVNULL, **quiet)
-        self.wait_until(lambda: "window id" in run("xprop", "-root", "_NET_SUPPORTING_WM_CHECK"),
-                        "there is no window manager")
 
     # -- the program -----------------------------------------------------------------------------------------------
 

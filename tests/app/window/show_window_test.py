@@ -12,7 +12,7 @@ SHOW = ROOT / "simulator/show-window"
 
 
 class ShowWindow(DesktopTest):
-    def make_room(self):
+    def prepare_computer(self):
         """It makes one itself."""
 
     def use(self, command):

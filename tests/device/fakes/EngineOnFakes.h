@@ -2,10 +2,10 @@
 
 #include <sstream>
 
-#include "base/SystemLog.h"
 #include "command/CommandService.h"
 #include "device/KestravDevice.h"
 #include "device/LogSink.h"
+#include "tests/base/RecordingLog.h"
 #include "tests/device/fakes/FakeDisks.h"
 #include "tests/device/fakes/FakeRegistry.h"
 #include "tests/device/fakes/FakeVolumes.h"
@@ -18,14 +18,6 @@ class LogLines final : public LogSink {
     std::vector<std::string> lines;
 
     void log(std::string_view line) override { lines.emplace_back(line); }
-};
-
-/// Keeps the system log's entries.
-class LogEntries final : public SystemLog {
-  public:
-    std::vector<std::string> entries;
-
-    void write(std::string_view entry) override { entries.emplace_back(entry); }
 };
 
 /// An engine whose platform is held in memory, with a real client of the command service. Port 1 answers nobody.
@@ -45,7 +37,7 @@ struct EngineOnFakes {
     FakeRegistry registry;
     FakeVolumes volumes;
     FakeDisks disks;
-    LogEntries systemLog;
+    RecordingLog systemLog;
     CommandService commands;
     std::ostringstream console;
     std::shared_ptr<LogLines> log = std::make_shared<LogLines>();

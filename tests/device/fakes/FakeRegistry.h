@@ -10,10 +10,10 @@ namespace kestrav {
 /// A registry of devices that a test plugs in.
 class FakeRegistry final : public DeviceRegistry {
   public:
-    static constexpr std::int64_t vendor = 4310;
-    static constexpr std::int64_t product = 64769;
+    static constexpr std::int64_t kVendor = 4310;
+    static constexpr std::int64_t kProduct = 64769;
 
-    void plugIn(UsbDevice device, std::int64_t ofVendor = vendor, std::int64_t ofProduct = product) {
+    void plugIn(UsbDevice device, std::int64_t ofVendor = kVendor, std::int64_t ofProduct = kProduct) {
         devices_[{ofVendor, ofProduct}].push_back(std::move(device));
     }
     void unplugAll() { devices_.clear(); }

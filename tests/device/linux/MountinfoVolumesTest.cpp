@@ -58,7 +58,7 @@ TEST(MountinfoVolumes, GiveTheEngineItsDrives) {
         if (!mountAll({"/run/media/user", "/run/media/user/DISK"})) return 3;
         EngineOnFakes on;
         MountinfoVolumes volumes;
-        KestravDevice engine(on.registry, volumes, on.disks, on.commands);
+        KestravDevice engine(on.registry, volumes, on.disks, on.commands, on.console);
         Paths drives = engine.getDrives();
         const Paths expected{"/media", "/media/user", "/run/media", "/run/media/user", "/run/media/user/DISK"};
         // The machine may have drives of its own, mounted before.

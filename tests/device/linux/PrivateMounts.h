@@ -16,21 +16,21 @@ namespace kestrav {
 template <typename Work>
 int withPrivateMounts(Work work) {
     // No exit status: each of them may be the work's own, or that of a program it runs.
-    constexpr int refused = SIGUSR1;
+    constexpr int kRefused = SIGUSR1;
     const pid_t child = ::fork();
     if (child == 0) {
         const bool isolated =
             ::unshare(CLONE_NEWNS) == 0 && ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
         if (isolated) ::_exit(work());
         if (errno == EPERM) {
-            ::signal(refused, SIG_DFL);
-            ::raise(refused);
+            ::signal(kRefused, SIG_DFL);
+            ::raise(kRefused);
         }
         ::_exit(1);
     }
     int status = 0;
     if (child < 0 || ::waitpid(child, &status, 0) != child) return -1;
-    if (WIFSIGNALED(status) && WTERMSIG(status) == refused) return -2;
+    if (WIFSIGNALED(status) && WTERMSIG(status) == kRefused) return -2;
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 

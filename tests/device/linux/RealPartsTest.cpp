@@ -2,10 +2,12 @@
 #include <boost/json.hpp>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <iostream>
 
 #include "device/linux/MountinfoVolumes.h"
 #include "device/linux/PosixDiskCalls.h"
 #include "device/linux/UdevDeviceRegistry.h"
+#include "tests/base/RecordingLog.h"
 #include "tests/command/LoopbackService.h"
 #include "tests/device/fakes/EngineOnFakes.h"
 #include "tests/device/fakes/bytes.h"
@@ -29,10 +31,10 @@ class EngineOnRealParts : public ::testing::Test {
     FakeVolumes volumes_;
     PosixDiskCalls disks_;
     LoopbackService service_;
-    LogEntries entries_;
+    RecordingLog entries_;
     CommandService commands_{entries_, {.port = service_.port()}};
     std::shared_ptr<LogLines> log_ = std::make_shared<LogLines>();
-    KestravDevice engine_{registry_, volumes_, disks_, commands_};
+    KestravDevice engine_{registry_, volumes_, disks_, commands_, std::cout};
 };
 
 TEST_F(EngineOnRealParts, ReadsBackWhatItWrote) {

@@ -18,8 +18,8 @@ using ::testing::ElementsAre;
 using ::testing::Field;
 using ::testing::IsEmpty;
 
-constexpr std::int64_t vendor = 0x10D6;
-constexpr std::int64_t product = 0xFD01;
+constexpr std::int64_t kVendor = 0x10D6;
+constexpr std::int64_t kProduct = 0xFD01;
 
 auto usbDevice(std::uint32_t id, const std::string& name, const std::optional<std::string>& disk) {
     return AllOf(Field(&UsbDevice::id, id), Field(&UsbDevice::name, name), Field(&UsbDevice::disk, disk));
@@ -27,7 +27,7 @@ auto usbDevice(std::uint32_t id, const std::string& name, const std::optional<st
 
 class UdevRegistry : public ::testing::Test {
   protected:
-    std::vector<UsbDevice> found(std::int64_t ofVendor = vendor, std::int64_t ofProduct = product) {
+    std::vector<UsbDevice> found(std::int64_t ofVendor = kVendor, std::int64_t ofProduct = kProduct) {
         const RegistryAnswer answer = registry_.usbDevices(ofVendor, ofProduct);
         EXPECT_EQ(answer.status, 0);
         EXPECT_TRUE(answer.devices);
@@ -77,20 +77,20 @@ TEST_F(UdevRegistry, TellsNothingOfOtherDevices) {
 
 TEST_F(UdevRegistry, NeedsBothIdentifiersToMatch) {
     bed_.plugInSimulated("accessory");
-    EXPECT_THAT(found(vendor, product + 1), IsEmpty());
-    EXPECT_THAT(found(vendor + 1, product), IsEmpty());
-    EXPECT_THAT(found(product, vendor), IsEmpty());
+    EXPECT_THAT(found(kVendor, kProduct + 1), IsEmpty());
+    EXPECT_THAT(found(kVendor + 1, kProduct), IsEmpty());
+    EXPECT_THAT(found(kProduct, kVendor), IsEmpty());
 }
 
 TEST_F(UdevRegistry, MatchesNothingThatNoDeviceCanHave) {
     bed_.plugInSimulated("accessory");
     for (const std::int64_t wrap : {std::int64_t{0x10000}, std::int64_t{-0x10000}, std::int64_t{1} << 32}) {
-        EXPECT_THAT(found(vendor + wrap, product), IsEmpty()) << wrap;
-        EXPECT_THAT(found(vendor, product + wrap), IsEmpty()) << wrap;
+        EXPECT_THAT(found(kVendor + wrap, kProduct), IsEmpty()) << wrap;
+        EXPECT_THAT(found(kVendor, kProduct + wrap), IsEmpty()) << wrap;
     }
     for (const std::int64_t other : {std::int64_t{-1}, INT64_MIN, INT64_MAX}) {
-        EXPECT_THAT(found(other, product), IsEmpty()) << other;
-        EXPECT_THAT(found(vendor, other), IsEmpty()) << other;
+        EXPECT_THAT(found(other, kProduct), IsEmpty()) << other;
+        EXPECT_THAT(found(kVendor, other), IsEmpty()) << other;
     }
 }
 
@@ -141,7 +141,7 @@ TEST_F(UdevRegistry, TakesTheNamesBytesAsTheyAre) {
 TEST(UdevRegistryWithoutSysfs, IsOutOfReachWithStatus5) {
     const int result = withPrivateMounts([] {
         if (::mount("none", "/sys", "tmpfs", 0, nullptr) != 0) return 3;
-        const RegistryAnswer answer = UdevDeviceRegistry().usbDevices(vendor, product);
+        const RegistryAnswer answer = UdevDeviceRegistry().usbDevices(kVendor, kProduct);
         return answer.devices ? 2 : answer.status == 5 ? 0 : 1;
     });
     if (result == -2) GTEST_SKIP() << "mounting takes root";

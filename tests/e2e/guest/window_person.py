@@ -17,10 +17,11 @@ import tempfile
 from pathlib import Path
 
 os.environ["KESTRAV_PROGRAMS"] = "/usr/bin"
-sys.path[:0] = ["/e2e/tests/app/window", "/e2e/tests/road", "/e2e/tests/e2e/guest"]
+sys.path[:0] = ["/e2e/tests/app/window", "/e2e/tests/road", "/e2e/tests/sandbox", "/e2e/tests/e2e/guest"]
 
 from agent import serve  # noqa: E402
-from desktop import DesktopTest, run  # noqa: E402
+from desktop import DesktopTest  # noqa: E402
+from sandbox import run  # noqa: E402
 
 PASSWORD = "secret"
 PICTURES = "/e2e/exchange/pictures"
@@ -50,7 +51,7 @@ class WindowPerson(DesktopTest):
     def do_open(self):
         self.make_home()
         # The session's own bus stays: polkit's agent finds the session by it.
-        self.start_display()
+        self.bring_up_the_desktop()
         self.start(["lxpolkit"], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         self.open_window(ready=False)
         self.wait_and_consent(lambda: self.status_line() == "Installed successfully!", "nothing was installed")

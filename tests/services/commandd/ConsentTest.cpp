@@ -13,10 +13,11 @@
 #include <unistd.h>
 #include <vector>
 
-#include "tests/room/DismissingAgent.h"
-#include "tests/room/PasswordAgent.h"
-#include "tests/room/SystemDaemons.h"
-#include "tests/room/SystemRoom.h"
+#include "tests/TemporaryFolder.h"
+#include "tests/sandbox/DismissingAgent.h"
+#include "tests/sandbox/PasswordAgent.h"
+#include "tests/sandbox/Sandbox.h"
+#include "tests/sandbox/SystemDaemons.h"
 #include "tests/services/CommandDaemon.h"
 #include "tests/services/SimulatedAccessory.h"
 #include "tests/services/linesSaying.h"
@@ -32,12 +33,13 @@ constexpr const char* kImage = "/run/image.fds";
 constexpr uid_t kAdmin = 4711;
 constexpr uid_t kGuest = 4712;
 constexpr std::size_t kFirmwareByte = 786432;
+const std::string kAskedFor = "dd if=/run/image.fds of=/dev/rsdzz seek=1536 bs=512: ";
 
 /// The real service as root on a free port, with the real polkitd, beside a simulated accessory.
 class CommandsOfAUser : public testing::Test {
   protected:
     void SetUp() override {
-        if (!SystemRoom::isPossible()) GTEST_SKIP() << "needs root";
+        if (!Sandbox::isPossible()) GTEST_SKIP() << "needs root";
         accessory_.emplace(before_);
         room_.emplace();
         addAccount("kestrav-admin", kAdmin, true);
@@ -81,7 +83,7 @@ class CommandsOfAUser : public testing::Test {
     const std::string before_ = patternOf(std::size_t{4} << 20U, 7);
     const std::string image_ = patternOf(40000, 3);
     std::optional<SimulatedAccessory> accessory_;
-    std::optional<SystemRoom> room_;
+    std::optional<Sandbox> room_;
     SystemDaemons daemons_;
     std::optional<CommandDaemon> daemon_;
 };
@@ -116,7 +118,7 @@ TEST_P(CommandsWithoutConsent, LeaveTheDiskUntouchedAndALineInTheLog) {
     UserProcess user = writeAs(kGuest);
     user.go();
     EXPECT_EQ(user.result(), GetParam().answer);
-    expectOneRefusal(kGuest, GetParam().answer);
+    expectOneRefusal(kGuest, kAskedFor + GetParam().answer);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -149,7 +151,7 @@ TEST_F(CommandsOfAUser, AreRefusedAfterAWrongPassword) {
     ASSERT_TRUE(agent.isAsked()) << agent.shown();
     agent.type("wrong\n");
     EXPECT_EQ(user.result(), "Refused: an administrator did not agree.");
-    expectOneRefusal(kAdmin, "Refused: an administrator did not agree.");
+    expectOneRefusal(kAdmin, kAskedFor + "Refused: an administrator did not agree.");
 }
 
 TEST_F(CommandsOfAUser, AreRefusedWhenThePromptIsDismissed) {
@@ -158,7 +160,61 @@ TEST_F(CommandsOfAUser, AreRefusedWhenThePromptIsDismissed) {
     const DismissingAgent agent(user.pid(), kAdmin);
     user.go();
     EXPECT_THAT(user.result(), StartsWith("Refused: "));
-    expectOneRefusal(kAdmin, "Refused: ");
+    expectOneRefusal(kAdmin, kAskedFor + "Refused: ");
+}
+
+struct Language {
+    const char* name;
+    const char* locale;
+    const char* begins;
+    const char* program;
+    const char* block;
+};
+
+class PromptOf : public CommandsOfAUser, public testing::WithParamInterface<Language> {};
+
+TEST_P(PromptOf, SaysWhatIsAgreedTo) {
+    start();
+    UserProcess user = writeAs(kAdmin);
+    DismissingAgent agent(user.pid(), kAdmin, GetParam().locale);
+    user.go();
+    const std::string program = std::filesystem::read_symlink("/proc/self/exe");
+    const std::string message = agent.message();
+    EXPECT_THAT(message, StartsWith(GetParam().begins));
+    EXPECT_THAT(message, HasSubstr(GetParam().program + (" \"" + program) + "\""));
+    EXPECT_THAT(message, HasSubstr(" \"/run/image.fds\""));
+    EXPECT_THAT(message, HasSubstr(" 40000"));
+    EXPECT_THAT(message, HasSubstr(" sdzz"));
+    EXPECT_THAT(message, testing::EndsWith(GetParam().block + std::string(" 1536)")));
+    EXPECT_THAT(user.result(), StartsWith("Refused: "));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Languages, PromptOf,
+    testing::Values(
+        Language{"English", "C", "Authentication is required to unmount, read or write", "(program:", "from block:"},
+        Language{"German", "de_DE.UTF-8", "Zum Aushängen, Lesen oder Beschreiben", "(Programm:", "ab Block:"},
+        Language{"French", "fr_FR.UTF-8", "Une authentification est nécessaire", "(programme :", "à partir du bloc :"},
+        Language{"Spanish", "es_ES.UTF-8", "Se requiere autenticación", "(programa:", "desde el bloque:"},
+        Language{"Japanese", "ja_JP.UTF-8", "Kestrav アクセサリー", "プログラム:", "開始ブロック:"},
+        Language{"Arabic", "ar_EG.UTF-8", "يلزم الاستيثاق", "البرنامج:", "ابتداءً من الكتلة:"}),
+    [](const auto& row) { return row.param.name; });
+
+TEST_F(CommandsOfAUser, AreShownInAPromptThatAFilesNameCannotChange) {
+    start();
+    const std::string image = "/run/$(disk)\"; <b>disk: sda&";
+    std::ofstream(image, std::ios::binary) << image_;
+    std::filesystem::permissions(image, std::filesystem::perms(0644));
+    UserProcess user(kAdmin, [port = daemon_->port()] {
+        const Client client(port);
+        client.send(requestFor("dd", {R"(if=/run/$(disk)\"; <b>disk: sda&)", "of=/dev/rsdzz", "seek=1536", "bs=512"}));
+        return client.readOnce(60);
+    });
+    DismissingAgent agent(user.pid(), kAdmin);
+    user.go();
+    EXPECT_THAT(agent.message(),
+                HasSubstr(R"(; image: "/run/$(disk)\x22; \x3cb>disk: sda\x26"; bytes: 40000; disk: sdzz;)"));
+    EXPECT_THAT(user.result(), StartsWith("Refused: "));
 }
 
 TEST_F(CommandsOfAUser, AreRefusedOnAConnectionThatTwoProcessesShare) {
@@ -176,7 +232,38 @@ TEST_F(CommandsOfAUser, AreRefusedOnAConnectionThatTwoProcessesShare) {
     });
     user.go();
     EXPECT_EQ(user.result(), "Refused: several processes share the connection, so nobody can tell who asks.");
-    expectOneRefusal(kGuest, "Refused: several processes share the connection");
+    expectOneRefusal(kGuest, kAskedFor + "Refused: several processes share the connection");
+}
+
+TEST_F(CommandsOfAUser, AreRefusedAndLoggedWhenTheConnectionPassesToAnotherProcessMeanwhile) {
+    start();
+    UserProcess user(kAdmin, [port = daemon_->port()] {
+        Client client(port);
+        client.send(requestFor("dd", {std::string("if=") + kImage, "of=/dev/rsdzz", "seek=1536", "bs=512"}));
+        // Once the file is there the connection is the child's alone.
+        while (!std::filesystem::exists("/run/asked"))
+            std::this_thread::sleep_for(10ms);
+        ChildProcess heir(::fork());
+        if (heir.pid() == 0) {
+            std::ofstream("/run/heir") << client.readOnce(60);
+            ::_exit(0);
+        }
+        client.close();
+        std::ofstream("/run/passed") << "on";
+        heir.wait();
+        return std::string("passed on");
+    });
+    PasswordAgent agent(user.pid(), kAdmin);
+    user.go();
+    ASSERT_TRUE(agent.isAsked()) << agent.shown();
+    std::filesystem::permissions("/run", std::filesystem::perms(0777));
+    std::ofstream("/run/asked") << "yes";
+    for (int i = 0; i < 1000 && !std::filesystem::exists("/run/passed"); ++i)
+        std::this_thread::sleep_for(10ms);
+    agent.type("secret\n");
+    EXPECT_EQ(user.result(), "passed on");
+    EXPECT_EQ(contentsOf("/run/heir"), "Refused: the connection passed to another process.");
+    expectOneRefusal(kAdmin, kAskedFor + "Refused: the connection passed to another process.");
 }
 
 TEST_F(CommandsOfAUser, DoNotFillTheLogWithRefusals) {
@@ -195,7 +282,10 @@ TEST_F(CommandsOfAUser, DoNotFillTheLogWithRefusals) {
     EXPECT_TRUE(hasNoChildren());
     daemon_->signal(SIGTERM);
     EXPECT_EQ(daemon_->waitForEnd(), 0);
-    EXPECT_EQ(linesSaying(daemon_->log(), "user 4712: Refused: "), 20U);
+    EXPECT_EQ(
+        linesSaying(daemon_->log(), "user 4712: Refused: ") +
+            linesSaying(daemon_->log(), "user 4712: umount /dev/sdzzs1: Refused: an administrator did not agree."),
+        20U);
     EXPECT_EQ(linesSaying(daemon_->log(), "user 4712: 11 more refusals within a minute are not listed"), 1U)
         << daemon_->log();
 }
@@ -208,7 +298,7 @@ TEST_F(CommandsOfAUser, AreRefusedWhenPolkitIsKilledWhileItAsks) {
     ASSERT_TRUE(agent.isAsked()) << agent.shown();
     daemons_.killPolkitd();
     EXPECT_THAT(user.result(), StartsWith("Refused: the authorization service (polkit) could not decide"));
-    expectOneRefusal(kAdmin, "Refused: the authorization service (polkit) could not decide");
+    expectOneRefusal(kAdmin, kAskedFor + "Refused: the authorization service (polkit) could not decide");
 }
 
 TEST_F(CommandsOfAUser, AreRefusedWhenTheBusIsKilledInMidQuestionAndAskedAboutWhenItIsBack) {
@@ -220,7 +310,7 @@ TEST_F(CommandsOfAUser, AreRefusedWhenTheBusIsKilledInMidQuestionAndAskedAboutWh
     daemons_.killBus();
     daemons_.killPolkitd();
     EXPECT_THAT(user.result(), StartsWith("Refused: the authorization service (polkit) c"));
-    expectOneRefusal(kAdmin, "Refused: the authorization service (polkit) c");
+    expectOneRefusal(kAdmin, kAskedFor + "Refused: the authorization service (polkit) c");
     daemons_.start();
     UserProcess again = writeAs(kAdmin);
     PasswordAgent secondAgent(again.pid(), kAdmin);
@@ -235,7 +325,7 @@ TEST_F(CommandsOfAUser, AreRefusedWithoutABus) {
     UserProcess user = writeAs(kAdmin);
     user.go();
     EXPECT_THAT(user.result(), StartsWith("Refused: the authorization service (polkit) can't be asked"));
-    expectOneRefusal(kAdmin, "Refused: the authorization service (polkit) can't be asked");
+    expectOneRefusal(kAdmin, kAskedFor + "Refused: the authorization service (polkit) can't be asked");
 }
 
 TEST_F(CommandsOfAUser, AreNotAskedAboutOnceThatUserHasGone) {
@@ -246,7 +336,25 @@ TEST_F(CommandsOfAUser, AreNotAskedAboutOnceThatUserHasGone) {
     ASSERT_TRUE(agent.isAsked()) << agent.shown();
     user.kill();
     EXPECT_TRUE(hasNoChildren()) << "the question is still open";
-    expectOneRefusal(kAdmin, "Refused: the request was given up before consent was given.");
+    expectOneRefusal(kAdmin, kAskedFor + "Refused: the request was given up before consent was given.");
+}
+
+TEST_F(CommandsOfAUser, AreNotAskedAboutOnceThatUserHasEndedItsSending) {
+    start();
+    UserProcess user(kAdmin, [port = daemon_->port()] {
+        const Client client(port);
+        client.send(requestFor("umount", {"/dev/sdzzs1"}));
+        while (!std::filesystem::exists("/run/asked"))
+            std::this_thread::sleep_for(10ms);
+        client.finishSending();
+        return client.readOnce(60);
+    });
+    PasswordAgent agent(user.pid(), kAdmin);
+    user.go();
+    ASSERT_TRUE(agent.isAsked()) << agent.shown();
+    std::ofstream("/run/asked") << "yes";
+    EXPECT_EQ(user.result(), "Refused: the request was given up before consent was given.");
+    EXPECT_TRUE(hasNoChildren()) << "the question is still open";
 }
 
 TEST_F(CommandsOfAUser, DoNotHoldUpTheServicesEndWithAPrompt) {
@@ -258,7 +366,7 @@ TEST_F(CommandsOfAUser, DoNotHoldUpTheServicesEndWithAPrompt) {
     daemon_->signal(SIGTERM);
     EXPECT_EQ(daemon_->waitForEnd(), 0);
     EXPECT_EQ(user.result(), "Refused: the request was given up before consent was given.");
-    expectOneRefusal(kAdmin, "Refused: the request was given up before consent was given.");
+    expectOneRefusal(kAdmin, kAskedFor + "Refused: the request was given up before consent was given.");
 }
 
 TEST_F(CommandsOfAUser, NeedNoPasswordToBeRefusedForWhatTheyAre) {

@@ -92,11 +92,17 @@ TEST_F(Daemon, TakesARequestInPieces) {
     EXPECT_EQ(client.readOnce(), nothingDone);
 }
 
-TEST_F(Daemon, ServesAPeerThatHasEndedItsSending) {
+TEST_F(Daemon, BeginsNothingForAPeerThatHasEndedItsSending) {
+    daemon_.signal(SIGSTOP);
     const Client client(daemon_.port());
-    client.send(requestFor("umount", {"/dev/sdzzs1"}));
+    client.send(requestFor("dd", writeOf(folder_.file("image", "x"))));
     client.finishSending();
-    EXPECT_EQ(client.readOnce(), nothingDone);
+    daemon_.signal(SIGCONT);
+    EXPECT_EQ(client.readOnce(),
+              "Refused: the connection was closed before the request was begun; nothing was done. Keep it open until "
+              "the answer is there.");
+    EXPECT_EQ(linesSaying(daemon_.log(), "gone before the request was begun; nothing was done"), 1U) << daemon_.log();
+    EXPECT_TRUE(accessory_.diskBytes() == before_);
 }
 
 TEST_F(Daemon, TakesALineEndBehindTheRequest) {
@@ -142,6 +148,12 @@ INSTANTIATE_TEST_SUITE_P(
                     BadBytesRow{"LongestText", "{\"" + std::string(65532, 'x') + "\"}", "the request is not JSON"},
                     BadBytesRow{"TwoRequests", "{}{}", "there is more behind the request"},
                     BadBytesRow{"BehindTheLineEnd", "{}\r\n{", "there is more behind the request"},
+                    BadBytesRow{"CommandTwice", R"({"command":"rm","command":"umount","arguments":["/dev/sdzzs1"]})",
+                                "a member comes twice in the request"},
+                    BadBytesRow{"ArgumentsTwice", R"({"arguments":["\\\",{"],"command":"rm","arguments":[]})",
+                                "a member comes twice in the request"},
+                    BadBytesRow{"CommandTwiceInOtherWords", R"({"command":"rm","\u0063ommand":"rm","arguments":[]})",
+                                "a member comes twice in the request"},
                     BadBytesRow{"NoMembers", "{}", "a request has exactly the members"},
                     BadBytesRow{"PercentSigns", requestFor("%n%n%s%s", {}), "\"%n%n%s%s\" is not a command"}),
     [](const auto& row) { return row.param.name; });
@@ -242,6 +254,8 @@ TEST_F(Daemon, KeepsNothingOpenAfterManyRequests) {
 
 TEST_F(Daemon, RefusesAnotherUserWithoutConsent) {
     if (::geteuid() != 0) GTEST_SKIP() << "needs root: connects as another user";
+    // The image is one that the other user may read: it is consent that is missing.
+    std::filesystem::permissions(folder_.path(), std::filesystem::perms(0755));
     const std::string request = requestFor("dd", writeOf(folder_.file("image", "x")));
     const pid_t stranger = ::fork();
     if (stranger == 0) {
@@ -255,7 +269,10 @@ TEST_F(Daemon, RefusesAnotherUserWithoutConsent) {
     ASSERT_EQ(::waitpid(stranger, &status, 0), stranger);
     EXPECT_EQ(status, 0);
     EXPECT_TRUE(accessory_.diskBytes() == before_);
-    EXPECT_EQ(linesSaying(daemon_.log(), "user 65534: Refused: "), 1U) << daemon_.log();
+    const std::string asked =
+        "user 65534: dd if=" + folder_.path().string() + "/image of=/dev/rsdzz seek=1536 bs=512: ";
+    EXPECT_EQ(linesSaying(daemon_.log(), asked + "Refused: "), 1U) << daemon_.log();
+    EXPECT_EQ(linesSaying(daemon_.log(), asked + "Refused: the image"), 0U) << daemon_.log();
 }
 
 TEST_F(Daemon, DoesNothingForAPeerThatHasGone) {

@@ -3,8 +3,8 @@
 #include <string>
 #include <string_view>
 
-#include "services/commandd/CommandRequest.h"
 #include "services/commandd/RequestScan.h"
+#include "services/commandd/readRequest.h"
 
 namespace kestrav {
 namespace {

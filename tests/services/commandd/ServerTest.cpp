@@ -3,27 +3,30 @@
 #include <chrono>
 #include <csignal>
 #include <fcntl.h>
+#include <filesystem>
 #include <fstream>
+#include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <linux/sockios.h>
+#include <memory>
 #include <stdexcept>
 #include <string>
+#include <sys/ioctl.h>
 #include <sys/prctl.h>
+#include <sys/socket.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 #include <utility>
 
 #include "base/SystemLog.h"
-#include "services/commandd/CallerJudge.h"
-#include "services/commandd/RequestRunner.h"
 #include "services/commandd/Server.h"
-#include "services/privileged/Consent.h"
-#include "services/privileged/Gate.h"
-#include "services/privileged/RequestLog.h"
-#include "services/privileged/UdevBlockDevices.h"
 #include "tests/TemporaryFolder.h"
+#include "tests/base/FileLog.h"
+#include "tests/sandbox/ChildProcess.h"
 #include "tests/services/CommandDaemon.h"
+#include "tests/services/gate/GateWithoutDisks.h"
 #include "tests/services/linesSaying.h"
 #include "tests/signalOne.h"
 
@@ -33,86 +36,183 @@ namespace {
 /// Takes a second over an entry of a request's process, as a write would, and fails for the server itself.
 class FailingLog final : public SystemLog {
   public:
+    /// `begun` is a file that shows that a request's process has begun its entry.
+    explicit FailingLog(std::string begun) : begun_(std::move(begun)) {}
     void write(std::string_view) override {
         if (::getpid() == server_) throw std::runtime_error("no room for the entry");
+        std::ofstream(begun_) << "begun";
         std::this_thread::sleep_for(std::chrono::seconds(1));
     }
 
   private:
+    std::string begun_;
     pid_t server_ = ::getpid();
 };
 
-/// Keeps its lines in a file, for another process to read.
-class FileLog final : public SystemLog {
+/// A server in a process of its own, which is ended with the object.
+class ServerProcess {
   public:
-    explicit FileLog(std::string path) : path_(std::move(path)) {}
-    void write(std::string_view entry) override { std::ofstream(path_, std::ios::app) << entry << '\n'; }
+    ServerProcess(const std::function<void(RequestLog&)>& before, const std::function<SystemLog*()>& makeLog,
+                  std::chrono::seconds window = RequestLog::kWindow, Server::Patience patience = {},
+                  FakeConsent consent = {}) {
+        UniqueFd listener = listenOnFreePort(port_);
+        ::fcntl(listener.get(), F_SETFL, O_NONBLOCK);  // as the server expects it
+        pid_ = ::fork();
+        if (pid_ != 0) return;
+        ::prctl(PR_SET_PDEATHSIG, SIGKILL);  // a server that hangs must not outlive the test
+        const std::unique_ptr<SystemLog> lines(makeLog());
+        RequestLog log(*lines, window);
+        before(log);
+        const NoDevices devices;
+        const MountinfoTable mounts;
+        Gate gate(consent, devices, mounts, log);
+        try {
+            ::_exit(Server(std::move(listener), gate, log, patience).run() ? 0 : 1);
+        } catch (const std::exception&) {
+            ::_exit(2);
+        }
+    }
+    ~ServerProcess() {
+        if (pid_ <= 0) return;
+        signalOne(pid_, SIGKILL);
+        ::waitpid(pid_, nullptr, 0);
+    }
+    ServerProcess(const ServerProcess&) = delete;
+    ServerProcess& operator=(const ServerProcess&) = delete;
+
+    std::uint16_t port() const { return port_; }
+    pid_t pid() const { return pid_; }
+    /// Waits for its end.
+    int exitStatus() {
+        int status = -1;
+        ::waitpid(std::exchange(pid_, -1), &status, 0);
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
 
   private:
-    std::string path_;
+    std::uint16_t port_ = 0;
+    pid_t pid_ = -1;
 };
 
-[[noreturn]] void serveOn(UniqueFd listener, RequestLog& log) {
-    ::prctl(PR_SET_PDEATHSIG, SIGKILL);  // a server that hangs must not outlive the test
-    const UdevBlockDevices devices;
-    const MountinfoTable mounts;
-    const RootAndOwnUser judge(::geteuid());
-    Gate gate(devices, mounts, log);
-    PolkitConsent consent;
-    RequestRunner runner(consent, gate, log);
-    try {
-        ::_exit(Server(std::move(listener), judge, runner, log).run() ? 0 : 1);
-    } catch (const std::exception&) {
-        ::_exit(2);
+void nothing(RequestLog&) {}
+
+class ServerWithAFile : public testing::Test {
+  protected:
+    SystemLog* log() const { return new FileLog(path_); }
+    std::string logged() const { return contentsOf(path_); }
+    bool logs(const char* words) const {
+        for (int i = 0; i < 2000 && linesSaying(logged(), words) == 0; ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        return linesSaying(logged(), words) == 1;
     }
+
+    const TemporaryFolder folder_;
+    const std::string path_ = folder_.file("log", "");
+};
+
+/// Those that the other end has not taken.
+int unsentBytes(int socket) {
+    int count = -1;
+    return ::ioctl(socket, SIOCOUTQ, &count) == 0 ? count : -1;
+}
+
+bool holdsSoon(const std::function<bool()>& condition) {
+    for (int i = 0; i < 2000 && !condition(); ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    return condition();
 }
 
 TEST(Server, LetsRequestsEndThatWereBegunBeforeItFailed) {
-    std::uint16_t port = 0;
-    UniqueFd listener = listenOnFreePort(port);
-    ASSERT_EQ(::fcntl(listener.get(), F_SETFL, O_NONBLOCK), 0);  // as the server expects it
-    const pid_t server = ::fork();
-    ASSERT_GE(server, 0);
-    if (server == 0) {
-        FailingLog failing;
-        RequestLog log(failing);
-        serveOn(std::move(listener), log);
-    }
-    listener.reset();
-    const Client begun(port);
+    const TemporaryFolder folder;
+    const std::string begins = folder.path() / "begun";
+    ServerProcess server(nothing, [&begins] { return new FailingLog(begins); });
+    const Client begun(server.port());
     begun.send(requestFor("rm", {}));
-    std::this_thread::sleep_for(std::chrono::milliseconds(300));
-    const Client refused(port);
+    ASSERT_TRUE(holdsSoon([&] { return std::filesystem::exists(begins); }));
+    const Client refused(server.port());
     refused.send("GET /");  // the server logs the refusal, and fails
     EXPECT_THAT(begun.readOnce(), testing::HasSubstr("is not a command"));
     begun.finishSending();
-    int status = -1;
-    EXPECT_EQ(::waitpid(server, &status, 0), server);
-    EXPECT_EQ(WEXITSTATUS(status), 1);
+    EXPECT_EQ(server.exitStatus(), 1);
 }
 
-TEST(Server, SaysByItselfHowManyRefusalsItOnlyCounted) {
-    const TemporaryFolder folder;
-    const std::string path = folder.file("log", "");
-    std::uint16_t port = 0;
-    UniqueFd listener = listenOnFreePort(port);
-    ASSERT_EQ(::fcntl(listener.get(), F_SETFL, O_NONBLOCK), 0);
-    const pid_t server = ::fork();
-    ASSERT_GE(server, 0);
-    if (server == 0) {
-        FileLog file(path);
-        RequestLog log(file, std::chrono::seconds(1));
+TEST_F(ServerWithAFile, SaysByItselfHowManyRefusalsItOnlyCounted) {
+    const auto before = [](RequestLog& log) {
         // Counted like those of peers whom the system does not tell, because this process asks as the service's user.
         for (int i = 0; i < 25; ++i)
             log.refused(RequestLog::kUnknown, "refused");
-        serveOn(std::move(listener), log);
+    };
+    const ServerProcess server(
+        before, [this] { return log(); }, std::chrono::seconds(1));
+    EXPECT_TRUE(logs("unknown users: 5 more refusals within a minute are not listed"));
+}
+
+TEST_F(ServerWithAFile, TellsAPeerThatItsRequestCameTooLate) {
+    const ServerProcess server(nothing, [this] { return log(); }, RequestLog::kWindow,
+                               {.toArrive = std::chrono::milliseconds(100)});
+    const Client silent(server.port());
+    EXPECT_EQ(silent.readOnce(), "Refused: the request did not arrive within five seconds.");
+    EXPECT_TRUE(logs("Refused: the request did not arrive within five seconds."));
+}
+
+TEST_F(ServerWithAFile, LogsABrokenRequestOnce) {
+    const ServerProcess server(nothing, [this] { return log(); });
+    const Client client(server.port());
+    client.send(R"({"a" 1})");
+    EXPECT_EQ(client.readOnce(), "Refused: the request is not JSON, which shows at byte 5.");
+    EXPECT_EQ(logged(),
+              "user " + std::to_string(::geteuid()) + ": Refused: the request is not JSON, which shows at byte 5.\n");
+}
+
+TEST_F(ServerWithAFile, TakesWhatAPeerStillSendsBehindItsRequest) {
+    const ServerProcess server(nothing, [this] { return log(); });
+    const Client client(server.port());
+    client.send(requestFor("rm", {}));
+    EXPECT_THAT(client.readOnce(), testing::HasSubstr("is not a command"));
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_TRUE(client.send("more"));
+        // Taken by the system at the other end, which sends a reset where nobody is left.
+        EXPECT_TRUE(holdsSoon([&] { return unsentBytes(client.socket()) == 0; }));
     }
-    listener.reset();
-    for (int i = 0; i < 2000 && linesSaying(contentsOf(path), "not listed") == 0; ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    EXPECT_EQ(linesSaying(contentsOf(path), "unknown users: 5 more refusals within a minute are not listed"), 1U);
-    signalOne(server, SIGKILL);
-    ::waitpid(server, nullptr, 0);
+    int error = -1;
+    socklen_t size = sizeof error;
+    ASSERT_EQ(::getsockopt(client.socket(), SOL_SOCKET, SO_ERROR, &error, &size), 0);
+    EXPECT_EQ(error, 0) << "the connection was reset";
+}
+
+TEST_F(ServerWithAFile, DoesNotWaitForeverForASilentPeer) {
+    ServerProcess server(nothing, [this] { return log(); }, RequestLog::kWindow,
+                         {.toLeave = std::chrono::milliseconds(100)});
+    const Client client(server.port());
+    client.send(requestFor("rm", {}));
+    EXPECT_THAT(client.readOnce(), testing::HasSubstr("is not a command"));
+    signalOne(server.pid(), SIGTERM);
+    EXPECT_EQ(server.exitStatus(), 0);
+}
+
+TEST_F(ServerWithAFile, AnswersWhenNobodyAgreesInTime) {
+    if (::geteuid() != 0) GTEST_SKIP() << "needs root: connects as another user";
+    FakeConsent consent;
+    consent.waits = true;
+    const ServerProcess server(
+        nothing, [this] { return log(); }, RequestLog::kWindow, {.toAgree = std::chrono::milliseconds(300)}, consent);
+    UserProcess user(65534, [port = server.port()] { return ask(port, "umount", {"/dev/sdzzs1"}); });
+    user.go();
+    EXPECT_EQ(user.result(), "Refused: nobody has agreed within 50 seconds; nothing was done.");
+    EXPECT_TRUE(
+        logs("user 65534: umount /dev/sdzzs1: Refused: nobody has agreed within 50 seconds; nothing was done."));
+}
+
+TEST_F(ServerWithAFile, EndsWhatHasBegunHoweverLateItIs) {
+    const ServerProcess server(nothing, [this] { return new FailingLog(path_); }, RequestLog::kWindow,
+                               {.toAgree = std::chrono::milliseconds(100)});
+    EXPECT_THAT(ask(server.port(), "rm", {}), testing::HasSubstr("is not a command"));
+}
+
+TEST(ServerPatience, IsFiveSecondsForARequestAndOneForAFarewell) {
+    EXPECT_EQ(Server::Patience().toArrive, std::chrono::seconds(5));
+    EXPECT_EQ(Server::Patience().toAgree, std::chrono::seconds(50));
+    EXPECT_EQ(Server::Patience().toLeave, std::chrono::seconds(1));
 }
 
 }  // namespace

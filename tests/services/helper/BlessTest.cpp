@@ -1,22 +1,15 @@
 #include <algorithm>
-#include <chrono>
-#include <fcntl.h>
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <map>
 #include <string>
-#include <sys/file.h>
-#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
-#include <thread>
 #include <unistd.h>
 #include <vector>
 
-#include "base/UniqueFd.h"
-#include "tests/room/ChildProcess.h"
 #include "tests/services/helper/InstallerInARoom.h"
 
 namespace kestrav {
@@ -232,100 +225,8 @@ TEST_F(Bless, ExchangesNothingWhenThereIsNoRoomForAll) {
     EXPECT_EQ(run.err, std::string("The file ") + kProgram + " can't be written: File too large.\n");
     EXPECT_EQ(contents(kProgram), "the helper's program");
     EXPECT_FALSE(fs::exists(kActivation));
-}
-
-/// A pipe by that name which is full and which nobody reads, as long as the result lives.
-UniqueFd fullPipe(const char* path) {
-    if (::mkfifo(path, 0600) != 0) return {};
-    UniqueFd pipe(::open(path, O_RDWR | O_NONBLOCK | O_CLOEXEC));
-    const std::string filling(4096, 'x');
-    while (::write(pipe.get(), filling.data(), filling.size()) > 0) {
-    }
-    return pipe;
-}
-
-bool endsSoon(const ChildProcess& process) {
-    for (int i = 0; i < 3000 && process.runs(); ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    return !process.runs();
-}
-
-class BlessUnread : public Bless, public testing::WithParamInterface<const char*> {};
-
-TEST_P(BlessUnread, EndsAllTheSame) {
-    const UniqueFd pipe = fullPipe("/run/full");
-    ASSERT_TRUE(pipe);
-    ChildProcess run = ChildProcess::start({"/bin/sh", "-c", std::string(kBless) + GetParam() + " >/run/full 2>&1"});
-    EXPECT_TRUE(endsSoon(run)) << "waits for somebody to read";
-}
-
-INSTANTIATE_TEST_SUITE_P(Words, BlessUnread, testing::Values(" install", " uninstall", " nonsense"),
-                         [](const auto& row) { return std::string(row.param + 1); });
-
-/// Has udev seem to run, and a script of the shell stand in for udevadm.
-void standInForUdevadm(const std::string& script) {
-    fs::create_directory("/run/udev");
-    write("/run/udev/control", "");
-    write("/run/udevadm", "#!/bin/sh\n" + script);
-    fs::permissions("/run/udevadm", fs::perms(0755));
-    ASSERT_EQ(::mount("/run/udevadm", "/usr/bin/udevadm", nullptr, MS_BIND, nullptr), 0);
-}
-
-TEST_F(Bless, HasUdevReadItsRulesAndLookAtTheAccessoryAgain) {
-    standInForUdevadm("echo \"$@\" >>/run/calls\n");
-    ASSERT_EQ(bless("install").exitStatus, 0);
-    const std::string both =
-        "control --reload\n"
-        "trigger --subsystem-match=block --property-match=ID_VENDOR_ID=10d6 --property-match=ID_MODEL_ID=fd01\n";
-    EXPECT_EQ(contents("/run/calls"), both);
-    ASSERT_EQ(bless("install").exitStatus, 0);
-    EXPECT_EQ(contents("/run/calls"), both) << "told again although nothing changed";
-    ASSERT_EQ(bless("uninstall").exitStatus, 0);
-    EXPECT_EQ(contents("/run/calls"), both + both);
-}
-
-TEST_F(Bless, FinishesAnInstallationThatTheSystemDidNotTake) {
-    standInForUdevadm("[ ! -e /run/broken ]\n");
-    write("/run/broken", "");
-    const ProgramRun run = bless("install");
-    EXPECT_EQ(run.exitStatus, 1);
-    EXPECT_EQ(run.err, "/usr/bin/udevadm did not take the change. Restart the computer.\n");
-    EXPECT_EQ(bless("install").exitStatus, 1) << "passed for finished";
-    fs::remove("/run/broken");
-    EXPECT_EQ(bless("install").out, "The helper is installed.\n");
-    EXPECT_EQ(bless("install").out, "The helper is installed already.\n");
     EXPECT_THAT(leftOver(), IsEmpty());
 }
-
-TEST_F(Bless, KeepsWhatUdevadmSaysFromAReaderThatDoesNotRead) {
-    const UniqueFd pipe = fullPipe("/run/full");
-    ASSERT_TRUE(pipe);
-    standInForUdevadm("echo said >&2\necho said\n");
-    ChildProcess run = ChildProcess::start({"/bin/sh", "-c", std::string(kBless) + " install >/run/full 2>&1"});
-    EXPECT_TRUE(endsSoon(run)) << "udevadm waits for somebody to read";
-    EXPECT_EQ(run.wait(), 0);
-}
-
-class BlessWaits : public Bless, public testing::WithParamInterface<const char*> {};
-
-TEST_P(BlessWaits, ForAnotherOneThatRuns) {
-    fs::create_directories("/usr/local/libexec");
-    UniqueFd other(::open("/usr/local/libexec", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    ASSERT_EQ(::flock(other.get(), LOCK_EX), 0);
-    ChildProcess second = ChildProcess::start({kBless, GetParam()});
-    std::this_thread::sleep_for(std::chrono::milliseconds(300));
-    EXPECT_TRUE(second.runs());
-    EXPECT_FALSE(fs::exists(kUnit));
-    other.reset();
-    EXPECT_EQ(second.wait(), 0);
-}
-
-INSTANTIATE_TEST_SUITE_P(Operations, BlessWaits, testing::Values("install", "uninstall", "register-right"),
-                         [](const auto& row) {
-                             std::string name = row.param;
-                             std::ranges::replace(name, '-', '_');
-                             return name;
-                         });
 
 TEST_F(Bless, InstallsOnceWhenAskedByTenAtOnce) {
     std::vector<pid_t> children;

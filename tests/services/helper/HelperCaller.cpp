@@ -45,6 +45,17 @@ std::string callHelper(const std::string& cmd, const std::vector<std::string>& a
     return sd_bus_message_read(rawAnswer, "s", &words) > 0 ? words : "not a text";
 }
 
+std::string callAndGo() {
+    const SdBusPtr bus = connect();
+    const int sent = sd_bus_call_method_async(bus.get(), nullptr, kName, "/com/corvatel/KestravHelper", kName,
+                                              "runWithCmd", nullptr, nullptr, "sas", "umount", 1, "/dev/sdzzs1");
+    // The bus takes its messages in order: the call is on its way when this is answered.
+    SdBusError error;
+    const int answered = sd_bus_call_method(bus.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                            "org.freedesktop.DBus", "GetId", error.out(), nullptr, "");
+    return sent < 0 || answered < 0 ? text(*error.get()) : "";
+}
+
 bool helperHasItsName() {
     const SdBusPtr bus = connect();
     sd_bus_creds* raw = nullptr;

@@ -14,6 +14,9 @@ std::string callHelper(const std::string& cmd, const std::vector<std::string>& a
 /// Whether the bus has an owner of the helper's name.
 bool helperHasItsName();
 
+/// Sends umount to the helper and goes once the bus has the call. Empty, or what went wrong.
+std::string callAndGo();
+
 /// Tries to be the helper: "owner", or the error as above.
 std::string takeHelpersName();
 

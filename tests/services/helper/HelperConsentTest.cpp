@@ -9,9 +9,10 @@
 
 #include "command/HelperInstallation.h"
 #include "command/linux/PolkitAuthorization.h"
-#include "tests/command/fakes/RecordingLog.h"
-#include "tests/room/DismissingAgent.h"
-#include "tests/room/PasswordAgent.h"
+#include "tests/base/RecordingLog.h"
+#include "tests/sandbox/DismissingAgent.h"
+#include "tests/sandbox/PasswordAgent.h"
+#include "tests/services/asker/dropCapabilities.h"
 #include "tests/services/helper/RunningHelper.h"
 #include "tests/signalOne.h"
 
@@ -32,6 +33,20 @@ TEST_F(Helper, ServesRootWithoutAskingAnybody) {
     EXPECT_THAT(callWrite(), MatchesRegex("Wrote 40000 bytes to sdzz at block 1536, verified, [0-9.]+ MB/s\\."));
     EXPECT_TRUE(diskHasTheImage());
     EXPECT_THAT(log(), HasSubstr("user 0: dd if=/run/image.fds of=/dev/rsdzz seek=1536 bs=512: Wrote 40000 bytes"));
+}
+
+TEST_F(Helper, RefusesARootThatHasGivenItsRightsUp) {
+    startDaemons("YES");
+    startHelper();
+    UserProcess root(0, [] {
+        dropCapabilities();
+        return callWrite();
+    });
+    root.go();
+    EXPECT_EQ(root.result(),
+              "AccessDenied: Refused: the process that asks has given up the rights that this takes, or was started "
+              "without them.");
+    expectOneRefusal(0, "Refused: the process that asks has given up the rights");
 }
 
 TEST_F(Helper, AnswersWithBlocksInHexadecimal) {
@@ -203,6 +218,23 @@ TEST_F(Helper, RefusesWhenPolkitIsKilledWhileItAsks) {
     EXPECT_THAT(user.result(),
                 StartsWith("AccessDenied: Refused: the authorization service (polkit) could not decide"));
     expectOneRefusal(kAdmin, kAskedFor + "Refused: the authorization service (polkit) could not decide");
+}
+
+TEST_F(Helper, NamesNoUserForACallerThatHadGoneBeforeItLooked) {
+    startDaemons();
+    startHelper();
+    signalOne(helper_.pid(), SIGSTOP);
+    UserProcess user(kGuest, callAndGo);
+    user.go();
+    EXPECT_EQ(user.result(), "");
+    signalOne(helper_.pid(), SIGCONT);
+    EXPECT_EQ(callUnmount(), "sdzz1 was not mounted.") << "what came later was not served";
+    EXPECT_EQ(linesSaying(log(),
+                          "kestrav-helper: unknown: umount /dev/sdzzs1: Refused: the system does not tell who is "
+                          "asking."),
+              1U)
+        << log();
+    EXPECT_EQ(linesSaying(log(), "4294967295"), 0U) << log();
 }
 
 TEST_F(Helper, BeginsNothingForACallerThatIsGone) {

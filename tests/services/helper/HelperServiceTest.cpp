@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "base/UniqueFd.h"
-#include "tests/room/PasswordAgent.h"
+#include "tests/sandbox/PasswordAgent.h"
 #include "tests/services/helper/RunningHelper.h"
 #include "tests/signalOne.h"
 
@@ -172,26 +172,6 @@ TEST_F(Helper, AsksNobodyAboutWhatItWouldRefuseAnyway) {
     EXPECT_EQ(user.result(), "Refused: \"rm\" is not a command of this service.");
     EXPECT_FALSE(agent.isAsked(1));
     expectOneRefusal(kAdmin, "rm -rf /: Refused: ");
-}
-
-TEST_F(HelperOnALargeDisk, WaitsForAJobOfAMinute) {
-    ASSERT_NO_FATAL_FAILURE(holdInMidWrite());
-    // The idle minute passes meanwhile as well.
-    std::this_thread::sleep_for(63s);
-    EXPECT_TRUE(helper_.runs());
-    signalOne(job_, SIGCONT);
-    EXPECT_THAT(user_->result(), StartsWith("Wrote 157286400 bytes"));
-}
-
-TEST_F(Helper, EndsItselfAfterAnIdleMinute) {
-    startDaemons();
-    startHelper();
-    EXPECT_EQ(callUnmount(), "sdzz1 was not mounted.");
-    std::this_thread::sleep_for(55s);
-    EXPECT_TRUE(helper_.runs());
-    EXPECT_TRUE(holdsWithin(10s, [&] { return !helper_.runs(); }));
-    EXPECT_EQ(helper_.wait(), 0);
-    EXPECT_THAT(callUnmount(), StartsWith("Refused: ")) << "the bus did not start another";
 }
 
 TEST_F(Helper, EndsOnSigtermAtOnceWhenIdle) {

@@ -9,8 +9,8 @@
 #include <sys/stat.h>
 #include <vector>
 
-#include "tests/room/SystemRoom.h"
-#include "tests/room/runProgram.h"
+#include "tests/sandbox/Sandbox.h"
+#include "tests/sandbox/runProgram.h"
 
 namespace kestrav {
 
@@ -51,7 +51,7 @@ inline std::string identity(const std::filesystem::path& path) {
 class Bless : public testing::Test {
   protected:
     void SetUp() override {
-        if (!SystemRoom::isPossible()) GTEST_SKIP() << "needs root";
+        if (!Sandbox::isPossible()) GTEST_SKIP() << "needs root";
         room_.emplace();
         std::filesystem::create_directory(kOwn);
         std::filesystem::copy_file(KESTRAV_BLESS, kBless);
@@ -64,20 +64,18 @@ class Bless : public testing::Test {
 
     static std::vector<std::filesystem::path> leftOver() {
         std::vector<std::filesystem::path> found;
-        for (const char* folder : {"/etc/dbus-1/system.d", "/etc/systemd/system", "/etc/udev/rules.d",
-                                   "/usr/local/libexec", "/usr/local/share/dbus-1/system-services"}) {
+        for (const char* folder :
+             {"/etc/dbus-1/system.d", "/etc/systemd/system", "/etc/udev/rules.d", "/usr/local/libexec",
+              "/usr/local/share/dbus-1/system-services", "/usr/share/polkit-1/actions"}) {
             if (!std::filesystem::exists(folder)) continue;
             for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-                if (entry.path().filename().string().starts_with(".com.corvatel") ||
-                    entry.path().filename().string().starts_with(".60-kestrav")) {
-                    found.push_back(entry.path());
-                }
+                if (entry.path().filename().string().starts_with(".")) found.push_back(entry.path());
             }
         }
         return found;
     }
 
-    std::optional<SystemRoom> room_;
+    std::optional<Sandbox> room_;
 };
 
 }  // namespace kestrav

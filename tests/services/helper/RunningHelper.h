@@ -15,10 +15,10 @@
 #include <vector>
 
 #include "tests/TemporaryFolder.h"
-#include "tests/room/ChildProcess.h"
-#include "tests/room/SystemDaemons.h"
-#include "tests/room/SystemRoom.h"
-#include "tests/room/runProgram.h"
+#include "tests/sandbox/ChildProcess.h"
+#include "tests/sandbox/Sandbox.h"
+#include "tests/sandbox/SystemDaemons.h"
+#include "tests/sandbox/runProgram.h"
 #include "tests/services/SimulatedAccessory.h"
 #include "tests/services/helper/HelperCaller.h"
 #include "tests/services/linesSaying.h"
@@ -68,7 +68,7 @@ class Helper : public testing::Test {
     explicit Helper(std::string disk = patternOf(kDiskBytes, 7)) : before_(std::move(disk)) {}
 
     void SetUp() override {
-        if (!SystemRoom::isPossible()) GTEST_SKIP() << "needs root";
+        if (!Sandbox::isPossible()) GTEST_SKIP() << "needs root";
         accessory_.emplace(before_);
         room_.emplace();
         addAccount("kestrav-admin", kAdmin, true);
@@ -129,7 +129,7 @@ class Helper : public testing::Test {
     const std::string before_;
     const std::string image_ = patternOf(40000, 3);
     std::optional<SimulatedAccessory> accessory_;
-    std::optional<SystemRoom> room_;
+    std::optional<Sandbox> room_;
     SystemDaemons daemons_;
     ChildProcess helper_;
 };

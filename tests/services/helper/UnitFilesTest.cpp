@@ -6,7 +6,7 @@
 #include <string>
 
 #include "tests/TemporaryFolder.h"
-#include "tests/room/runProgram.h"
+#include "tests/sandbox/runProgram.h"
 
 namespace kestrav {
 namespace {
@@ -41,6 +41,7 @@ class UnitFiles : public testing::TestWithParam<const char*> {};
 
 TEST_P(UnitFiles, GiveTheServiceNoMountNamespaceOfItsOwn) {
     // systemd.exec(5): each of these makes the service see mounts of its own, and unmount only there.
+    // PrivateNetwork, ProtectClock and ProtectHostname don't.
     const std::set<std::string> forbidden{"BindPaths",
                                           "BindReadOnlyPaths",
                                           "DynamicUser",
@@ -59,14 +60,11 @@ TEST_P(UnitFiles, GiveTheServiceNoMountNamespaceOfItsOwn) {
                                           "PrivateDevices",
                                           "PrivateIPC",
                                           "PrivateMounts",
-                                          "PrivateNetwork",
                                           "PrivateTmp",
                                           "PrivateUsers",
                                           "ProcSubset",
-                                          "ProtectClock",
                                           "ProtectControlGroups",
                                           "ProtectHome",
-                                          "ProtectHostname",
                                           "ProtectKernelLogs",
                                           "ProtectKernelModules",
                                           "ProtectKernelTunables",
@@ -93,12 +91,31 @@ TEST_P(UnitFiles, KeepWhatHardensWithoutOne) {
     }
 }
 
+TEST_P(UnitFiles, ExposeNoMoreThanTheyHaveTo) {
+    const TemporaryFolder folder;
+    const bool isHelper = std::string(GetParam()).starts_with("com");
+    const std::string path = folder.file("exposed.service", unitText(GetParam()));
+    const ProgramRun run = runProgram({"/usr/bin/systemd-analyze", "security", "--offline=yes", "--no-pager",
+                                       std::string("--threshold=") + (isHelper ? "40" : "43"), path},
+                                      {.uid = 0, .environment = {"PATH=/usr/bin:/bin"}, .input = {}});
+    EXPECT_EQ(run.exitStatus, 0) << run.out << run.err;
+    EXPECT_THAT(run.out, testing::HasSubstr("Overall exposure level for exposed.service"));
+}
+
 TEST_P(UnitFiles, LeaveRoomForAllRequestsThatTheServiceTakes) {
     const std::string unit = unitText(GetParam());
     const std::size_t at = unit.find("\nTasksMax=");
     ASSERT_NE(at, std::string::npos);
     // The service takes 64 at once; each has a process of its own, and that one another to read its image.
     EXPECT_GE(std::stoi(unit.substr(at + std::string("\nTasksMax=").size())), 1 + 64 * 2);
+}
+
+TEST_P(UnitFiles, KeepOneBoardThatOutlivesEachService) {
+    const std::string unit = unitText(GetParam());
+    for (const char* line :
+         {"\nRuntimeDirectory=kestrav\n", "\nRuntimeDirectoryMode=0755\n", "\nRuntimeDirectoryPreserve=yes\n"}) {
+        EXPECT_NE(unit.find(line), std::string::npos) << line;
+    }
 }
 
 TEST_P(UnitFiles, AreUnderstoodBySystemd) {

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+
+#include "base/Outcome.h"
+#include "base/SdBusPointers.h"
+#include "protocol/names.h"
+
+namespace kestrav {
+
+/// A connection to the message bus at `address`, which has been begun and not waited for: the first call on it waits,
+/// and fails if nobody answers. The environment has no say in where the system's bus is. The problem's `cause` is the
+/// bus library's error.
+Outcome<SdBusPtr> openSystemBus(const std::string& address = kSystemBusAddress);
+
+}  // namespace kestrav

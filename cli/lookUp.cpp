@@ -1,0 +1,73 @@
+#include "cli/lookUp.h"
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "base/shownText.h"
+#include "base/utf8.h"
+#include "cli/complain.h"
+#include "device/KestravDevice.h"
+#include "json/tree/dataWithJSONObject.h"
+#include "protocol/accessory.h"
+
+namespace kestrav {
+namespace {
+
+// What detection stores as the disk's name when the accessory has none.
+constexpr std::string_view kNoDisk = "nil";
+
+void printJson(const Console& console, const Tree& tree) {
+    console.out << dataWithJSONObject(tree) << std::endl;
+}
+
+void printDevice(const Console& console, const DeviceObject& device, bool json) {
+    const bool hasDisk = device.bsdName != kNoDisk;
+    if (json) {
+        Tree object = Tree::map();
+        object.setMember("found", Tree(true));
+        object.setMember("name", Tree(device.name));
+        object.setMember("disk", hasDisk ? Tree(device.bsdName) : Tree());
+        object.setMember("id", Tree(device.id));
+        printJson(console, object);
+        return;
+    }
+    console.out << "name: " << escapedForTerminal(device.name) << "\ndisk: " << (hasDisk ? device.bsdName : "none")
+                << "\nid: " << device.id << std::endl;
+}
+
+}  // namespace
+
+ExitCode lookUp(const DetectInvocation& detect, const CommandParts& parts) {
+    KestravDevice& device = parts.device;
+    if (device.detect(device.vendorID(), device.productID()) != 0) {
+        complain(parts.console, "The device registry can't be reached. Is /sys mounted?");
+        return ExitCode::registryUnreachable;
+    }
+    if (!device.device.bsdName.empty()) {
+        printDevice(parts.console, device.device, detect.json);
+        return ExitCode::success;
+    }
+    if (detect.json) {
+        Tree object = Tree::map();
+        object.setMember("found", Tree(false));
+        printJson(parts.console, object);
+    }
+    complain(parts.console, "No accessory (USB " KESTRAV_ACCESSORY_USB ") is attached. Plug it in and try again.");
+    return ExitCode::noAccessory;
+}
+
+ExitCode lookUp(const DrivesInvocation& drives, const CommandParts& parts) {
+    const std::vector<std::string> paths = parts.device.getDrives();
+    if (drives.json) {
+        Tree list = Tree::list();
+        for (const std::string& path : paths)
+            list.append(Tree(repairedUTF8(path)));
+        printJson(parts.console, list);
+    } else if (paths.empty()) {
+        complain(parts.console, "No drive is mounted below /media or /run/media.");
+    }
+    return ExitCode::success;
+}
+
+}  // namespace kestrav

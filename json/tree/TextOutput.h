@@ -1,0 +1,99 @@
+#pragma once
+
+#include <array>
+#include <bit>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <string_view>
+
+#include "json/tree/hasMarks.h"
+#include "json/tree/numberText.h"
+
+namespace kestrav {
+
+/// Where the writer puts its text: a buffer small enough to stay in the processor's nearest memory, which is emptied
+/// into the string when it is full. The string grows as it needs to, which costs less than walking the tree in advance
+/// to guess how long it will be. Kept open
+/// for the compiler to draw into the writer's loop.
+class TextOutput {
+  public:
+    void put(char c) {
+        *room(1) = c;
+        ++at_;
+    }
+    void put(std::string_view text) {
+        if (text.size() > kBuffer) return putLarge(text);
+        std::memcpy(room(text.size()), text.data(), text.size());
+        at_ += text.size();
+    }
+
+    /// A quoted text; false when it isn't valid UTF-8.
+    bool putText(const Tree& text) {
+        const TreeWords words = TreeNodes::words(text);
+        if (TreeNodes::isShortText(words) && !hasMarks(words)) {
+            putPlain(words);
+            return true;
+        }
+        return putLongText(TreeNodes::textView(text));
+    }
+    /// Null, a boolean or a number; false for everything else and for numbers that have no form in JSON.
+    bool putLeaf(const Tree& leaf) {
+        const TreeWords words = TreeNodes::words(leaf);
+        switch (TreeNodes::form(leaf)) {
+            case TreeNodes::Form::integer:
+                at_ = writeNumber(static_cast<std::int64_t>(words.payload), room(kNumberText));
+                return true;
+            case TreeNodes::Form::floating: {
+                const auto value = std::bit_cast<double>(words.payload);
+                if (!std::isfinite(value)) return false;
+                at_ = writeNumber(value, room(kNumberText));
+                return true;
+            }
+            case TreeNodes::Form::null:
+            case TreeNodes::Form::boolean:
+            case TreeNodes::Form::unsignedInteger:
+            case TreeNodes::Form::decimal:
+            case TreeNodes::Form::shortText:
+            case TreeNodes::Form::longText:
+            case TreeNodes::Form::list:
+            case TreeNodes::Form::map:
+            case TreeNodes::Form::object:
+                return putRareLeaf(leaf);
+        }
+        return false;
+    }
+
+    std::string take();
+
+  private:
+    static constexpr std::size_t kBuffer = std::size_t{4} << 10U;
+
+    /// At least `size` free bytes, of which those that are used have still to be counted. No more than the buffer.
+    char* room(std::size_t size) {
+        if (static_cast<std::size_t>(buffer_.data() + kBuffer - at_) < size) empty();
+        return at_;
+    }
+    void empty();
+    void putLarge(std::string_view text);
+    /// A short text that can be copied unseen, as it lies in its two words, all of it at once.
+    void putPlain(TreeWords words) {
+        const std::size_t size = words.meta >> 60U;
+        char* to = room(sizeof words + 2);
+        *to = '"';
+        std::memcpy(to + 1, &words, sizeof words);
+        to[size + 1] = '"';
+        at_ += size + 2;
+    }
+    bool putLongText(std::string_view text);
+    void putEscaped(char c);
+    bool putRareLeaf(const Tree& leaf);
+
+    std::array<char, kBuffer> buffer_;  // not cleared: what lies behind at_ is never read
+    char* at_ = buffer_.data();
+    std::string text_;
+};
+
+}  // namespace kestrav

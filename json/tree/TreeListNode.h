@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstddef>
+#include <span>
+
+#include "json/tree/NodeArena.h"
+#include "json/tree/Tree.h"
+#include "json/tree/TreeNode.h"
+
+namespace kestrav {
+
+/// What the nodes of lists and maps begin with.
+struct TreeContainerNode : TreeNode {
+    using TreeNode::TreeNode;
+    std::size_t size = 0;
+    std::size_t capacity = 0;
+};
+
+/// The node of a list; its elements follow it.
+struct TreeListNode : TreeContainerNode {
+    using TreeContainerNode::TreeContainerNode;
+
+    static TreeListNode* make(std::size_t capacity, NodeArena* arena = nullptr);
+    /// A node that belongs to `list` alone, with room for so many more; changes `list` to hold it. When there is no
+    /// memory, `list` stays as it was.
+    static TreeListNode* own(Tree& list, std::size_t more);
+
+    Tree* elements() noexcept { return reinterpret_cast<Tree*>(this + 1); }
+    void insert(std::size_t position, Tree value) noexcept;  ///< there must be room
+    void remove(std::size_t position) noexcept;
+};
+
+/// How much room a container of `size` gets that is to grow by `more`: twice as much when it has to grow, so that
+/// adding one by one stays linear.
+std::size_t grownCapacity(std::size_t size, std::size_t more) noexcept;
+
+}  // namespace kestrav

@@ -1,0 +1,101 @@
+#include "json/tree/releaseNode.h"
+
+#include <bit>
+#include <new>
+#include <span>
+
+#include "json/tree/TreeLeafNodes.h"
+#include "json/tree/TreeMapNode.h"
+
+namespace kestrav {
+namespace {
+
+/// The containers that wait for their release, linked through the words that hold their capacity, which nobody needs
+/// any more. The lowest bit of a link says that it leads to a map.
+class ReleaseQueue {
+  public:
+    ReleaseQueue() noexcept = default;
+    ReleaseQueue(const ReleaseQueue&) = delete;
+    ReleaseQueue& operator=(const ReleaseQueue&) = delete;
+    ~ReleaseQueue() { tellBlock(); }
+
+    void drop(TreeNodes::Form form, TreeNode* node) noexcept {
+        if (!node->letGo()) return;
+        switch (form) {
+            case TreeNodes::Form::list:
+                return push(static_cast<TreeListNode*>(node), false);
+            case TreeNodes::Form::map:
+                return push(static_cast<TreeMapNode*>(node), true);
+            case TreeNodes::Form::decimal:
+                delete static_cast<TreeDecimalNode*>(node);
+                return;
+            case TreeNodes::Form::object:
+                delete static_cast<TreeObjectNode*>(node);
+                return;
+            case TreeNodes::Form::longText:
+                return giveBack(node);
+            case TreeNodes::Form::null:
+            case TreeNodes::Form::boolean:
+            case TreeNodes::Form::integer:
+            case TreeNodes::Form::unsignedInteger:
+            case TreeNodes::Form::floating:
+            case TreeNodes::Form::shortText:
+                return;
+        }
+    }
+    void run() noexcept {
+        while (head_ != 0)
+            releaseOne();
+    }
+
+  private:
+    void push(TreeContainerNode* node, bool isMap) noexcept {
+        node->capacity = head_;
+        // Not by std::bit_cast: the static analyzer of clang 14 crashes on reckoning with its result.
+        head_ = reinterpret_cast<std::uintptr_t>(node) | (isMap ? 1U : 0U);
+    }
+    void releaseOne() noexcept {
+        auto* node = std::bit_cast<TreeContainerNode*>(head_ & ~std::uintptr_t{1});
+        const std::size_t parts = (head_ & 1U) != 0 ? 2 * node->size : node->size;
+        head_ = node->capacity;
+        const Tree* const end = reinterpret_cast<Tree*>(node + 1) + parts;
+        for (const Tree& part : std::span(reinterpret_cast<Tree*>(node + 1), parts)) {
+            if (end - &part > static_cast<std::ptrdiff_t>(TreeNodes::kEarly)) {
+                TreeNodes::expect((&part)[TreeNodes::kEarly]);
+            }
+            if (TreeNodes::form(part) < TreeNodes::Form::decimal) continue;
+            if (auto* below = TreeNodes::node<TreeNode>(part)) drop(TreeNodes::form(part), below);
+        }
+        giveBack(node);
+    }
+
+    void giveBack(TreeNode* node) noexcept {
+        NodeBlock* const block = node->block();
+        if (block == nullptr) return ::operator delete(node);
+        // Neighbours mostly go one after the other, and their block is told once.
+        if (block != block_) tellBlock();
+        block_ = block;
+        ++gone_;
+    }
+    void tellBlock() noexcept {
+        if (block_ != nullptr) block_->release(gone_);
+        gone_ = 0;
+    }
+
+    std::uintptr_t head_ = 0;
+    NodeBlock* block_ = nullptr;
+    std::size_t gone_ = 0;
+};
+
+static_assert(sizeof(TreeListNode) == sizeof(TreeContainerNode) && sizeof(TreeMapNode) == sizeof(TreeContainerNode),
+              "the parts of both begin behind what they have in common");
+
+}  // namespace
+
+void releaseNode(TreeNodes::Form form, TreeNode* node) noexcept {
+    ReleaseQueue queue;
+    queue.drop(form, node);
+    queue.run();
+}
+
+}  // namespace kestrav

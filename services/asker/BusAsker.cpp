@@ -1,0 +1,11 @@
+#include "services/asker/BusAsker.h"
+
+#include "services/asker/couldDoItself.h"
+
+namespace kestrav {
+
+Outcome<void> BusAsker::couldDoItself() {
+    return kestrav::couldDoItself(process_, uid_);
+}
+
+}  // namespace kestrav

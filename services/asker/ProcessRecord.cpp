@@ -1,0 +1,126 @@
+#include "services/asker/ProcessRecord.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <dirent.h>
+#include <fstream>
+#include <iterator>
+#include <linux/kcmp.h>
+#include <memory>
+#include <sstream>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace kestrav {
+namespace {
+
+struct CloseFolder {
+    void operator()(DIR* folder) const noexcept { ::closedir(folder); }
+};
+using Folder = std::unique_ptr<DIR, CloseFolder>;
+
+/// The entries of a folder whose names are numbers: processes, threads, descriptors.
+std::vector<pid_t> numbersIn(const std::string& path) {
+    std::vector<pid_t> found;
+    const Folder folder(::opendir(path.c_str()));
+    while (const dirent* entry = folder ? ::readdir(folder.get()) : nullptr) {
+        const std::string_view name = entry->d_name;
+        pid_t value = 0;
+        const auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), value);
+        if (error == std::errc() && end == name.data() + name.size()) found.push_back(value);
+    }
+    return found;
+}
+
+std::string targetOf(const std::string& link) {
+    std::array<char, 64> target{};
+    const ssize_t length = ::readlink(link.c_str(), target.data(), target.size());
+    return {target.data(), static_cast<std::size_t>(std::max<ssize_t>(length, 0))};
+}
+
+bool tableHolds(const std::string& table, const std::string& socket) {
+    return std::ranges::any_of(numbersIn(table + "/fd"),
+                               [&](pid_t fd) { return targetOf(table + "/fd/" + std::to_string(fd)) == socket; });
+}
+
+bool tableHasDescriptorsUnderWay(const std::string& table) {
+    return std::ranges::any_of(numbersIn(table + "/fd"), [&](pid_t fd) {
+        const std::string number = std::to_string(fd);
+        if (!targetOf(table + "/fd/" + number).starts_with("socket:")) return false;
+        const std::string count = statusField(table + "/fdinfo/" + number, "scm_fds:");
+        return !count.empty() && count != "0";
+    });
+}
+
+}  // namespace
+
+std::string statusField(const std::string& path, std::string_view name) {
+    std::ifstream file(path);
+    for (std::string line; std::getline(file, line);) {
+        if (!line.starts_with(name)) continue;
+        const std::size_t start = line.find_first_not_of(" \t", name.size());
+        return start == std::string::npos ? "" : line.substr(start);
+    }
+    return {};
+}
+
+std::vector<pid_t> ProcessRecord::all() {
+    return numbersIn("/proc");
+}
+
+/// Field 22 of /proc/PID/stat, see proc(5). The name in field 2 may hold anything, blanks and parentheses included.
+std::optional<std::uint64_t> ProcessRecord::startTime() const {
+    std::ifstream file(folder_ + "/stat");
+    const std::string stat(std::istreambuf_iterator<char>(file), {});
+    const std::size_t nameEnd = stat.rfind(')');
+    if (nameEnd == std::string::npos) return std::nullopt;
+    std::istringstream fields(stat.substr(nameEnd + 1));
+    std::string skipped;
+    for (int field = 3; field < 22; ++field)
+        fields >> skipped;
+    std::uint64_t time = 0;
+    if (!(fields >> time)) return std::nullopt;
+    return time;
+}
+
+std::vector<std::string> ProcessRecord::threads() const {
+    std::vector<std::string> folders;
+    for (const pid_t thread : numbersIn(folder_ + "/task"))
+        folders.push_back(folder_ + "/task/" + std::to_string(thread));
+    return folders;
+}
+
+/// One for all threads that share it: a program of many threads would take long otherwise. Where the kernel does not
+/// compare (kcmp(2)), each thread has one.
+std::vector<std::string> ProcessRecord::descriptorTables() const {
+    std::vector<std::string> tables{folder_};
+    for (const pid_t thread : numbersIn(folder_ + "/task")) {
+        if (thread == process_ || ::syscall(SYS_kcmp, process_, thread, KCMP_FILES, 0, 0) == 0) continue;
+        tables.push_back(folder_ + "/task/" + std::to_string(thread));
+    }
+    return tables;
+}
+
+bool ProcessRecord::holds(std::uint32_t inode) const {
+    const std::string socket = "socket:[" + std::to_string(inode) + "]";
+    return std::ranges::any_of(descriptorTables(), [&](const std::string& table) { return tableHolds(table, socket); });
+}
+
+bool ProcessRecord::hasDescriptorsUnderWay() const {
+    return std::ranges::any_of(descriptorTables(), tableHasDescriptorsUnderWay);
+}
+
+bool ProcessRecord::runsAs(uid_t uid) const {
+    const auto threadRunsAs = [uid](const std::string& thread) {
+        const std::string field = statusField(thread + "/status", "Uid:");
+        if (field.empty() && ::access(thread.c_str(), F_OK) != 0) return true;  // it has ended meanwhile
+        std::istringstream numbers(field);
+        const std::vector<uid_t> all{std::istream_iterator<uid_t>(numbers), {}};
+        return all.size() == 4 && std::ranges::all_of(all, [uid](uid_t one) { return one == uid; });
+    };
+    const auto folders = threads();
+    return !folders.empty() && std::ranges::all_of(folders, threadRunsAs);
+}
+
+}  // namespace kestrav

@@ -1,0 +1,29 @@
+#include "services/asker/SocketAsker.h"
+
+#include "services/asker/couldDoItself.h"
+#include "services/asker/processHolding.h"
+
+namespace kestrav {
+
+Outcome<ConsentSubject> SocketAsker::subject() {
+    const auto process = processHolding(identity_);
+    if (!process) return process.problem();
+    return ConsentSubject(process.value());
+}
+
+Outcome<void> SocketAsker::couldDoItself() {
+    const auto process = processHolding(identity_);
+    if (!process) return process.problem();
+    if (auto could = kestrav::couldDoItself(process.value().pid, identity_.uid); !could) return could;
+    const auto now = processHolding(identity_);
+    if (!now) return now.problem();
+    if (now.value() != process.value()) return refused("the connection passed to another process.");
+    return {};
+}
+
+bool SocketAsker::stillWants() {
+    const auto now = peerIdentity(connection_);
+    return now && now.value() == identity_;
+}
+
+}  // namespace kestrav

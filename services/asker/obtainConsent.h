@@ -1,0 +1,25 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include "base/Outcome.h"
+
+namespace kestrav {
+
+class Asker;
+class Consent;
+struct Intent;
+
+/// False for root and for the user that the service runs as. Both could do without the service what they ask it for,
+/// and obtainConsent() makes sure that the process that asks could.
+bool needsConsent(uid_t uid);
+
+/// Refused when that user's requests need not even be read.
+Outcome<void> mayAsk(const Consent& consent, uid_t uid);
+
+/// Obtains consent to `intent` for an asker who needs it, and makes sure that the one it was given for is the one who
+/// asks. Of an asker who needs none it makes sure that nothing is done that they could not do themselves. Blocks, maybe
+/// until a person has decided.
+Outcome<void> obtainConsent(Consent& consent, Asker& asker, const Intent& intent);
+
+}  // namespace kestrav

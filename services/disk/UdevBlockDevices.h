@@ -1,0 +1,16 @@
+#pragma once
+
+#include "services/disk/BlockDevices.h"
+
+namespace kestrav {
+
+/// The register as libudev and sysfs show it. Every call asks anew, so nothing goes stale. Without an udev context or
+/// a mounted sysfs there are no devices.
+class UdevBlockDevices final : public BlockDevices {
+  public:
+    Outcome<BlockDevice> find(dev_t number) const override;
+    Outcome<std::vector<dev_t>> diskAndPartitions(dev_t disk) const override;
+    std::vector<std::string> builtOnTopOf(dev_t disk) const override;
+};
+
+}  // namespace kestrav

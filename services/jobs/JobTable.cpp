@@ -1,0 +1,230 @@
+#include "services/jobs/JobTable.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <exception>
+#include <pwd.h>
+#include <string>
+#include <sys/wait.h>
+#include <system_error>
+
+#include "base/retry.h"
+#include "base/systemWords.h"
+#include "services/asker/Asker.h"
+#include "services/gate/Gate.h"
+#include "services/jobs/blockEndingSignals.h"
+#include "services/jobs/endLastForWantOfMemory.h"
+
+namespace kestrav {
+namespace {
+
+void collect(pid_t child) {
+    retry([child] { return ::waitpid(child, nullptr, 0); });
+}
+
+/// Requests that have given way and whose processes have not ended yet, at most.
+constexpr std::ptrdiff_t kMostGivingWay = 16;
+/// Users whose account was looked up and is remembered, at most.
+constexpr std::size_t kMostAccounts = 256;
+
+RequestEnd endOf(const JobProcess& process) {
+    const auto& answer = process.answer();
+    if (!answer) return {RequestEnd::Kind::died, {}, process.pid(), process.begun()};
+    const auto kind = [&] {
+        switch (answer->kind) {
+            case GateAnswer::Kind::answered:
+                return RequestEnd::Kind::answered;
+            case GateAnswer::Kind::denied:
+                return RequestEnd::Kind::denied;
+            case GateAnswer::Kind::notBegun:
+                break;
+        }
+        return RequestEnd::Kind::notBegun;
+    };
+    return {kind(), answer->text, process.pid(), process.begun(), answer->asked};
+}
+
+}  // namespace
+
+JobTable::JobTable(Service& service, Gate& gate, RequestLog& log, Problem busy)
+    : service_(service),
+      gate_(gate),
+      log_(log),
+      busy_(std::move(busy)) {
+    blockEndingSignals();
+    for (const int signal : kEndingSignals)
+        watches_.push_back(loop_.onSignal(signal, [this] { service_.stop(); }));
+    watches_.push_back(loop_.afterEverything([this] { countRefusals(); }));
+}
+
+Outcome<JobTable::Place> JobTable::admit(uid_t uid) {
+    if (const auto welcome = gate_.admit(uid); !welcome) return welcome.problem();
+    if (taken(uid) >= mostOf(uid)) return busy_;
+    if (!hasPlaceFor(uid) && !makeRoomFor(uid)) return busy_;
+    ++taken_[uid];
+    ++takenInAll_;
+    return Place(*this, uid);
+}
+
+std::size_t JobTable::taken(uid_t uid) const {
+    const auto ofThatUser = taken_.find(uid);
+    return ofThatUser == taken_.end() ? 0 : ofThatUser->second;
+}
+
+bool JobTable::hasPlaceFor(uid_t uid) const {
+    if (uid == 0) return takenInAll_ < kPlaces;
+    return takenInAll_ - taken(0) < kPlaces - kPlacesOfRoot && takenInAll_ < kPlaces;
+}
+
+/// Who has most goes first, and not for the sake of somebody who has as many.
+bool JobTable::makeRoomFor(uid_t uid) {
+    std::vector<std::pair<std::size_t, uid_t>> others;
+    for (const auto& [other, places] : taken_) {
+        if (other != 0 && other != uid && places > taken(uid) + 1) others.emplace_back(places, other);
+    }
+    std::sort(others.rbegin(), others.rend());
+    return std::any_of(others.begin(), others.end(), [&](const auto& other) {
+        const bool gaveWay = service_.giveWay(other.second) || giveUpOldest(other.second);
+        return gaveWay && hasPlaceFor(uid);
+    });
+}
+
+bool JobTable::giveUpOldest(uid_t uid) {
+    Job* oldest = nullptr;
+    std::ptrdiff_t givingWay = 0;
+    for (auto& [pid, job] : jobs_) {
+        if (!job.place) ++givingWay;
+        const bool waits = job.place && !job.process.begun() && !job.isGivenUp && job.request->asker().uid() == uid;
+        if (waits && (oldest == nullptr || job.number < oldest->number)) oldest = &job;
+    }
+    if (oldest == nullptr || givingWay >= kMostGivingWay) return false;
+    giveUp(*oldest);
+    oldest->place.reset();
+    return true;
+}
+
+/// The places that a user may have. A user database may be far away: it is asked only about those who take many.
+std::size_t JobTable::mostOf(uid_t uid) {
+    if (uid == 0) return kPlaces;
+    if (taken(uid) < kPlacesWithoutAccount) return kPlacesOfAUser;
+    if (hasAccount_.size() >= kMostAccounts) hasAccount_.clear();
+    const auto [account, isNew] = hasAccount_.try_emplace(uid);
+    if (isNew) account->second = ::getpwuid(uid) != nullptr;
+    return account->second ? kPlacesOfAUser : kPlacesWithoutAccount;
+}
+
+void JobTable::vacate(uid_t uid) {
+    --takenInAll_;
+    const auto ofThatUser = taken_.find(uid);
+    if (--ofThatUser->second == 0) taken_.erase(ofThatUser);
+}
+
+void JobTable::start(Place place, std::unique_ptr<Request> request) {
+    Job job(std::move(request), gate_, std::move(place), started_++);
+    const pid_t pid = job.process.pid();
+    if (pid < 0) return job.request->ended({RequestEnd::Kind::notStarted, systemWords(errno)});
+    const auto [entry, isNew] = jobs_.emplace(pid, std::move(job));
+    try {
+        watch(entry->second);
+        if (isStopping_) giveUp(entry->second);
+    } catch (const std::system_error& error) {
+        // The service would not learn of its end: it must not begin.
+        entry->second.process.kill();
+        collect(pid);
+        const auto lost = jobs_.extract(entry);
+        lost.mapped().request->ended({RequestEnd::Kind::notStarted, systemWords(error.code().value())});
+    }
+}
+
+void JobTable::watch(Job& job) {
+    const pid_t pid = job.process.pid();
+    job.end = loop_.onEndOf(pid, [this, pid] { finish(pid); });
+    job.channel = loop_.onReadable(job.process.fd(), [this, &job] { listen(job); });
+}
+
+void JobTable::listen(Job& job) {
+    if (job.process.listen() && !job.isGivenUp && !isStopping_) {
+        if (job.request->isStillWanted()) {
+            job.process.begin();
+        } else {
+            giveUp(job);
+        }
+    }
+    // What is said at the end is taken at the end; a closed channel would be readable for ever.
+    if (job.process.begun() || job.process.answer()) job.channel.reset();
+}
+
+void JobTable::giveUp(const Request& request) {
+    for (auto& [pid, job] : jobs_) {
+        if (job.request.get() == &request) giveUp(job);
+    }
+}
+
+void JobTable::giveUpWaiting() {
+    isStopping_ = true;
+    for (auto& [pid, job] : jobs_)
+        giveUp(job);
+}
+
+void JobTable::giveUp(Job& job) {
+    if (job.process.begun() || std::exchange(job.isGivenUp, true)) return;
+    job.process.giveUp();
+    // It may wait for something else than a person, for a user database that doesn't answer for example.
+    job.killing = loop_.after(kTimeToGiveUp, [&job] { job.process.kill(); });
+}
+
+void JobTable::finish(pid_t pid) {
+    const auto job = jobs_.extract(pid);
+    job.mapped().process.listen();
+    job.mapped().request->ended(endOf(job.mapped().process));
+}
+
+void JobTable::countRefusals() {
+    log_.summarise();
+    const auto next = log_.nextSummary();
+    if (next == summaryTime_) return;
+    summaryTime_ = next;
+    summary_.reset();
+    if (!next) return;
+    const auto left = std::chrono::ceil<std::chrono::microseconds>(*next - std::chrono::steady_clock::now());
+    summary_ = loop_.after(left, [this] { summaryTime_.reset(); });
+}
+
+bool JobTable::run() {
+    endFirstForWantOfMemory();
+    try {
+        countRefusals();
+        loop_.run();
+        log_.finish();
+        return true;
+    } catch (const std::exception& error) {
+        reportEnd(error.what());
+    }
+    service_.takeNothingMore();
+    waitForRunning();
+    return false;
+}
+
+/// Memory may be what is missing, and the log then fails as well.
+void JobTable::reportEnd(const char* reason) noexcept try {
+    log_.write("ending when the requests that were begun have ended: " + std::string(reason));
+} catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): nowhere is left to say it
+}
+
+/// A write that was begun goes on without this process, but nobody would be answered.
+void JobTable::waitForRunning() noexcept {
+    for (auto& [pid, job] : jobs_) {
+        if (!job.process.begun()) job.process.giveUp();
+    }
+    while (!jobs_.empty()) {
+        const auto job = jobs_.extract(jobs_.begin());
+        collect(job.key());
+        try {
+            job.mapped().process.listen();
+            job.mapped().request->ended(endOf(job.mapped().process));
+        } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): the others are still to be waited for
+        }
+    }
+}
+
+}  // namespace kestrav

@@ -1,0 +1,54 @@
+import os
+import subprocess
+import tempfile
+import unittest
+from pathlib import Path
+
+SET_UP = Path(__file__).resolve().parents[2] / ".ci/set-up"
+STEPS = ("format", "release", "sanitizers", "tidy", "threads", "fuzz", "package", "e2e", "installation", "quick")
+
+
+class SetUp(unittest.TestCase):
+    """On a computer that has none of the packages, or all of them, as far as dpkg-query says."""
+
+    def setUp(self):
+        scratch = tempfile.TemporaryDirectory()
+        self.addCleanup(scratch.cleanup)
+        self.folder = Path(scratch.name)
+        self.program("apt-get", 'shift $(( $# > 0 )); printf "%s\\n" "$@" >>"$ASKED_FOR"')
+        self.program("sudo", 'exec "$@"')
+
+    def program(self, name, script):
+        (self.folder / name).write_text(f"#!/bin/sh\n{script}\n", encoding="utf-8")
+        (self.folder / name).chmod(0o755)
+
+    def asked_for(self, step, present=""):
+        self.program("dpkg-query", f"printf '{present}'")
+        asked = self.folder / "asked"
+        asked.write_text("", encoding="utf-8")
+        environment = {**os.environ, "PATH": f"{self.folder}:{os.environ['PATH']}", "ASKED_FOR": str(asked)}
+        run = subprocess.run([SET_UP, step], env=environment, check=False, capture_output=True)
+        self.assertEqual(run.returncode, 0, run.stderr)
+        return {word for word in asked.read_text(encoding="utf-8").split() if not word.startswith("-")}
+
+    def test_asks_for_nothing_where_all_is_there(self):
+        for step in STEPS:
+            self.assertEqual(self.asked_for(step, "installed"), set(), step)
+
+    def test_formatting_takes_one_package(self):
+        self.assertEqual(self.asked_for("format"), {"clang-format"})
+
+    def test_only_the_steps_with_clang_ask_for_it(self):
+        having = {step for step in STEPS if "clang" in self.asked_for(step)}
+        self.assertEqual(having, {"sanitizers", "tidy", "threads", "fuzz", "quick"})
+
+    def test_only_the_steps_that_run_the_cases_ask_for_a_display(self):
+        having = {step for step in STEPS if "xvfb" in self.asked_for(step)}
+        self.assertEqual(having, {"release", "sanitizers", "e2e", "quick"})
+
+    def test_only_the_emulated_computer_asks_for_an_emulator(self):
+        self.assertEqual({step for step in STEPS if "qemu-system-x86" in self.asked_for(step)}, {"e2e"})
+
+    def test_every_step_of_the_whole_is_known(self):
+        for step in STEPS:
+            self.assertTrue(self.asked_for(step), step)

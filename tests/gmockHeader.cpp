@@ -1,0 +1,1 @@
+// Nothing: this program is there for its precompiled header, which every test uses.

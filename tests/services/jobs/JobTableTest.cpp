@@ -1,0 +1,252 @@
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <list>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <unistd.h>
+#include <utility>
+
+#include "services/asker/BusAsker.h"
+#include "services/jobs/JobTable.h"
+#include "tests/TemporaryFolder.h"
+#include "tests/services/asker/FakeAsker.h"
+#include "tests/services/gate/GateWithoutDisks.h"
+
+namespace kestrav {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::StartsWith;
+using Kind = RequestEnd::Kind;
+
+// More users of every Debian, and one that none has.
+constexpr uid_t kThirdUser = 2;
+constexpr uid_t kFourthUser = 3;
+constexpr uid_t kNobodyInParticular = 3'999'999'999;
+
+/// A service with one request, which ends with it.
+class JobTableOfATest : public GateWithoutDisks, public JobTable::Service {
+  protected:
+    class OneRequest final : public Request {
+      public:
+        OneRequest(JobTableOfATest& test, uid_t uid) : test_(test), asker_(uid) {}
+        Asker& asker() override { return asker_; }
+        Outcome<CommandLine> read() override { return CommandLine{"umount", {"/dev/sdzzs1"}}; }
+        void leaveService() override { test_.inRequest_ = true; }
+        void ended(const RequestEnd& end) override {
+            test_.end_ = end;
+            test_.table_.loop().end();
+        }
+
+      private:
+        JobTableOfATest& test_;
+        FakeAsker asker_;
+    };
+
+    void stop() override { table_.giveUpWaiting(); }
+    void takeNothingMore() noexcept override { tookNothingMore_ = true; }
+    bool giveWay(uid_t uid) override {
+        const auto oldest =
+            std::find_if(arriving_.begin(), arriving_.end(), [uid](const auto& peer) { return peer.first == uid; });
+        if (oldest == arriving_.end()) return false;
+        arriving_.erase(oldest);
+        return true;
+    }
+    /// Takes a place for a request that is still arriving.
+    std::string take(uid_t uid) {
+        auto place = table_.admit(uid);
+        if (!place) return place.problem().sentence;
+        arriving_.emplace_back(uid, std::move(place.value()));
+        return "taken";
+    }
+    std::size_t arriving(uid_t uid) const {
+        return static_cast<std::size_t>(
+            std::count_if(arriving_.begin(), arriving_.end(), [uid](const auto& peer) { return peer.first == uid; }));
+    }
+    void takeAllOf(uid_t first, uid_t second) {
+        for (int i = 0; i < 48; ++i)
+            ASSERT_EQ(take(first), "taken");
+        for (int i = 0; i < 8; ++i)
+            ASSERT_EQ(take(second), "taken");
+    }
+
+    const Request* start(uid_t uid) {
+        auto request = std::make_unique<OneRequest>(*this, uid);
+        const Request* const started = request.get();
+        table_.start(std::move(table_.admit(uid).value()), std::move(request));
+        return started;
+    }
+    RequestEnd endOf(uid_t uid) {
+        start(uid);
+        return awaited();
+    }
+    RequestEnd awaited() {
+        EXPECT_TRUE(table_.run());
+        return end_.value();
+    }
+
+    JobTable table_{*this, gate_, requests_, refused("busy.")};
+    std::list<std::pair<uid_t, JobTable::Place>> arriving_;
+    std::optional<RequestEnd> end_;
+    bool inRequest_ = false;
+    bool tookNothingMore_ = false;
+};
+
+TEST_F(JobTableOfATest, HasARequestAnsweredByTheGate) {
+    const RequestEnd end = endOf(kOtherUser);
+    EXPECT_EQ(end.kind, Kind::answered);
+    EXPECT_TRUE(end.begun);
+    EXPECT_THAT(end.text, StartsWith("Refused: "));
+    EXPECT_FALSE(inRequest_) << "not in a process of its own";
+    EXPECT_TRUE(table_.isEmpty());
+}
+
+TEST_F(JobTableOfATest, TellsWhatWasDenied) {
+    consent_.problem = refused("no.");
+    const RequestEnd end = endOf(kOtherUser);
+    EXPECT_EQ(end.kind, Kind::denied);
+    EXPECT_FALSE(end.begun);
+    EXPECT_EQ(end.text, "Refused: no.");
+}
+
+TEST_F(JobTableOfATest, TellsWhenTheProcessDied) {
+    consent_.meanwhile = [] { ::raise(SIGKILL); };
+    EXPECT_EQ(endOf(kOtherUser).kind, Kind::died);
+}
+
+TEST_F(JobTableOfATest, LetsNoExceptionOutOfTheProcess) {
+    const TemporaryFolder folder;
+    const pid_t service = ::getpid();
+    consent_.meanwhile = [] { throw std::runtime_error("out of luck"); };
+    start(kOtherUser);
+    table_.run();
+    if (::getpid() != service) {
+        folder.file("escaped", "");
+        ::_exit(1);
+    }
+    EXPECT_FALSE(std::filesystem::exists(folder.path() / "escaped")) << "it ran on into the service's own code";
+    EXPECT_EQ(end_.value().kind, Kind::died);
+}
+
+TEST_F(JobTableOfATest, GivesAQuestionUpThatIsNoLongerWanted) {
+    consent_.waits = true;
+    const Request* const request = start(kOtherUser);
+    const auto gone = table_.loop().after(50ms, [&] { table_.giveUp(*request); });
+    const RequestEnd end = awaited();
+    EXPECT_EQ(end.kind, Kind::denied);
+    EXPECT_EQ(end.text, "Refused: given up.");
+}
+
+TEST_F(JobTableOfATest, KillsAProcessThatDoesNotNotice) {
+    consent_.meanwhile = [] { ::pause(); };
+    const Request* const request = start(kOtherUser);
+    const auto begun = std::chrono::steady_clock::now();
+    table_.giveUp(*request);
+    EXPECT_EQ(awaited().kind, Kind::died);
+    EXPECT_LT(std::chrono::steady_clock::now() - begun, 30s);
+}
+
+TEST_F(JobTableOfATest, BeginsNothingOnceASignalSaysStop) {
+    consent_.meanwhile = [] {
+        // To the service's process; then its own question takes until that has had time to act.
+        ::kill(::getppid(), SIGTERM);
+    };
+    consent_.waits = true;
+    EXPECT_EQ(endOf(kOtherUser).text, "Refused: given up.");
+    EXPECT_FALSE(end_->begun);
+}
+
+TEST_F(JobTableOfATest, BeginsNothingThatComesAfterThat) {
+    table_.giveUpWaiting();
+    EXPECT_EQ(endOf(0).kind, Kind::notBegun);
+    EXPECT_TRUE(log_.entries().empty());
+}
+
+TEST_F(JobTableOfATest, WaitsForARequestThatWasBegunWhenItFails) {
+    start(0);
+    bool failed = false;
+    const auto watch = table_.loop().afterEverything([&] {
+        if (std::exchange(failed, true)) return;
+        throw std::runtime_error("out of luck");
+    });
+    EXPECT_FALSE(table_.run());
+    EXPECT_TRUE(tookNothingMore_);
+    EXPECT_TRUE(end_) << "nobody answered";
+    EXPECT_EQ(log_.entries().back(), "ending when the requests that were begun have ended: out of luck");
+}
+
+TEST_F(JobTableOfATest, KeepsPlacesForOthersBesideOneUser) {
+    std::list<JobTable::Place> places;
+    const auto take = [&](uid_t uid) {
+        auto place = table_.admit(uid);
+        if (!place) return place.problem().sentence;
+        places.push_back(std::move(place.value()));
+        return std::string("taken");
+    };
+    for (std::size_t i = 0; i < 48; ++i)
+        ASSERT_EQ(take(kOtherUser), "taken");
+    EXPECT_EQ(take(kOtherUser), "busy.");
+    for (std::size_t i = 0; i < 16; ++i)
+        ASSERT_EQ(take(0), "taken");
+    EXPECT_EQ(take(0), "busy.");
+    EXPECT_EQ(take(2), "busy.");
+    places.pop_front();
+    EXPECT_EQ(take(kOtherUser), "taken");
+    places.clear();
+    for (std::size_t i = 0; i < 64; ++i)
+        ASSERT_EQ(take(0), "taken") << "one user who is root may have them all";
+    EXPECT_EQ(take(0), "busy.");
+}
+
+TEST_F(JobTableOfATest, KeepsPlacesForRootBesideTwoUsers) {
+    ASSERT_NO_FATAL_FAILURE(takeAllOf(kOtherUser, kThirdUser));
+    for (int i = 0; i < 8; ++i)
+        EXPECT_EQ(take(0), "taken");
+    EXPECT_EQ(arriving(kOtherUser) + arriving(kThirdUser), 56U) << "somebody gave way needlessly";
+}
+
+TEST_F(JobTableOfATest, LetsTheOldestOfWhoeverHasMostGiveWay) {
+    ASSERT_NO_FATAL_FAILURE(takeAllOf(kOtherUser, kThirdUser));
+    EXPECT_EQ(take(kFourthUser), "taken");
+    EXPECT_EQ(arriving(kOtherUser), 47U);
+    EXPECT_EQ(arriving(kThirdUser), 8U);
+    EXPECT_EQ(take(kThirdUser), "taken");
+    EXPECT_EQ(take(kOtherUser), "busy.") << "for the sake of those who have less";
+}
+
+TEST_F(JobTableOfATest, LetsARequestThatWaitsForConsentGiveWay) {
+    consent_.waits = true;
+    start(kOtherUser);
+    for (int i = 0; i < 47; ++i)
+        ASSERT_EQ(take(kOtherUser), "taken");
+    for (auto& peer : arriving_)
+        peer.first = kNobodyInParticular;  // so that none of theirs is found to be still arriving
+    for (int i = 0; i < 8; ++i)
+        ASSERT_EQ(take(kThirdUser), "taken");
+    EXPECT_EQ(take(kFourthUser), "taken");
+    EXPECT_EQ(awaited().text, "Refused: given up.");
+}
+
+TEST_F(JobTableOfATest, GivesAUserWithoutAnAccountFewPlaces) {
+    for (int i = 0; i < 4; ++i)
+        EXPECT_EQ(take(kNobodyInParticular), "taken");
+    EXPECT_EQ(take(kNobodyInParticular), "busy.");
+    EXPECT_EQ(take(kOtherUser), "taken");
+}
+
+TEST_F(JobTableOfATest, AdmitsNobodyWhomTheGateTurnsAway) {
+    consent_.turnsEverybody = refused("not here.");
+    const auto place = table_.admit(kOtherUser);
+    ASSERT_FALSE(place);
+    EXPECT_EQ(place.problem().sentence, "not here.");
+    EXPECT_TRUE(table_.admit(0));
+}
+
+}  // namespace
+}  // namespace kestrav
