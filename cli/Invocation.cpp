@@ -11,19 +11,21 @@ namespace kestrav {
 namespace {
 
 constexpr const char* kFooter = R"(Exit status:
-  0  the operation reports success
-  1  the operation reports failure
+  0  done; firmware, icon, push: the service has read the image back, and it is
+     equal; pull: the blocks came
+  1  no accessory, or nothing was handed over; read, write: nothing was moved
   2  wrong call, or a file that can't be read or written
   3  detect: no accessory is attached
-  4  --verify: the disk differs from the image, or can't be read back
-  5  detect: the device registry can't be reached
+  4  the service refused or failed, or the disk differs from the image
+  5  the device registry can't be reached
+  6  nobody knows: no answer, half of one, or one that is not the service's
 
-Progress goes to standard output, or to standard error when data goes to standard output. What the command
-service answers goes to the system log and to standard error; an update counts as handed over, and its exit status
-is 0, whatever the service answers: read its line, or use --verify.
+The last line says it in words, and what to do next. Progress goes to standard
+output, or to standard error when data goes there; what the service answers
+goes to the system log and to standard error.
 
-Before read, write and --verify touch the disk they unmount the first drive that 'kestravctl drives' lists;
---verify does so again for every 64 MiB that it compares.
+Before read and write touch the disk they unmount the first drive that
+'kestravctl drives' lists.
 
 Examples:
   kestravctl detect --json
@@ -103,7 +105,8 @@ class CommandLine {
         update.kind = kind;
         CLI::App& command = addCommand(name, description, [&update] { return update; });
         addFile(command, update.file, "The image, an ordinary file");
-        command.add_flag("--verify", update.verify, "Read the area back afterwards and compare it with the image");
+        command.add_flag("--verify", update.verify,
+                         "Look at the disk a second time, beside the service (needs the right to open it)");
     }
 
     void addBlockCommands() {

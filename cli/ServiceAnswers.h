@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <variant>
 #include <vector>
 
@@ -16,7 +17,10 @@ class ServiceAnswers final : public AnswerSink {
     /// An answer with its meaning.
     struct Given {
         Answer answer;
-        bool isLogged = false;  ///< it was text, which is what goes to the log
+        std::string bytes;  ///< as it came: not always text, and not always the service's
+
+        /// Whether it went to the log.
+        bool isText() const;
     };
     struct Exchange {
         AnswerTo question;
@@ -26,9 +30,8 @@ class ServiceAnswers final : public AnswerSink {
     /// In the order in which they ended.
     const std::vector<Exchange>& exchanges() const { return exchanges_; }
 
-    /// Whether the last that was heard of the service is a failure. An exchange that ended in silence doesn't change
-    /// what was heard before it.
-    bool saidLastThatItFailed() const;
+    /// The one that ended last, which is the write of an update; null before the first.
+    const Exchange* last() const { return exchanges_.empty() ? nullptr : &exchanges_.back(); }
 
     void asked(std::string_view command, std::span<const std::string> arguments) override;
     void answered(std::string_view bytes) override;

@@ -14,25 +14,22 @@
 namespace kestrav {
 namespace {
 
-// What detection stores as the disk's name when the accessory has none.
-constexpr std::string_view kNoDisk = "nil";
-
 void printJson(const Console& console, const Tree& tree) {
     console.out << dataWithJSONObject(tree) << std::endl;
 }
 
 void printDevice(const Console& console, const DeviceObject& device, bool json) {
-    const bool hasDisk = device.bsdName != kNoDisk;
+    const bool diskIsThere = hasDisk(device);
     if (json) {
         Tree object = Tree::map();
         object.setMember("found", Tree(true));
         object.setMember("name", Tree(device.name));
-        object.setMember("disk", hasDisk ? Tree(device.bsdName) : Tree());
+        object.setMember("disk", diskIsThere ? Tree(device.bsdName) : Tree());
         object.setMember("id", Tree(device.id));
         printJson(console, object);
         return;
     }
-    console.out << "name: " << escapedForTerminal(device.name) << "\ndisk: " << (hasDisk ? device.bsdName : "none")
+    console.out << "name: " << escapedForTerminal(device.name) << "\ndisk: " << (diskIsThere ? device.bsdName : "none")
                 << "\nid: " << device.id << std::endl;
 }
 

@@ -12,6 +12,7 @@
 #include "cli/ServiceAnswers.h"
 #include "cli/TerminalLog.h"
 #include "cli/TransferMeter.h"
+#include "cli/WatchedRegistry.h"
 #include "cli/carryOut.h"
 #include "cli/carryOutHelper.h"
 #include "command/CommandService.h"
@@ -64,13 +65,14 @@ int perform(const kestrav::Invocation& invocation) {
     SyslogSystemLog systemLog("kestravctl");
     ServiceAnswers answers;
     CommandService commandService(systemLog, {}, &answers);
-    UdevDeviceRegistry registry;
+    UdevDeviceRegistry udev;
+    WatchedRegistry registry(udev);
     MountinfoVolumes volumes;
     PosixDiskCalls diskCalls;
     TransferMeter meter(diskCalls);
     KestravDevice device(registry, volumes, meter, commandService, progress);
     device.setParent(std::make_shared<TerminalLog>(progress));
-    return static_cast<int>(carryOut(invocation, {device, meter, answers, {std::cout, std::cerr}}));
+    return static_cast<int>(carryOut(invocation, {device, registry, meter, answers, {std::cout, std::cerr}}));
 }
 
 }  // namespace

@@ -1,48 +1,95 @@
 #include "cli/verifyImage.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstddef>
-#include <ostream>
 #include <string>
 #include <vector>
 
+#include "base/systemWords.h"
 #include "cli/OrdinaryFile.h"
-#include "cli/ServiceAnswers.h"
-#include "cli/TransferMeter.h"
-#include "cli/complain.h"
-#include "device/KestravDevice.h"
+#include "device/DiskCalls.h"
+#include "device/DiskNodes.h"
+#include "protocol/accessory.h"
 
 namespace kestrav {
 namespace {
 
-// One read of the engine unmounts a drive, so an area is read back in few pieces: one, for any image of usual size.
-constexpr std::int64_t kVerifyPiece = 64 << 20;
+constexpr std::int64_t kPiece = 1 << 20;
 
-ExitCode verificationFailed(const Console& console, const std::string& reason) {
-    complain(console, "Verification failed: " + reason + ". Send the image again before you unplug the accessory.");
-    return ExitCode::verificationFailed;
+/// A node that is open for reading, and closed with this object.
+class OpenDisk {
+  public:
+    OpenDisk(DiskCalls& disks, const std::string& node)
+        : disks_(disks),
+          descriptor_(disks.open(node, DiskAccess::readOnly)),
+          error_(descriptor_ < 0 ? errno : 0) {}
+    ~OpenDisk() {
+        if (descriptor_ >= 0) disks_.close(descriptor_);
+    }
+    OpenDisk(const OpenDisk&) = delete;
+    OpenDisk& operator=(const OpenDisk&) = delete;
+
+    /// Why it is not open; 0 when it is.
+    int error() const { return error_; }
+
+    /// Fewer than `length` bytes at the end of the disk or where it can't be read; errno is 0 at the end.
+    std::vector<std::byte> read(std::int64_t offset, std::int64_t length) {
+        std::vector<std::byte> bytes(static_cast<std::size_t>(length));
+        std::size_t done = 0;
+        while (done < bytes.size()) {
+            errno = 0;
+            const std::int64_t got =
+                disks_.pread(descriptor_, std::span(bytes).subspan(done), offset + static_cast<std::int64_t>(done));
+            if (got <= 0) break;
+            done += static_cast<std::size_t>(got);
+        }
+        bytes.resize(done);
+        return bytes;
+    }
+
+  private:
+    DiskCalls& disks_;
+    int descriptor_;
+    int error_;
+};
+
+UpdateResult verificationFailed(const UpdateResult& result, const std::string& reason) {
+    return result.endedWith(ExitCode::wentWrong, "Verification failed: " + reason + ".",
+                            "Unplug the accessory, plug it in again and send the image once more.");
 }
 
 }  // namespace
 
-ExitCode verifyImage(const OrdinaryFile& image, std::int64_t areaOffset, const CommandParts& parts) {
-    const Console& console = parts.console;
-    // A disk shows from its own memory what it could not keep. Then only the service has heard the truth.
-    if (parts.answers.saidLastThatItFailed())
-        return verificationFailed(console, "the service says that the write failed");
-    for (std::int64_t done = 0; done < image.size(); done += kVerifyPiece) {
-        const std::vector<std::byte> wanted = image.read(done, kVerifyPiece);
-        const std::int64_t length = std::min(kVerifyPiece, image.size() - done);
-        const std::vector<std::byte> found = parts.device.readDevice(areaOffset + done, length);
-        if (found.empty() || parts.meter.lastRead() != length)
-            return verificationFailed(console, "the disk can't be read back");
+UpdateResult verifyImage(const OrdinaryFile& image, const UpdateResult& confirmed, DiskCalls& disks) {
+    const DiskNodes nodes(confirmed.disk);
+    OpenDisk disk(disks, nodes.rawDisk);
+    if (disk.error() == EACCES || disk.error() == EPERM) {
+        return confirmed.endedWith(ExitCode::success,
+                                   confirmed.sentence + " That is the service's own look: you may not open " +
+                                       nodes.rawDisk + " for a second one.",
+                                   confirmed.remedy);
+    }
+    if (disk.error() != 0)
+        return verificationFailed(confirmed, "the disk can't be read back: " + systemWords(disk.error()));
+    const std::int64_t place = confirmed.firstBlock * kBlockBytes;
+    for (std::int64_t done = 0; done < image.size(); done += kPiece) {
+        const std::vector<std::byte> wanted = image.read(done, kPiece);
+        const std::int64_t length = std::min(kPiece, image.size() - done);
+        const std::vector<std::byte> found = disk.read(place + done, length);
+        if (std::ssize(found) != length) {
+            const std::string why = errno != 0 ? systemWords(errno) : "it ends there";
+            return verificationFailed(confirmed, "the disk can't be read back: " + why);
+        }
         const auto [difference, end] = std::ranges::mismatch(found, wanted);
         if (difference == found.end() && end == wanted.end()) continue;
-        return verificationFailed(console, "the disk differs from the image at byte " +
-                                               std::to_string(done + (difference - found.begin())) + " of it");
+        return verificationFailed(confirmed, "the disk differs from the image at byte " +
+                                                 std::to_string(done + (difference - found.begin())) + " of it");
     }
-    console.out << "Verified: the " << image.size() << " bytes on the disk are those of the image." << std::endl;
-    return ExitCode::success;
+    return confirmed.endedWith(
+        ExitCode::success,
+        "Verified: the " + std::to_string(image.size()) + " bytes on the disk are those of the image.",
+        confirmed.remedy);
 }
 
 }  // namespace kestrav

@@ -1,16 +1,14 @@
 #pragma once
 
-#include <cstdint>
-
-#include "cli/CommandParts.h"
-#include "cli/ExitCode.h"
+#include "cli/UpdateResult.h"
 
 namespace kestrav {
 
+class DiskCalls;
 class OrdinaryFile;
 
-/// Reads the area of an image that was just sent back and compares it; says what came of it. `areaOffset` is the area's
-/// first byte on the disk.
-ExitCode verifyImage(const OrdinaryFile& image, std::int64_t areaOffset, const CommandParts& parts);
+/// A second look at an image of which the service says that it is on the disk: reads its place and compares it with the
+/// image. Only reads, and unmounts nothing. Who may not open the disk keeps the first result, with a word about that.
+UpdateResult verifyImage(const OrdinaryFile& image, const UpdateResult& confirmed, DiskCalls& disks);
 
 }  // namespace kestrav

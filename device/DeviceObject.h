@@ -21,4 +21,9 @@ struct DeviceObject {
     bool operator==(const DeviceObject&) const = default;
 };
 
+/// Whether the system has made a disk for the accessory that was found.
+inline bool hasDisk(const DeviceObject& device) {
+    return !device.bsdName.empty() && device.bsdName != "nil";
+}
+
 }  // namespace kestrav

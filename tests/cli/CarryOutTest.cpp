@@ -7,6 +7,7 @@
 
 #include "cli/ServiceAnswers.h"
 #include "cli/TransferMeter.h"
+#include "cli/WatchedRegistry.h"
 #include "cli/carryOut.h"
 #include "tests/command/LoopbackService.h"
 #include "tests/device/fakes/EngineOnFakes.h"
@@ -19,12 +20,18 @@ namespace fs = std::filesystem;
 
 constexpr std::size_t kFirmwareOffset = 1536 * 512;
 constexpr std::size_t kIconOffset = 2048 * 512;
-constexpr std::uintmax_t kPiece = 64 << 20;
+constexpr std::uintmax_t kPiece = 1 << 20;  // of the second look
 
 /// What the service says to an update: first of the unmounting, then of the write.
 LoopbackBehaviour answersInTurn(std::string ofUnmounting, std::string ofWrite) {
     const auto turn = std::make_shared<std::atomic<int>>(0);
     return [=](LoopbackConnection& connection) { answers((*turn)++ == 0 ? ofUnmounting : ofWrite)(connection); };
+}
+
+/// The same where all is well.
+LoopbackBehaviour confirms(std::uintmax_t bytes, int block = 1536) {
+    return answersInTurn("disk21 was not mounted.", "Wrote " + std::to_string(bytes) + " bytes to disk2 at block " +
+                                                        std::to_string(block) + ", verified, 9.9 MB/s.");
 }
 
 /// kestravctl without its process: an engine on fakes, a folder of its own, and both streams in memory.
@@ -57,7 +64,7 @@ class Commands : public testing::Test {
     }
 
     ExitCode carriedOut(const Invocation& invocation) {
-        return carryOut(invocation, {engine, meter, serviceAnswers, {out, err}});
+        return carryOut(invocation, {engine, registry, meter, serviceAnswers, {out, err}});
     }
 
     bool complained(std::string_view words) const { return err.str().find(words) != std::string::npos; }
@@ -67,8 +74,9 @@ class Commands : public testing::Test {
     ServiceAnswers serviceAnswers;
     CommandService commands{
         on.systemLog, {.port = service.port(), .connectSeconds = 5, .readSeconds = 5}, &serviceAnswers};
+    WatchedRegistry registry{on.registry};
     TransferMeter meter{on.disks};
-    KestravDevice engine{on.registry, on.volumes, meter, commands, on.console};
+    KestravDevice engine{registry, on.volumes, meter, commands, on.console};
     std::ostringstream out;
     std::ostringstream err;
 
@@ -77,13 +85,13 @@ class Commands : public testing::Test {
 };
 
 using Detect = Commands;
+using Update = Commands;
 using Verify = Commands;
 using Read = Commands;
 using Write = Commands;
 using Push = Commands;
 using Pull = Commands;
 using FullStandardOutput = Commands;
-using AnswerOfAStranger = Commands;
 
 TEST_F(Detect, EndsWithFiveWithoutARegistry) {
     on.registry.breakDown();
@@ -109,68 +117,130 @@ TEST_F(Detect, WritesANameIntoJsonAsData) {
                          "\n");
 }
 
+TEST_F(Update, SucceedsWhenTheServiceConfirmsIt) {
+    plugIn(2 << 20);
+    service.setBehaviour(confirms(8));
+    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, made("f", "firmware")}), ExitCode::success);
+    EXPECT_EQ(out.str(), "The image is on disk2: 8 bytes from block 1536 on, read back and equal.\n");
+    EXPECT_TRUE(on.disks.journal.empty()) << "without being asked to, it looks at the disk itself";
+}
+
+TEST_F(Update, AsksForTheIconAgainWhenItsAreaWasReached) {
+    plugIn(2 << 20);
+    service.setBehaviour(confirms(262145));
+    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, sparse("f", 262145)}), ExitCode::success);
+    EXPECT_TRUE(out.str().ends_with("It reaches into the icon area: send the icon again, too.\n")) << out.str();
+}
+
+TEST_F(Update, FailsWhenTheServiceRefusesIt) {
+    plugIn(2 << 20);
+    service.setBehaviour(answersInTurn("disk21 was not mounted.", "Refused: the disk disk2 is write-protected."));
+    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, made("f", "firmware"), true}), ExitCode::wentWrong);
+    EXPECT_EQ(err.str(), "kestravctl: Nothing was written: the disk disk2 is write-protected.\n");
+    EXPECT_TRUE(on.disks.journal.empty()) << "a second look changes nothing about a refusal";
+}
+
+TEST_F(Update, IsJudgedByTheWriteAndNotByTheUnmounting) {
+    plugIn(2 << 20);
+    service.setBehaviour(
+        answersInTurn("Refused: there is no /dev/disk2s1.", "Wrote 1 bytes to disk2 at block 77, verified, 9.9 MB/s."));
+    EXPECT_EQ(carriedOut(PushInvocation{77, made("f", "x")}), ExitCode::success);
+}
+
+TEST_F(Update, WithoutAServiceHandsNothingOver) {
+    plugIn(2 << 20);
+    CommandService nobody(on.systemLog, {.port = 1, .connectSeconds = 5, .readSeconds = 5}, &serviceAnswers);
+    KestravDevice device(registry, on.volumes, meter, nobody, on.console);
+    const CommandParts parts{device, registry, meter, serviceAnswers, {out, err}};
+    EXPECT_EQ(carryOut(UpdateInvocation{ImageKind::icon, made("i", "x"), true}, parts), ExitCode::failure);
+    EXPECT_EQ(err.str(), "kestravctl: The service is not running: systemctl start kestrav-commandd.socket\n");
+}
+
+TEST_F(Update, TellsAMissingRegistryFromAMissingAccessory) {
+    const UpdateInvocation update{ImageKind::firmware, made("f", "firmware")};
+    EXPECT_EQ(carriedOut(update), ExitCode::failure);
+    EXPECT_TRUE(complained("No accessory (USB 10d6:fd01) is attached. Plug it in and try again.\n"));
+    on.registry.breakDown();
+    EXPECT_EQ(carriedOut(update), ExitCode::registryUnreachable);
+    EXPECT_TRUE(complained("The device registry can't be reached. Is /sys mounted?\n"));
+}
+
+TEST_F(Update, SaysThatTheAccessoryHasNoDisk) {
+    on.plugIn(std::nullopt);
+    service.setBehaviour(answers("Refused: there is no /dev/rnil."));
+    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, made("f", "firmware")}), ExitCode::wentWrong);
+    EXPECT_TRUE(complained("The accessory has no disk yet"));
+}
+
+TEST_F(Update, OfAnEmptyImageHandsNothingOver) {
+    plugIn(2 << 20);
+    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, made("f", "")}), ExitCode::failure);
+    EXPECT_TRUE(complained("The image is empty"));
+    EXPECT_TRUE(service.requests().empty());
+}
+
 TEST_F(Verify, SucceedsWhenTheAreaHoldsTheImage) {
     plugIn(2 << 20, kFirmwareOffset, "firmware");
+    service.setBehaviour(confirms(8));
     EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, made("f", "firmware"), true}), ExitCode::success);
     EXPECT_EQ(out.str(), "Verified: the 8 bytes on the disk are those of the image.\n");
 }
 
+TEST_F(Verify, OnlyLooks) {
+    plugIn(2 << 20, kFirmwareOffset, "firmware");
+    on.volumes.mounted = {"/media/somebody's"};
+    service.setBehaviour(confirms(8));
+    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, made("f", "firmware"), true}), ExitCode::success);
+    EXPECT_EQ(on.disks.journal, (std::vector<std::string>{"open r /dev/rdisk2", "close"}));
+}
+
 TEST_F(Verify, LooksAtTheAreaOfTheImagesKind) {
     plugIn(2 << 20, kIconOffset, "an icon");
+    service.setBehaviour(confirms(7, 2048));
     EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::icon, made("i", "an icon"), true}), ExitCode::success);
-    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, made("f", "an icon"), true}),
-              ExitCode::verificationFailed);
+    service.setBehaviour(confirms(7));
+    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, made("f", "an icon"), true}), ExitCode::wentWrong);
 }
 
 TEST_F(Verify, NamesTheFirstByteThatDiffers) {
     plugIn(2 << 20, kFirmwareOffset, "firmware");
-    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, made("f", "firmWare"), true}),
-              ExitCode::verificationFailed);
+    service.setBehaviour(confirms(8));
+    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, made("f", "firmWare"), true}), ExitCode::wentWrong);
     EXPECT_TRUE(complained("differs from the image at byte 4 of it"));
+}
+
+TEST_F(Verify, LeavesItToTheServiceWhereTheDiskMayNotBeOpened) {
+    plugIn(2 << 20);
+    on.disks.openingIsDenied = true;
+    service.setBehaviour(confirms(8));
+    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, made("f", "firmware"), true}), ExitCode::success);
+    EXPECT_TRUE(out.str().ends_with("That is the service's own look: you may not open /dev/rdisk2 for a second one.\n"))
+        << out.str();
+    EXPECT_EQ(err.str(), "");
 }
 
 TEST_F(Verify, FailsWhenTheDiskCannotBeReadBack) {
     on.plugIn("disk2");
-    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, made("f", "firmware"), true}),
-              ExitCode::verificationFailed);
-    EXPECT_TRUE(complained("can't be read back"));
-}
-
-TEST_F(Verify, BelievesAServiceThatSaysThatTheWriteFailed) {
-    plugIn(2 << 20, kFirmwareOffset, "firmware");
-    const UpdateInvocation update{ImageKind::firmware, made("f", "firmware"), true};
-    service.setBehaviour(answersInTurn("disk2s1 was not mounted.", "Failed: the disk did not keep it."));
-    EXPECT_EQ(carriedOut(update), ExitCode::verificationFailed);
-    EXPECT_TRUE(complained("the service says that the write failed"));
-    // Only of the write: a failed unmounting is followed by the write's own answer.
-    service.setBehaviour(answersInTurn("Failed: disk2s1 is busy.", "Wrote 8 bytes."));
-    EXPECT_EQ(carriedOut(update), ExitCode::success);
-}
-
-TEST_F(AnswerOfAStranger, IsSaidToBeOne) {
-    on.plugIn("disk2");
-    EXPECT_EQ(carriedOut(DetectInvocation{}), ExitCode::success);
-    EXPECT_EQ(err.str(), "");
-    serviceAnswers.unanswered({Unanswered::Why::notAccepted, "The log says this."});
-    serviceAnswers.unanswered({Unanswered::Why::notTheService, "This is not the service's answer."});
-    EXPECT_EQ(carriedOut(DetectInvocation{}), ExitCode::success);
-    EXPECT_TRUE(complained("This is not the service's answer.\n"));
-    EXPECT_FALSE(complained("The log says this.")) << "said twice";
+    service.setBehaviour(confirms(8));
+    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, made("f", "firmware"), true}), ExitCode::wentWrong);
+    EXPECT_TRUE(complained("can't be read back: No such file or directory"));
 }
 
 TEST_F(Verify, ComparesPastTheFirstPiece) {
     plugIn(kFirmwareOffset + kPiece + 2, kFirmwareOffset + kPiece, "x");
-    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, sparse("f", kPiece + 1), true}),
-              ExitCode::verificationFailed);
-    EXPECT_TRUE(complained("at byte 67108864 of it"));
+    service.setBehaviour(confirms(kPiece + 1));
+    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, sparse("f", kPiece + 1), true}), ExitCode::wentWrong);
+    EXPECT_TRUE(complained("at byte 1048576 of it"));
 }
 
-TEST_F(Verify, TakesNoZerosOfTheEngineForBytesOfTheDisk) {
+TEST_F(Verify, ReadsOnAfterAShortReadAndEndsAtTheEnd) {
     plugIn(kFirmwareOffset + 4096);
-    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, sparse("f", 8192), true}), ExitCode::verificationFailed);
     on.disks.longestTransfer = 100;
-    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, sparse("f", 4096), true}), ExitCode::verificationFailed);
-    EXPECT_EQ(out.str(), "");
+    service.setBehaviour(confirms(4096));
+    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, sparse("f", 4096), true}), ExitCode::success);
+    service.setBehaviour(confirms(8192));
+    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, sparse("f", 8192), true}), ExitCode::wentWrong);
+    EXPECT_TRUE(complained("it ends there"));
 }
 
 TEST_F(Verify, IsNotTriedAfterAnUpdateThatFailed) {
@@ -220,6 +290,7 @@ TEST_F(Write, RefusesMoreThanOneWriteCanCarry) {
 TEST_F(Push, HandsOverTheAbsolutePathAndTheBlock) {
     plugIn(512);
     const std::string path = made("f", "x");
+    service.setBehaviour(confirms(1, 77));
     EXPECT_EQ(carriedOut(PushInvocation{77, path}), ExitCode::success);
     ASSERT_EQ(service.requests().size(), 2U);
     EXPECT_NE(service.requests()[1].find("if=" + path), std::string::npos);
@@ -235,8 +306,8 @@ class UnusableFile : public Commands, public testing::WithParamInterface<const c
 TEST_P(UnusableFile, IsRefusedByEveryCommandBeforeTheEngineSeesIt) {
     plugIn(512);
     const std::string file = GetParam();
-    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, file, false}), ExitCode::wrongCall);
-    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::icon, file, false}), ExitCode::wrongCall);
+    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, file}), ExitCode::wrongCall);
+    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::icon, file}), ExitCode::wrongCall);
     EXPECT_EQ(carriedOut(PushInvocation{0, file}), ExitCode::wrongCall);
     EXPECT_EQ(carriedOut(WriteInvocation{0, file}), ExitCode::wrongCall);
     EXPECT_TRUE(service.requests().empty());
@@ -249,7 +320,7 @@ INSTANTIATE_TEST_SUITE_P(Files, UnusableFile, testing::Values("/none", "/", "/de
 TEST_F(Commands, RefuseAnImageThatCannotBeRead) {
     // An ordinary file by its kind that can only be written to.
     const char* const writeOnly = "/sys/bus/platform/drivers_probe";
-    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, writeOnly, false}), ExitCode::wrongCall);
+    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, writeOnly}), ExitCode::wrongCall);
     EXPECT_TRUE(complained("can't be read"));
 }
 
@@ -261,9 +332,20 @@ TEST_F(Commands, ListDrivesWhoseNamesAreNotUtf8) {
 
 TEST_F(Pull, AsksForTheBlocks) {
     plugIn(512);
+    service.setBehaviour(answers(std::string(1024, 'x')));
     EXPECT_EQ(carriedOut(PullInvocation{1536, 2}), ExitCode::success);
+    EXPECT_EQ(out.str() + err.str(), "");
     ASSERT_EQ(service.requests().size(), 1U);
     EXPECT_NE(service.requests()[0].find(R"("skip=1536","count=2")"), std::string::npos);
+}
+
+TEST_F(Pull, FailsWhenTheBlocksDoNotCome) {
+    plugIn(512);
+    service.setBehaviour(answers("Refused: a reply has room for 19 blocks, not for 20."));
+    EXPECT_EQ(carriedOut(PullInvocation{0, 20}), ExitCode::wentWrong);
+    EXPECT_TRUE(complained("Nothing was read: a reply has room for 19 blocks, not for 20.\n"));
+    service.setBehaviour(answers(std::string(511, 'x')));
+    EXPECT_EQ(carriedOut(PullInvocation{0, 1}), ExitCode::nobodyKnows);
 }
 
 TEST_F(Pull, FailsWithoutAnAccessory) {

@@ -30,39 +30,25 @@ TEST_F(TheServicesAnswers, AreKeptWithTheirQuestions) {
     EXPECT_EQ(std::get<Unanswered>(answers_.exchanges()[1].end).why, Unanswered::Why::noReplyInTime);
 }
 
-TEST_F(TheServicesAnswers, AreNoFailureBeforeTheFirst) {
-    EXPECT_FALSE(answers_.saidLastThatItFailed());
-    asksToWrite();
-    EXPECT_FALSE(answers_.saidLastThatItFailed());
-}
-
-TEST_F(TheServicesAnswers, AreAFailureWhenTheLastIsOne) {
+TEST_F(TheServicesAnswers, HaveNoLastOneBeforeTheFirst) {
+    EXPECT_EQ(answers_.last(), nullptr);
     asksToUnmount();
+    EXPECT_EQ(answers_.last(), nullptr);
     answers_.answered("sdzz1 was not mounted.");
     asksToWrite();
-    answers_.answered("Failed: writing.");
-    EXPECT_TRUE(answers_.saidLastThatItFailed());
-    asksToWrite();
-    answers_.answered("Refused: no.");
-    EXPECT_FALSE(answers_.saidLastThatItFailed());
+    answers_.answered("\xff");
+    ASSERT_NE(answers_.last(), nullptr);
+    EXPECT_EQ(answers_.last()->question.kind, AnswerTo::Kind::write);
 }
 
-TEST_F(TheServicesAnswers, StayAFailureWhileNothingElseIsHeard) {
-    asksToUnmount();
-    answers_.answered("Failed: busy.");
-    asksToWrite();
-    answers_.unanswered({Unanswered::Why::noReplyInTime, ""});
+TEST_F(TheServicesAnswers, AreKeptAsTheyCame) {
     asksToWrite();
     answers_.answered("\xff");
-    EXPECT_TRUE(answers_.saidLastThatItFailed());
-}
-
-TEST_F(TheServicesAnswers, AreNoFailureAnyMoreWhenTheServiceCannotBeReached) {
-    asksToUnmount();
-    answers_.answered("Failed: busy.");
-    asksToWrite();
-    answers_.unanswered({Unanswered::Why::notAccepted, "There is nobody."});
-    EXPECT_FALSE(answers_.saidLastThatItFailed());
+    const auto& binary = std::get<ServiceAnswers::Given>(answers_.last()->end);
+    EXPECT_EQ(binary.bytes, "\xff");
+    EXPECT_FALSE(binary.isText());
+    answers_.answered("text");
+    EXPECT_TRUE(std::get<ServiceAnswers::Given>(answers_.last()->end).isText());
 }
 
 }  // namespace

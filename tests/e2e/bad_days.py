@@ -131,6 +131,7 @@ class BadComputer:
         told = update.wait()
         self.assert_handed_over(told, path, 512000)
         self.assertEqual(told.answer, f"{accessory.disk}1 was not mounted.")
+        self.assert_status(told, 6)
         self.wait_for_log("Main process exited, code=killed", "systemd")
         accessory.slot.expect(FIRMWARE, content(512000, 2))
         told = self.update("firmware", self.image(512000, 2))

@@ -13,14 +13,14 @@ def loaded(path, size):
 
 
 class Told:
-    """What the person is told of one update: `lines` are the front end's own, `answer` is the service's last one,
-    `status` the exit status, which a window that stays open has none of."""
+    """What the person is told of one update: `lines` are the front end's own, `answer` is the service's last one, `end`
+    the line that says what it means and `status` the exit status, neither of which a window has."""
 
-    def __init__(self, lines, answer, status=None, verification=""):
-        self.lines, self.answer, self.status, self.verification = lines, answer, status, verification
+    def __init__(self, lines, answer, status=None, end=""):
+        self.lines, self.answer, self.status, self.end = lines, answer, status, end
 
     def __str__(self):
-        return "\n".join([*self.lines, f"answer: {self.answer}", self.verification, f"exit status: {self.status}"])
+        return "\n".join([*self.lines, f"answer: {self.answer}", self.end, f"exit status: {self.status}"])
 
 
 class CommandUpdate:
@@ -34,11 +34,10 @@ class CommandUpdate:
         result = self.job.wait(seconds)
         lines = result.out.replace("\r", "").split("\n")[:-1]
         if HANDED_OVER[-1] in lines:
-            lines = lines[:lines.index(HANDED_OVER[-1]) + 1]  # then comes what is said of reading the image back
+            lines = lines[:lines.index(HANDED_OVER[-1]) + 1]  # then comes the end, if it is a good one
         said = [line.removeprefix("kestravctl: ") for line in result.err.splitlines()]
-        answers = [line for line in said if not line.startswith("Verification failed: ")]
-        verification = [line for line in [*said, *result.out.splitlines()] if line.startswith("Verif")]
-        return Told(lines, "".join(answers[-1:]), result.status, "".join(verification))
+        end = said.pop() if result.status != 0 and said else result.out.replace("\r", "").split("\n")[-2]
+        return Told(lines, "".join(said[-1:]), result.status, end)
 
 
 class WindowUpdate:
@@ -75,7 +74,8 @@ class FrontEndCase(GuestCase):
 
     def assert_not_verified(self, told):
         self.assertNotIn("verified", told.answer)
-        self.assert_verification(told, False, "Verification failed: ")
+        refused = told.answer.startswith("Refused: ")
+        self.assert_verification(told, False, "Nothing was written: " if refused else "The update failed: ")
 
 
 class KestravctlCase(FrontEndCase):
@@ -94,7 +94,7 @@ class KestravctlCase(FrontEndCase):
         self.assertEqual(told.status, status, str(told))
 
     def assert_verification(self, told, succeeds, sentence):
-        self.assertIn(sentence, told.verification)
+        self.assertIn(sentence, told.end)
         self.assert_status(told, 0 if succeeds else 4)
 
 

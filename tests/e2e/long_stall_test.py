@@ -16,7 +16,7 @@ class LongStall(KestravctlCase):
         told = self.start("firmware", path, verify=False).wait(seconds=2 * REPLY_SECONDS)
         self.assert_handed_over(told, path, 5000)
         self.assertEqual(told.answer, f"{accessory.disk}1 was not mounted.")
-        self.assert_status(told, 0)
+        self.assert_status(told, 6)
         self.root.run("dmsetup", "resume", accessory.name)
         self.wait_for_log(wrote(5000, accessory.disk), "kestrav-commandd")
         self.assert_disk(accessory)

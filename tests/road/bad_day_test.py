@@ -5,7 +5,7 @@ import signal
 import subprocess
 import time
 
-from road import FINISH, FIRMWARE, MIB, PRELUDE, PROGRAMS, AnsweringService, RoadTest, content, loaded
+from road import FINISH, FIRMWARE, MIB, PRELUDE, PROGRAMS, AnsweringService, RoadTest, content, loaded, on_disk
 
 
 class BadDay(RoadTest):
@@ -13,30 +13,39 @@ class BadDay(RoadTest):
         """The lines of an update that was handed over, whatever became of it."""
         return [loaded(path, size), *PRELUDE, *FINISH]
 
+    def written(self, path, size):
+        return [*self.finished(path, size), on_disk(size, FIRMWARE)]
+
+    def assert_ends(self, result, sentence):
+        """The last line of all: it says what became of the update, and what to do next."""
+        self.assertEqual(result.stderr.decode().splitlines()[-1], f"kestravctl: {sentence}")
+
     def test_no_service(self):
         before = self.digest()
         path = self.image(1000)
         result = self.kestravctl("firmware", path)
-        self.assert_said(result, self.finished(path, 1000))
+        self.assert_said(result, self.finished(path, 1000), 1)
         self.assert_reported(result, "SocketError.unknownError")
+        self.assert_ends(result, "The service is not running: systemctl start kestrav-commandd.socket")
         self.assertEqual(self.digest(), before)
 
-    def test_no_service_is_seen_by_verification(self):
+    def test_no_service_leaves_nothing_to_verify(self):
         result = self.kestravctl("firmware", "--verify", self.image(1000))
-        self.assertEqual(result.returncode, 4)
-        self.assert_reported(result, "Verification failed: the disk differs from the image at byte 0")
+        self.assertEqual(result.returncode, 1)
+        self.assert_ends(result, "The service is not running: systemctl start kestrav-commandd.socket")
 
     def test_no_accessory(self):
         self.start_service()
         path = self.image(1000)
         result = self.kestravctl("firmware", path, plugged=False)
         self.assert_said(result, [loaded(path, 1000), *PRELUDE, "Device not ready yet!", "Failed writing to device."], 1)
+        self.assert_ends(result, "No accessory (USB 10d6:fd01) is attached. Plug it in and try again.")
 
     def test_an_accessory_without_a_disk(self):
         self.start_service("accessory-without-disk")
         path = self.image(1000)
         result = self.kestravctl("firmware", path, device="accessory-without-disk")
-        self.assert_said(result, self.finished(path, 1000))
+        self.assert_said(result, self.finished(path, 1000), 4)
         self.assert_reported(result, "/dev/rnil")
 
     def test_the_accessory_is_gone_when_the_service_looks(self):
@@ -44,7 +53,7 @@ class BadDay(RoadTest):
         before = self.digest()
         path = self.image(1000)
         result = self.kestravctl("firmware", path)
-        self.assert_said(result, self.finished(path, 1000))
+        self.assert_said(result, self.finished(path, 1000), 4)
         self.assert_reported(result, "/dev/rsdzz")
         self.assertEqual(self.digest(), before)
 
@@ -53,7 +62,7 @@ class BadDay(RoadTest):
         before = self.digest()
         path = self.image(16 * MIB - FIRMWARE * 512 + 1)
         result = self.kestravctl("firmware", path)
-        self.assert_said(result, self.finished(path, path.stat().st_size))
+        self.assert_said(result, self.finished(path, path.stat().st_size), 4)
         self.assert_reported(result, "Refused")
         self.assertEqual(self.digest(), before)
 
@@ -90,7 +99,7 @@ class BadDay(RoadTest):
         subprocess.run(["mount", "--bind", path, path], check=True)
         subprocess.run(["mount", "-o", "remount,bind,ro", path], check=True)
         self.addCleanup(subprocess.run, ["umount", path], check=True)
-        self.assert_said(self.kestravctl("firmware", path), self.finished(path, 1000))
+        self.assert_said(self.kestravctl("firmware", path), self.written(path, 1000))
         self.assertEqual(self.disk_bytes(FIRMWARE, 1000), content(1000))
 
     def test_standard_input_as_image(self):
@@ -115,19 +124,40 @@ class BadDay(RoadTest):
 
     def test_a_reply_that_is_no_text_is_dropped(self):
         with AnsweringService(lambda peer: peer.send(b"\xff\xfe binary")):
-            self.assertEqual(self.kestravctl("pull", 0, 1).stderr, b"")
+            result = self.kestravctl("pull", 0, 1)
+        self.assertEqual(result.stderr.decode().splitlines(), [
+            "kestravctl: Only a part of the service's answer came, so nothing was read. Try again."])
+        self.assertEqual(result.returncode, 6)
 
     def test_a_service_that_closes_at_once(self):
         path = self.image(10)
         with AnsweringService(lambda peer: None):
             result = self.kestravctl("firmware", path)
-        self.assert_said(result, self.finished(path, 10))
-        self.assertEqual(result.stderr, b"")
+        self.assert_said(result, self.finished(path, 10), 6)
+        self.assertEqual(result.stderr.decode().splitlines(), [
+            "kestravctl: The service has gone without an answer, so nobody knows what the accessory holds. "
+            "Send the image again."])
+
+    def test_a_web_server_on_the_services_port(self):
+        path = self.image(10)
+        with AnsweringService(lambda peer: peer.send(b"HTTP/1.1 400 Bad Request\r\nConnection: close\r\n\r\n")):
+            result = self.kestravctl("firmware", "--verify", path)
+        self.assert_said(result, self.finished(path, 10), 6)
+        self.assert_ends(result, "What answers on port 9090 is not kestrav-commandd: Prometheus and Cockpit use that "
+                                 "port, too. 'ss -tlnpe sport = :9090' names the program.")
 
     def test_a_service_that_claims_success_is_found_out_by_verification(self):
-        with AnsweringService(lambda peer: peer.send(b"Wrote 10 bytes, verified.")):
+        claim = b"Wrote 10 bytes to sdzz at block 1536, verified, 1.0 MB/s."
+        with AnsweringService(lambda peer: peer.send(claim)):
             result = self.kestravctl("firmware", "--verify", self.image(10))
         self.assertEqual(result.returncode, 4)
+        self.assert_ends(result, "Verification failed: the disk differs from the image at byte 0 of it. Unplug the "
+                                 "accessory, plug it in again and send the image once more.")
+
+    def test_half_an_answer_is_none(self):
+        with AnsweringService(lambda peer: peer.send(b"Wrote 10 bytes, verified.")):
+            result = self.kestravctl("firmware", "--verify", self.image(10))
+        self.assertEqual(result.returncode, 6)
 
     def test_a_service_killed_in_mid_write_harms_no_later_update(self):
         with open(self.disk, "r+b") as disk:
@@ -145,7 +175,7 @@ class BadDay(RoadTest):
         sender.communicate(timeout=90)
         self.start_service()
         path = self.image(5000)
-        self.assert_said(self.kestravctl("firmware", path), self.finished(path, 5000))
+        self.assert_said(self.kestravctl("firmware", path), self.written(path, 5000))
         self.assertEqual(self.disk_bytes(FIRMWARE, 5000), content(5000))
 
     def processes_named(self, name):

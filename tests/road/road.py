@@ -30,6 +30,10 @@ def loaded(path, size):
     return f"Loaded icon file: {path} with {size} bytes."
 
 
+def on_disk(size, first_block, disk="sdzz"):
+    return f"The image is on {disk}: {size} bytes from block {first_block} on, read back and equal."
+
+
 def content(size, seed=1):
     return random.Random(seed).randbytes(size)
 

@@ -1,11 +1,11 @@
 """Updates that succeed, and what the disk holds afterwards."""
 
-from road import BLOCK, FINISH, FIRMWARE, ICON, MIB, PRELUDE, RoadTest, content, loaded
+from road import BLOCK, FINISH, FIRMWARE, ICON, MIB, PRELUDE, RoadTest, content, loaded, on_disk
 
 
 class Update(RoadTest):
-    def lines(self, path, size):
-        return [loaded(path, size), *PRELUDE, *FINISH]
+    def lines(self, path, size, block=FIRMWARE):
+        return [loaded(path, size), *PRELUDE, *FINISH, on_disk(size, block)]
 
     def test_firmware_lands_at_block_1536(self):
         self.start_service()
@@ -20,7 +20,7 @@ class Update(RoadTest):
         before = self.disk.read_bytes()
         path = self.image(40001, "a picture = ünïcode.fif")
         result = self.kestravctl("icon", path)
-        self.assert_said(result, self.lines(path, 40001))
+        self.assert_said(result, self.lines(path, 40001, ICON))
         self.assert_only_changed(before, ICON, content(40001))
 
     def test_both_images_stand_side_by_side(self):
@@ -51,6 +51,7 @@ class Update(RoadTest):
         before = self.disk.read_bytes()
         path = self.image(262145)
         result = self.kestravctl("firmware", path)
+        self.assertEqual(result.returncode, 0)
         self.assert_only_changed(before, FIRMWARE, content(262145))
         self.assert_reported(result, "icon area")
 
@@ -71,7 +72,7 @@ class Update(RoadTest):
         self.start_service()
         before = self.disk.read_bytes()
         result = self.kestravctl("push", "5000", self.image(777))
-        self.assert_said(result, [""])
+        self.assert_said(result, ["", on_disk(777, 5000)])
         self.assert_only_changed(before, 5000, content(777))
 
     def test_pull_puts_readable_blocks_into_the_system_log(self):

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cerrno>
 #include <map>
 #include <string>
 #include <vector>
@@ -16,12 +17,14 @@ class FakeDisks final : public DiskCalls {
     std::vector<std::string> journal;        ///< what was done: "unmount /media/x", "open r /dev/x", "close"
     std::map<int, std::string> openNodes;    ///< the descriptors that were not closed yet
     int firstDescriptor = 3;                 ///< what an open gives
+    bool openingIsDenied = false;            ///< to this user
     bool transfersFail = false;              ///< every transfer gives -1
     std::int64_t longestTransfer = 1 << 30;  ///< a transfer moves no more than that
 
     int open(const std::string& path, DiskAccess access) override {
         journal.push_back(std::string("open ") + (access == DiskAccess::readOnly ? "r " : "rw ") + path);
-        if (!disks.contains(path)) return -1;
+        errno = openingIsDenied ? EACCES : ENOENT;
+        if (openingIsDenied || !disks.contains(path)) return -1;
         if (firstDescriptor >= 0) openNodes[firstDescriptor] = path;
         return firstDescriptor;
     }
