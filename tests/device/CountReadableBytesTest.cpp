@@ -7,7 +7,7 @@
 
 #include "device/countReadableBytes.h"
 #include "tests/TemporaryFolder.h"
-#include "tests/device/memoryIsOurs.h"
+#include "tests/sanitizers.h"
 
 namespace kestrav {
 namespace {

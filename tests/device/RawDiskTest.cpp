@@ -4,7 +4,7 @@
 
 #include "tests/device/fakes/EngineOnFakes.h"
 #include "tests/device/fakes/bytes.h"
-#include "tests/device/memoryIsOurs.h"
+#include "tests/sanitizers.h"
 
 namespace kestrav {
 namespace {

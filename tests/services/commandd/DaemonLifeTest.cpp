@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "tests/TemporaryFolder.h"
+#include "tests/sanitizers.h"
 #include "tests/services/CommandDaemon.h"
 #include "tests/services/SimulatedAccessory.h"
 #include "tests/signalOne.h"
@@ -158,6 +159,7 @@ TEST_F(DaemonInMidWrite, AnswersForAProcessThatDied) {
 }
 
 TEST(DaemonWithoutDescriptors, WaitsInsteadOfSpinning) {
+    if (!kDescriptorsAreOurs) GTEST_SKIP() << "the checks for undefined behaviour need descriptors themselves";
     CommandDaemon daemon({.handed = std::nullopt, .descriptors = 12, .uid = std::nullopt});
     std::vector<std::unique_ptr<Client>> peers;
     for (int i = 0; i < 20; ++i)
@@ -176,7 +178,7 @@ TEST(DaemonWithoutDescriptors, WaitsInsteadOfSpinning) {
     std::this_thread::sleep_for(1s);
     EXPECT_LT(ticks() - before, ::sysconf(_SC_CLK_TCK) / 5);
     peers.clear();
-    EXPECT_TRUE(daemon.runs());
+    EXPECT_TRUE(daemon.runs()) << daemon.log();
     std::string reply;
     for (int i = 0; i < 100 && reply.empty(); ++i)
         reply = ask(daemon.port(), "rm", {});

@@ -11,6 +11,7 @@
 #include <thread>
 #include <vector>
 
+#include "tests/sanitizers.h"
 #include "tests/services/helper/FloodingCaller.h"
 #include "tests/services/helper/RunningHelper.h"
 #include "tests/signalOne.h"
@@ -53,10 +54,9 @@ class HelperInAFlood : public HelperOnALargeDisk {
 
     /// The unit's limit. A sanitizer needs address space for itself.
     void limitMemory() const {
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+        if (!kMemoryIsOurs) return;
         const rlimit limit{512 * kMebibyte, 512 * kMebibyte};
         ASSERT_EQ(::prlimit(helper_.pid(), RLIMIT_AS, &limit, nullptr), 0);
-#endif
     }
 };
 
