@@ -20,10 +20,13 @@ namespace kestrav {
 namespace {
 
 using namespace std::chrono_literals;
-using testing::HasSubstr;
+using testing::ContainsRegex;
 using testing::StartsWith;
 
 constexpr std::size_t kMebibyte = std::size_t{1} << 20U;
+
+// The sanitizers read each byte many times more slowly.
+constexpr std::size_t kCallBytes = (kMemoryIsOurs ? 30 : 3) * kMebibyte;
 
 long kilobytes(pid_t process, const std::string& field) {
     std::ifstream status("/proc/" + std::to_string(process) + "/status");
@@ -34,10 +37,10 @@ long kilobytes(pid_t process, const std::string& field) {
     return -1;
 }
 
-/// Two calls of 30 MiB over each of twelve connections at once, as that user.
+/// Two long calls over each of twelve connections at once, as that user.
 UserProcess floodOf(uid_t uid) {
     return UserProcess(uid, [] {
-        const std::string call = FloodingCaller::callWithEmptyArguments(30 * kMebibyte / 8);
+        const std::string call = FloodingCaller::callWithEmptyArguments(kCallBytes / 8);
         std::list<FloodingCaller> callers(12);
         std::vector<std::thread> senders;
         for (const FloodingCaller& caller : callers)
@@ -82,9 +85,13 @@ TEST_F(HelperInAFlood, EndsTheWriteThatRunsAndAnswersOthers) {
     signalOne(job, SIGCONT);
     EXPECT_THAT(root.result(), StartsWith("Wrote 62914560 bytes to sdzz at block 1536, verified"));
     EXPECT_TRUE(helper_.runs());
-    EXPECT_LT(kilobytes(helper_.pid(), "VmHWM:") - before, 128 * 1024) << "holds more than a message at a time";
-    EXPECT_THAT(log(), HasSubstr("user 4711: dd")) << "nothing of the flood arrived";
-    EXPECT_THAT(log(), HasSubstr("Refused: the request is longer than 64 KiB."));
+    // What is freed the sanitizers keep for a while.
+    if (kMemoryIsOurs) {
+        EXPECT_LT(kilobytes(helper_.pid(), "VmHWM:") - before, 128 * 1024) << "holds more than a message at a time";
+    }
+    // Which of the two, and whether the sender was still there to be named, is up to the bus and the machine.
+    EXPECT_THAT(log(), ContainsRegex(": dd +: Refused: the (request is longer than 64 KiB\\.|helper is busy;)"))
+        << "nothing of the flood arrived";
 }
 
 TEST_F(Helper, RefusesManyArguments) {
