@@ -4,19 +4,30 @@
 #include "json/tree/scanText.h"
 
 namespace kestrav {
-void TextOutput::empty() {
-    text_.append(buffer_.data(), at_);
-    at_ = buffer_.data();
+
+void TextOutput::makeRoom(std::size_t size) {
+    pieces_.emplace_back(begin_, static_cast<std::size_t>(at_ - begin_));
+    rooms_.push_back(std::make_unique_for_overwrite<char[]>(size));
+    begin_ = at_ = rooms_.back().get();
+    end_ = begin_ + size;
 }
 
 void TextOutput::putLarge(std::string_view text) {
-    empty();
-    text_.append(text);
+    makeRoom(std::max(text.size(), kMostRoom));
+    std::memcpy(at_, text.data(), text.size());
+    at_ += text.size();
 }
 
 std::string TextOutput::take() {
-    empty();
-    return std::move(text_);
+    pieces_.emplace_back(begin_, static_cast<std::size_t>(at_ - begin_));
+    std::size_t size = 0;
+    for (const std::string_view piece : pieces_)
+        size += piece.size();
+    std::string text;
+    text.reserve(size);
+    for (const std::string_view piece : pieces_)
+        text.append(piece);
+    return text;
 }
 
 bool TextOutput::putLongText(std::string_view text) {

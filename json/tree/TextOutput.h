@@ -1,31 +1,37 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "json/tree/hasMarks.h"
 #include "json/tree/numberText.h"
 
 namespace kestrav {
 
-/// Where the writer puts its text: a buffer small enough to stay in the processor's nearest memory, which is emptied
-/// into the string when it is full. The string grows as it needs to, which costs less than walking the tree in advance
-/// to guess how long it will be. Kept open
-/// for the compiler to draw into the writer's loop.
+/// Where the writer puts its text: pieces of memory, the first of them in place, which become one string at the end. So
+/// each byte is copied once, and nobody has to walk the tree in advance to guess how many there will be. Kept open for
+/// the compiler to draw into the writer's loop.
 class TextOutput {
   public:
+    TextOutput() = default;
+    TextOutput(const TextOutput&) = delete;
+    TextOutput& operator=(const TextOutput&) = delete;
+
     void put(char c) {
         *room(1) = c;
         ++at_;
     }
     void put(std::string_view text) {
-        if (text.size() > kBuffer) return putLarge(text);
+        if (text.size() > kFewestRoom) return putLarge(text);
         std::memcpy(room(text.size()), text.data(), text.size());
         at_ += text.size();
     }
@@ -69,14 +75,15 @@ class TextOutput {
     std::string take();
 
   private:
-    static constexpr std::size_t kBuffer = std::size_t{4} << 10U;
+    static constexpr std::size_t kFewestRoom = std::size_t{4} << 10U;
+    static constexpr std::size_t kMostRoom = std::size_t{64} << 10U;
 
-    /// At least `size` free bytes, of which those that are used have still to be counted. No more than the buffer.
+    /// At least `size` free bytes, of which those that are used have still to be counted. No more than the first room.
     char* room(std::size_t size) {
-        if (static_cast<std::size_t>(buffer_.data() + kBuffer - at_) < size) empty();
+        if (static_cast<std::size_t>(end_ - at_) < size) makeRoom(nextRoom_ = std::min(kMostRoom, 2 * nextRoom_));
         return at_;
     }
-    void empty();
+    void makeRoom(std::size_t size);
     void putLarge(std::string_view text);
     /// A short text that can be copied unseen, as it lies in its two words, all of it at once.
     void putPlain(TreeWords words) {
@@ -91,9 +98,13 @@ class TextOutput {
     void putEscaped(char c);
     bool putRareLeaf(const Tree& leaf);
 
-    std::array<char, kBuffer> buffer_;  // not cleared: what lies behind at_ is never read
-    char* at_ = buffer_.data();
-    std::string text_;
+    std::array<char, kFewestRoom> first_;  // not cleared: what lies behind at_ is never read
+    char* begin_ = first_.data();          // of the piece that is being filled
+    char* at_ = begin_;
+    char* end_ = begin_ + first_.size();
+    std::size_t nextRoom_ = kFewestRoom;
+    std::vector<std::unique_ptr<char[]>> rooms_;
+    std::vector<std::string_view> pieces_;  // those that are full
 };
 
 }  // namespace kestrav

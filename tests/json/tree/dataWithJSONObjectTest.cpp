@@ -130,7 +130,10 @@ TEST(Writer, WritesLongDocuments) {
     Tree list = Tree::list();
     for (int at = 0; at < 300'000; ++at)
         list.append(Tree("number " + std::to_string(at)));
-    list.append(Tree(std::string(3'000'000, 'z')));
+    for (int at = 0; at < 3; ++at) {
+        list.append(Tree(std::string(3'000'000, 'z')));
+        list.append(Tree("behind it"));
+    }
     const auto result = readJSON(dataWithJSONObject(list));
     ASSERT_TRUE(std::holds_alternative<Tree>(result));
     EXPECT_TRUE(std::get<Tree>(result) == list);
