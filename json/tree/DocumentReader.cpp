@@ -84,6 +84,7 @@ const char* DocumentReader::readList(const char* at) {
         if (isOpen) at = next(at + 1);
         if (at == nullptr) return nullptr;
     }
+    if (values_.size() - first > TreeListNode::kMaxElements) return failure_.note("array too large", at);
     room();
     values_.pop_back();
     replaceFrom(first, TreeNodes::list(from(first), &arena_));

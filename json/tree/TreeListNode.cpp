@@ -1,7 +1,6 @@
 #include "json/tree/TreeListNode.h"
 
 #include <algorithm>
-#include <limits>
 #include <new>
 
 #include "base/stopProcess.h"
@@ -44,11 +43,11 @@ std::size_t grownCapacity(std::size_t size, std::size_t more) noexcept {
 }
 
 TreeListNode* TreeListNode::make(std::size_t capacity, NodeArena* arena) {
-    require(capacity <= std::numeric_limits<std::size_t>::max() / sizeof(Tree) / 2);
+    require(capacity <= kMaxElements);
     const std::size_t bytes = sizeof(TreeListNode) + capacity * sizeof(Tree);
     const NodeArena::Place place = arena == nullptr ? NodeArena::Place{::operator new(bytes), 0} : arena->take(bytes);
     auto* node = new (place.at) TreeListNode(place.steps);
-    node->capacity = capacity;
+    node->capacity = static_cast<std::uint32_t>(capacity);
     return node;
 }
 

@@ -76,7 +76,7 @@ TreeMapNode* TreeMapNode::make(std::size_t capacity, NodeArena* arena) {
     const std::size_t bytes = sizeof(TreeMapNode) + capacity * 2 * sizeof(Tree) + slots * sizeof(std::uint32_t);
     const NodeArena::Place place = arena == nullptr ? NodeArena::Place{::operator new(bytes), 0} : arena->take(bytes);
     auto* node = new (place.at) TreeMapNode(place.steps);
-    node->capacity = capacity;
+    node->capacity = static_cast<std::uint32_t>(capacity);
     for (std::size_t slot = 0; slot < slots; ++slot)
         new (node->index() + slot) std::uint32_t{0};
     return node;
@@ -146,7 +146,7 @@ bool TreeMapNode::addUnlessKnown(std::span<const TreeWords> keysAndValues) noexc
     Tree* place = parts();
     for (const TreeWords& words : keysAndValues)
         TreeNodes::adoptAt(place++, words);
-    size = keysAndValues.size() / 2;
+    size = static_cast<std::uint32_t>(keysAndValues.size() / 2);
     return true;
 }
 

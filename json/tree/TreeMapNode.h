@@ -48,7 +48,7 @@ struct TreeMapNode : TreeContainerNode {
   private:
     Tree* findAmongMany(const TreeKey& wanted) noexcept;
     /// Slots that each hold a member's position plus one, or 0.
-    std::uint32_t* index() noexcept { return reinterpret_cast<std::uint32_t*>(parts() + 2 * capacity); }
+    std::uint32_t* index() noexcept { return reinterpret_cast<std::uint32_t*>(parts() + std::size_t{2} * capacity); }
     void enter(std::size_t position) noexcept;
     void leave(std::size_t position) noexcept;
     bool addUnlessKnown(std::span<const TreeWords> keysAndValues) noexcept;

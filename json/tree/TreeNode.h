@@ -51,6 +51,15 @@ class TreeNode {
         word_.store(lent ? word | kLent : word & ~kLent, std::memory_order_relaxed);
     }
 
+    /// Of a node that was let go: half a word in place of the count.
+    void setLeftOver(std::uint32_t value) noexcept {
+        const std::uint64_t steps = word_.load(std::memory_order_relaxed) >> kBlockShift;
+        word_.store(steps << kBlockShift | value, std::memory_order_relaxed);
+    }
+    std::uint32_t leftOver() const noexcept {
+        return static_cast<std::uint32_t>(word_.load(std::memory_order_relaxed));
+    }
+
     /// The block that the node lies in; a null pointer when its memory is its own.
     NodeBlock* block() noexcept {
         const std::uint64_t steps = word_.load(std::memory_order_relaxed) >> kBlockShift;

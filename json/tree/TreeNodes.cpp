@@ -22,7 +22,7 @@ TreeWords TreeNodes::list(std::span<const TreeWords> elements, NodeArena* arena)
     Tree* place = node->elements();
     for (const TreeWords& words : elements)
         adoptAt(place++, words);
-    node->size = elements.size();
+    node->size = static_cast<std::uint32_t>(elements.size());
     return wordsOf(Form::list, node);
 }
 

@@ -10,8 +10,8 @@
 namespace kestrav {
 namespace {
 
-/// The containers that wait for their release, linked through the words that hold their capacity, which nobody needs
-/// any more. The lowest bit of a link says that it leads to a map.
+/// The containers that wait for their release, linked through what nobody needs any more of them: see
+/// TreeContainerNode::setNext(). The lowest bit of a link says that it leads to a map.
 class ReleaseQueue {
   public:
     ReleaseQueue() noexcept = default;
@@ -50,14 +50,14 @@ class ReleaseQueue {
 
   private:
     void push(TreeContainerNode* node, bool isMap) noexcept {
-        node->capacity = head_;
+        node->setNext(head_);
         // Not by std::bit_cast: the static analyzer of clang 14 crashes on reckoning with its result.
         head_ = reinterpret_cast<std::uintptr_t>(node) | (isMap ? 1U : 0U);
     }
     void releaseOne() noexcept {
         auto* node = std::bit_cast<TreeContainerNode*>(head_ & ~std::uintptr_t{1});
-        const std::size_t parts = (head_ & 1U) != 0 ? 2 * node->size : node->size;
-        head_ = node->capacity;
+        const std::size_t parts = std::size_t{node->size} << (head_ & 1U);
+        head_ = node->next();
         const Tree* const end = reinterpret_cast<Tree*>(node + 1) + parts;
         for (const Tree& part : std::span(reinterpret_cast<Tree*>(node + 1), parts)) {
             if (end - &part > static_cast<std::ptrdiff_t>(TreeNodes::kEarly)) {
