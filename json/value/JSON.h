@@ -81,11 +81,15 @@ class JSON {
     static JSON parse(std::string_view document, JSONError* error = nullptr);
 
     /// Copies share what lies below, and are independent all the same.
-    JSON(const JSON&) = default;
+    JSON(const JSON& other) : object_(other.object_) {
+        if (!other.isBorrowed()) past_ = other.past_;
+    }
     JSON(JSON&&) noexcept = default;
-    ~JSON() = default;
+    ~JSON() {
+        if (isBorrowed()) static_cast<void>(TreeNodes::give(std::move(object_)));
+    }
     /// Only a value that lasts can be assigned to: json["a"] = 5 would change a copy, and does not compile.
-    JSON& operator=(const JSON&) & = default;
+    JSON& operator=(const JSON& other) & { return *this = JSON(other); }
     /// The same for a value that is moved.
     JSON& operator=(JSON&&) & noexcept = default;
 
@@ -216,12 +220,13 @@ class JSON {
     /// Walking. The members with their keys: for (const auto& [key, member] : json). The value must outlive the walk
     /// unchanged.
     Iterator begin() const& noexcept { return Iterator::first(object_); }
-    Iterator end() const& noexcept { return Iterator::behind(endIndex()); }
+    Iterator end() const& noexcept { return Iterator::behind(object_); }
 
   private:
     friend class JSONEditor;
 
     /// What the fields of other kinds last held, and the error. Apart, because most values have neither: they are a
+    friend class JSONIterator<JSON>;
     /// tree and a null pointer.
     struct Past {
         Tree array = Tree::list();
@@ -234,6 +239,21 @@ class JSON {
 
     /// The kind of each form of a tree: what Tree::kind() would say, in one step.
     static constexpr Type kTypes[16] = {Type::null,   Type::bool_,      Type::number, Type::number, Type::number,
+    /// What a walk shows of a tree that outlives the look at it: the same two words, of which no reference is counted.
+    /// Only ever constant, so that nothing but its end and copies, which count theirs, are to be thought of.
+    static JSON borrowed(const Tree& object) {
+        if (object.isObject()) return JSON(object);
+        return JSON(TreeNodes::adopt(TreeNodes::words(object)), Borrowed());
+    }
+    struct Borrowed {};
+    JSON(Tree&& words, Borrowed /*tag*/)
+    noexcept : object_(std::move(words)),
+               past_(std::shared_ptr<const Past>(), markOfBorrowed()) {}
+    bool isBorrowed() const noexcept { return past_.get() == markOfBorrowed(); }
+    /// An address that no past has; nobody looks at what stands there.
+    static const Past* markOfBorrowed() noexcept { return reinterpret_cast<const Past*>(&kMark); }
+    static constexpr std::uint64_t kMark = 0;
+
                                         Type::string, Type::null,       Type::null,   Type::number, Type::string,
                                         Type::array,  Type::dictionary, Type::unknown};
 

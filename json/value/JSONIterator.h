@@ -12,7 +12,8 @@ namespace kestrav {
 template <class Value>
 class JSONIterator {
   public:
-    /// What it gives: a copy, with its key.
+    /// What it gives: the member, with its key. Neither is a copy, so that a walk costs no more than the looking; a
+    /// copy of either is one that lasts.
     using value_type = JSONMember<Value>;
     /// As iterators have it.
     using difference_type = std::ptrdiff_t;
@@ -27,13 +28,18 @@ class JSONIterator {
         auto* map = TreeNodes::node<TreeMapNode>(walked);
         return {map == nullptr ? nullptr : map->parts(), JSONIndex::dictionary(0)};
     }
-    /// Behind the last one, at `position`; only to be compared with.
-    static JSONIterator behind(JSONIndex position) noexcept { return {nullptr, position}; }
+    /// Behind the last one; only to be compared with.
+    static JSONIterator behind(const Tree& walked) noexcept {
+        if (!walked.isList() && !walked.isMap()) return {nullptr, JSONIndex::null()};
+        const auto* node = TreeNodes::node<TreeContainerNode>(walked);
+        const std::size_t size = node == nullptr ? 0 : node->size;
+        return {nullptr, walked.isList() ? JSONIndex::array(size) : JSONIndex::dictionary(size)};
+    }
 
     /// The member here.
     value_type operator*() const {
-        if (index_.kind() == JSONIndex::Case::array) return {JSONMemberKey(index_.position()), Value(*at_)};
-        return {JSONMemberKey(TreeNodes::textView(*at_)), Value(at_[1])};
+        if (index_.kind() == JSONIndex::Case::array) return {JSONMemberKey(index_.position()), Value::borrowed(*at_)};
+        return {JSONMemberKey(*at_), Value::borrowed(at_[1])};
     }
     /// To the next member.
     JSONIterator& operator++() noexcept {

@@ -75,6 +75,58 @@ TEST(JSONIteration, NamesMembersByKeyAndElementsByPosition) {
     EXPECT_EQ(at, 2U);
 }
 
+const char* const kNested =
+    R"({"text":"a text of more than fifteen bytes","list":[[1],[2]],"decimal":123456789012345678901234567890})";
+
+TEST(JSONIteration, GivesValuesWhoseCopiesOutliveTheWalkedOne) {
+    JSON json = JSON::parse(kNested);
+    std::vector<JSON> kept;
+    std::vector<JSONMember<JSON>> members;
+    for (const auto& member : json) {
+        kept.push_back(member.value);
+        members.push_back(member);
+        JSON assigned;
+        assigned = member.value;
+        kept.push_back(std::move(assigned));
+    }
+    const JSON before = json;
+    json = JSON();
+    for (std::size_t at = 0; at < members.size(); ++at) {
+        EXPECT_TRUE(kept[2 * at] == kept[2 * at + 1]);
+        EXPECT_TRUE(kept[2 * at] == members[at].value);
+    }
+    kept[2].assign({0, 0}, 5);
+    EXPECT_TRUE(kept[2] == JSON::parse("[[5],[2]]"));
+    EXPECT_TRUE(before == JSON::parse(kNested));
+}
+
+TEST(JSONIteration, GivesValuesThatAreLikeThoseOfALookup) {
+    class Lamp : public TreeObject {};
+    Tree list = Tree::list({Tree(1), Tree("two"), Tree::list({Tree(3)}), Tree(std::make_shared<const Lamp>())});
+    const JSON json(list);
+    std::size_t at = 0;
+    for (const auto& [key, value] : json) {
+        const JSON wanted = json[at++];
+        EXPECT_EQ(value.type(), wanted.type());
+        EXPECT_EQ(value.error(), wanted.error());
+        EXPECT_EQ(value.exists(), wanted.exists());
+        EXPECT_EQ(value.rawString(), wanted.rawString());
+        EXPECT_EQ(value["x"].error(), wanted["x"].error());
+        EXPECT_EQ(value == wanted, value.type() != Type::unknown);
+    }
+    EXPECT_EQ(at, 4U);
+}
+
+TEST(JSONIteration, OfAMemberWalksOn) {
+    const JSON json = JSON::parse(kNested);
+    int sum = 0;
+    for (const auto& [name, list] : json)
+        for (const auto& [position, inner] : list)
+            for (const auto& [last, number] : inner)
+                sum += number.valueAs<int>();
+    EXPECT_EQ(sum, 3);
+}
+
 TEST(JSONIteration, GivesObjectsAtRawPositions) {
     const JSON json = JSON::parse("[5,\"x\"]");
     EXPECT_TRUE(json[JSONRawIndex::array(1)].second == Tree("x"));
