@@ -139,13 +139,13 @@ void Tree::removeMember(std::string_view key) & {
     TreeMapNode::own(*this, 0)->remove(position);
 }
 
-Tree* Tree::mutableElement(std::size_t index) {
+Tree* Tree::mutableElement(std::size_t index) & {
     Tree* element = TreeNodes::ownElement(*this, index);
     if (element != nullptr) TreeNodes::node<TreeNode>(*this)->setLent(true);
     return element;
 }
 
-Tree* Tree::mutableMember(std::string_view key) {
+Tree* Tree::mutableMember(std::string_view key) & {
     Tree* member = TreeNodes::ownMember(*this, key);
     if (member != nullptr) TreeNodes::node<TreeNode>(*this)->setLent(true);
     return member;

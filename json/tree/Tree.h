@@ -132,8 +132,8 @@ class Tree {
     /// this tree is changed otherwise or destroyed. A copy made meanwhile is one of this list or map, element by
     /// element; so this is for changing one tree in many places, and setElement() for changing one place of many trees.
     /// Null pointer when there is no such.
-    Tree* mutableElement(std::size_t index);
-    Tree* mutableMember(std::string_view key);
+    Tree* mutableElement(std::size_t index) &;
+    Tree* mutableMember(std::string_view key) &;
 
     /// Equal in kind and content: numbers by exact value, lists in order, maps regardless of order, objects by
     /// identity. A boolean equals no number.

@@ -56,7 +56,7 @@ void JSON::setUnsupported() {
 
 const JSON::Past& JSON::past() const noexcept {
     static const Past nothing;
-    return past_ ? *past_ : nothing;
+    return past_ && !isBorrowed() ? *past_ : nothing;
 }
 
 /// The fields and the error once `next` is the object in place of the one that is held now.
@@ -163,28 +163,44 @@ std::optional<std::string> JSON::string() const {
     return type() == Type::string ? std::optional(rawString()) : std::nullopt;
 }
 
-std::optional<std::vector<JSON>> JSON::array() const {
-    if (type() != Type::array) return std::nullopt;
+std::vector<JSON> JSON::elements() const {
     std::vector<JSON> elements;
+    if (!object_.isList()) return elements;
     elements.reserve(object_.size());
     for (std::size_t at = 0; at < object_.size(); ++at)
         elements.emplace_back(object_.element(at));
     return elements;
 }
 
-std::optional<Tree> JSON::arrayObject() const {
-    return type() == Type::array ? std::optional(object_) : std::nullopt;
-}
-
-std::optional<std::map<std::string, JSON>> JSON::dictionary() const {
-    if (type() != Type::dictionary) return std::nullopt;
+std::map<std::string, JSON> JSON::members() const {
     std::map<std::string, JSON> members;
+    if (!object_.isMap()) return members;
     for (std::size_t at = 0; at < object_.size(); ++at)
         members.emplace(object_.keyAt(at), object_.valueAt(at));
     return members;
 }
 
-std::optional<Tree> JSON::dictionaryObject() const {
+const std::optional<std::vector<JSON>> JSON::array() const {
+    return type() == Type::array ? std::optional(elements()) : std::nullopt;
+}
+
+const std::vector<JSON> JSON::arrayValue() const {
+    return elements();
+}
+
+const std::optional<Tree> JSON::arrayObject() const {
+    return type() == Type::array ? std::optional(object_) : std::nullopt;
+}
+
+const std::optional<std::map<std::string, JSON>> JSON::dictionary() const {
+    return type() == Type::dictionary ? std::optional(members()) : std::nullopt;
+}
+
+const std::map<std::string, JSON> JSON::dictionaryValue() const {
+    return members();
+}
+
+const std::optional<Tree> JSON::dictionaryObject() const {
     return type() == Type::dictionary ? std::optional(object_) : std::nullopt;
 }
 

@@ -148,13 +148,15 @@ class JSON {
     std::optional<std::string_view> text() const&& = delete;
 
     /// Optional views. Nothing when the value is not of a fitting kind. A URL is the text with what a URL's query may
-    /// not hold percent-encoded, if that is one.
+    /// not hold percent-encoded, if that is one. The views of lists and maps are copies, and constant as they are
+    /// given, so that json.arrayValue()[0] = 5, which would change a copy and nothing else, does not compile; whoever
+    /// keeps one in a variable may change it.
     std::optional<bool> boolean() const { return object_.boolean(); }
     std::optional<std::string> string() const;
-    std::optional<std::vector<JSON>> array() const;
-    std::optional<Tree> arrayObject() const;
-    std::optional<std::map<std::string, JSON>> dictionary() const;
-    std::optional<Tree> dictionaryObject() const;
+    const std::optional<std::vector<JSON>> array() const;
+    const std::optional<Tree> arrayObject() const;
+    const std::optional<std::map<std::string, JSON>> dictionary() const;
+    const std::optional<Tree> dictionaryObject() const;
     std::optional<Number> number() const;
     std::optional<json::URL> url() const;
     template <JSONNative Native>
@@ -167,8 +169,8 @@ class JSON {
     /// nativeValue() does.
     bool boolValue() const;
     std::string stringValue() const;
-    std::vector<JSON> arrayValue() const { return array().value_or(std::vector<JSON>()); }
-    std::map<std::string, JSON> dictionaryValue() const { return dictionary().value_or(std::map<std::string, JSON>()); }
+    const std::vector<JSON> arrayValue() const;
+    const std::map<std::string, JSON> dictionaryValue() const;
     Number numberValue() const;
     template <JSONNative Native>
     Native valueAs() const {
@@ -224,9 +226,9 @@ class JSON {
 
   private:
     friend class JSONEditor;
+    friend class JSONIterator<JSON>;
 
     /// What the fields of other kinds last held, and the error. Apart, because most values have neither: they are a
-    friend class JSONIterator<JSON>;
     /// tree and a null pointer.
     struct Past {
         Tree array = Tree::list();
@@ -237,8 +239,6 @@ class JSON {
         std::optional<JSONError> error;
     };
 
-    /// The kind of each form of a tree: what Tree::kind() would say, in one step.
-    static constexpr Type kTypes[16] = {Type::null,   Type::bool_,      Type::number, Type::number, Type::number,
     /// What a walk shows of a tree that outlives the look at it: the same two words, of which no reference is counted.
     /// Only ever constant, so that nothing but its end and copies, which count theirs, are to be thought of.
     static JSON borrowed(const Tree& object) {
@@ -254,9 +254,13 @@ class JSON {
     static const Past* markOfBorrowed() noexcept { return reinterpret_cast<const Past*>(&kMark); }
     static constexpr std::uint64_t kMark = 0;
 
+    /// The kind of each form of a tree: what Tree::kind() would say, in one step.
+    static constexpr Type kTypes[16] = {Type::null,   Type::bool_,      Type::number, Type::number, Type::number,
                                         Type::string, Type::null,       Type::null,   Type::number, Type::string,
                                         Type::array,  Type::dictionary, Type::unknown};
 
+    std::vector<JSON> elements() const;
+    std::map<std::string, JSON> members() const;
     template <class Key>
     const Tree* find(const Key& key) const noexcept {
         if constexpr (std::convertible_to<const Key&, std::string_view>)
