@@ -5,9 +5,9 @@
 #include <unistd.h>
 #include <utility>
 
+#include "base/runChild.h"
 #include "command/HelperInstallation.h"
 #include "command/SMJError.h"
-#include "command/linux/runChild.h"
 
 namespace kestrav {
 namespace {

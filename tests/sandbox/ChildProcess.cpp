@@ -14,6 +14,7 @@
 #include <utility>
 
 #include "base/retry.h"
+#include "base/wordPointers.h"
 #include "tests/signalOne.h"
 
 namespace kestrav {
@@ -23,15 +24,6 @@ std::pair<UniqueFd, UniqueFd> makePipe() {
     int ends[2];
     if (::pipe2(ends, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
     return {UniqueFd(ends[0]), UniqueFd(ends[1])};
-}
-
-std::vector<char*> pointers(const std::vector<std::string>& words) {
-    std::vector<char*> result;
-    result.reserve(words.size() + 1);
-    for (const std::string& word : words)
-        result.push_back(const_cast<char*>(word.c_str()));
-    result.push_back(nullptr);
-    return result;
 }
 
 }  // namespace
@@ -52,7 +44,7 @@ ChildProcess ChildProcess::start(const std::vector<std::string>& words, const st
         ::prctl(PR_SET_PDEATHSIG, SIGKILL);
         // Whoever runs the tests may ignore it, and a program inherits that.
         ::signal(SIGPIPE, SIG_DFL);
-        ::execve(words.at(0).c_str(), pointers(words).data(), pointers(environment).data());
+        ::execve(words.at(0).c_str(), wordPointers(words).data(), wordPointers(environment).data());
         ::_exit(98);
     }
     return ChildProcess(pid);

@@ -11,6 +11,8 @@
 #include <thread>
 #include <unistd.h>
 
+#include "base/wordPointers.h"
+
 namespace kestrav {
 namespace {
 
@@ -25,13 +27,8 @@ Terminal::Terminal(const std::vector<std::string>& words, uid_t uid, int passedO
         ::close_range(3, static_cast<unsigned>(passedOn < 0 ? ~0U : static_cast<unsigned>(passedOn) - 1U), 0);
         becomeUser(uid);
         ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-        std::vector<char*> argv;
-        argv.reserve(words.size() + 1);
-        for (const std::string& word : words)
-            argv.push_back(const_cast<char*>(word.c_str()));
-        argv.push_back(nullptr);
         char* const environment[] = {nullptr};
-        ::execve(argv[0], argv.data(), environment);
+        ::execve(words.at(0).c_str(), wordPointers(words).data(), environment);
         ::_exit(98);
     }
     if (pid < 0) throw std::runtime_error("no terminal");

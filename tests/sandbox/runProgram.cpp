@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include "base/retry.h"
+#include "base/wordPointers.h"
 #include "tests/sandbox/ChildProcess.h"
 
 namespace kestrav {
@@ -32,15 +33,6 @@ std::string contents(std::FILE* file) {
     return text;
 }
 
-std::vector<char*> pointers(const std::vector<std::string>& words) {
-    std::vector<char*> result;
-    result.reserve(words.size() + 1);
-    for (const std::string& word : words)
-        result.push_back(const_cast<char*>(word.c_str()));
-    result.push_back(nullptr);
-    return result;
-}
-
 }  // namespace
 
 ProgramRun runProgram(const std::vector<std::string>& words, const ProgramOptions& options) {
@@ -58,7 +50,7 @@ ProgramRun runProgram(const std::vector<std::string>& words, const ProgramOption
         ::dup2(::fileno(out.get()), 1);
         ::dup2(::fileno(err.get()), 2);
         becomeUser(options.uid);
-        ::execve(words.at(0).c_str(), pointers(words).data(), pointers(options.environment).data());
+        ::execve(words.at(0).c_str(), wordPointers(words).data(), wordPointers(options.environment).data());
         ::_exit(98);
     }
     int status = 0;

@@ -3,19 +3,16 @@
 #include <csignal>
 #include <cstdint>
 #include <cstdlib>
-#include <fcntl.h>
 #include <memory>
-#include <spawn.h>
 #include <string>
 #include <sys/syscall.h>
-#include <sys/wait.h>
 #include <systemd/sd-daemon.h>
 #include <unistd.h>
 #include <vector>
 
 #include "base/UniqueFd.h"
 #include "base/openSystemBus.h"
-#include "base/retry.h"
+#include "base/runChild.h"
 #include "base/systemProblem.h"
 #include "protocol/accessory.h"
 #include "protocol/names.h"
@@ -39,39 +36,12 @@ SdBusPtr systemBus() {
     return std::move(bus.value());
 }
 
-/// Nothing that the child says goes to whoever started this program: a reader that does not read would hold both up.
-class SilentChild {
-  public:
-    SilentChild() {
-        ::posix_spawn_file_actions_init(&actions_);
-        ::posix_spawn_file_actions_addopen(&actions_, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-        ::posix_spawn_file_actions_addopen(&actions_, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-    }
-    ~SilentChild() { ::posix_spawn_file_actions_destroy(&actions_); }
-    SilentChild(const SilentChild&) = delete;
-    SilentChild& operator=(const SilentChild&) = delete;
-    const posix_spawn_file_actions_t* actions() const { return &actions_; }
-
-  private:
-    posix_spawn_file_actions_t actions_{};
-};
-
-Outcome<void> run(std::vector<std::string> words) {
-    std::vector<char*> argv;
-    argv.reserve(words.size() + 1);
-    for (std::string& word : words)
-        argv.push_back(word.data());
-    argv.push_back(nullptr);
-    char* noEnvironment[] = {nullptr};
-    pid_t child = -1;
-    const int error = ::posix_spawn(&child, argv[0], SilentChild().actions(), nullptr, argv.data(), noEnvironment);
-    if (error != 0) return systemProblem(std::string(argv[0]) + " can't be run", error);
-    int status = 0;
-    if (retry([&] { return ::waitpid(child, &status, 0); }) != child) {
-        return systemProblem(std::string(argv[0]) + " can't be waited for");
-    }
-    if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return {};
-    return failed(std::string(argv[0]) + " did not take the change. Restart the computer.");
+/// Nothing that the program says goes to whoever started this one: a reader that does not read would hold both up.
+Outcome<void> run(const std::vector<std::string>& words) {
+    const auto started = runChild(words);
+    if (!started) return systemProblem(words.at(0) + " can't be run", started.problem().cause.value());
+    if (started.value().exitStatus == 0) return {};
+    return failed(words.at(0) + " did not take the change. Restart the computer.");
 }
 
 pid_t helperProcess(sd_bus* bus) {

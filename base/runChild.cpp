@@ -1,4 +1,4 @@
-#include "command/linux/runChild.h"
+#include "base/runChild.h"
 
 #include <algorithm>
 #include <array>
@@ -12,6 +12,7 @@
 #include "base/UniqueFd.h"
 #include "base/retry.h"
 #include "base/systemProblem.h"
+#include "base/wordPointers.h"
 
 namespace kestrav {
 namespace {
@@ -58,17 +59,12 @@ class SpawnAttributes {
 };
 
 int spawn(const std::vector<std::string>& words, int standardError, pid_t& child) {
-    std::vector<char*> argv;
-    argv.reserve(words.size() + 1);
-    for (const std::string& word : words)
-        argv.push_back(const_cast<char*>(word.c_str()));
-    argv.push_back(nullptr);
     // Its messages are told apart by their words, so they have to come in one language.
     std::array<char, 9> language{"LC_ALL=C"};
     std::array<char, 19> path{"PATH=/usr/bin:/bin"};
     const std::array<char*, 3> environment{language.data(), path.data(), nullptr};
-    return ::posix_spawn(&child, argv[0], SpawnActions(standardError).get(), SpawnAttributes().get(), argv.data(),
-                         environment.data());
+    return ::posix_spawn(&child, words.at(0).c_str(), SpawnActions(standardError).get(), SpawnAttributes().get(),
+                         wordPointers(words).data(), environment.data());
 }
 
 std::string readToTheEnd(const UniqueFd& fd) {
