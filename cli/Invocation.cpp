@@ -1,10 +1,15 @@
 #include "cli/Invocation.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <charconv>
 #include <functional>
+#include <memory>
 #include <ostream>
 
+#include "cli/NarrowHelp.h"
+#include "cli/tellResult.h"
+#include "cli/wrongCallSentence.h"
 #include "protocol/accessory.h"
 
 namespace kestrav {
@@ -61,9 +66,9 @@ void addFile(CLI::App& command, std::string& target, const std::string& descript
 class CommandLine {
   public:
     CommandLine() {
+        app_.formatter(std::make_shared<NarrowHelp>());
         app_.require_subcommand(1);
         app_.set_version_flag("--version", "kestravctl " KESTRAV_VERSION);
-        app_.footer(kFooter);
         addLookups();
         addUpdate("firmware", ImageKind::firmware, firmware_,
                   "Send a firmware image to the firmware area (block " + std::to_string(kFirmwareBlock) + ")");
@@ -72,14 +77,21 @@ class CommandLine {
         addBlockCommands();
         addByteCommands();
         addHelperCommands();
+        // Last, for a command takes over what stands here when it is added.
+        app_.footer(kFooter);
     }
 
     std::variant<Invocation, HelperInvocation, ExitCode> parse(int argc, const char* const* argv, std::ostream& out,
                                                                std::ostream& err) {
         try {
             app_.parse(argc, argv);
-        } catch (const CLI::ParseError& end) {
-            return app_.exit(end, out, err) == 0 ? ExitCode::success : ExitCode::wrongCall;
+        } catch (const CLI::Success& end) {
+            app_.exit(end, out, err);
+            return ExitCode::success;
+        } catch (const CLI::ParseError& error) {
+            const auto wrong = UpdateResult().endedWith(ExitCode::wrongCall, wrongCallSentence(app_, error));
+            return tellResult(wrong, std::find(argv, argv + argc, std::string_view("--json")) != argv + argc,
+                              {out, err});
         }
         if (helperChosen_) return helper_;
         return invocation_();
@@ -105,14 +117,20 @@ class CommandLine {
         update.kind = kind;
         CLI::App& command = addCommand(name, description, [&update] { return update; });
         addFile(command, update.file, "The image, an ordinary file");
-        command.add_flag("--verify", update.verify,
-                         "Look at the disk a second time, beside the service (needs the right to open it)");
+        addSendOptions(command, update.options);
+    }
+
+    void addSendOptions(CLI::App& command, SendOptions& options) {
+        command.add_flag("--verify", options.verify, "Look at the disk a second time, beside the service");
+        command.add_flag("--json", options.json, "Print one JSON object about the end on standard output");
+        command.add_flag("--quiet", options.quiet, "Say nothing unless something goes wrong");
     }
 
     void addBlockCommands() {
         CLI::App& push = addCommand("push", "Send a file to any place of the disk", [this] { return push_; });
         addNumber(push, "BLOCK", push_.firstBlock, "First 512-byte block to write");
         addFile(push, push_.file, "The file to send, an ordinary file");
+        addSendOptions(push, push_.options);
 
         CLI::App& pull = addCommand(
             "pull", "Have the command service read up to 19 blocks; a reply that is text goes to the system log",
@@ -181,7 +199,14 @@ std::variant<Invocation, HelperInvocation, ExitCode> parseCommandLine(int argc, 
     return CommandLine().parse(argc, argv, out, err);
 }
 
+const SendOptions* sendOptionsOf(const Invocation& invocation) {
+    if (const auto* update = std::get_if<UpdateInvocation>(&invocation)) return &update->options;
+    if (const auto* push = std::get_if<PushInvocation>(&invocation)) return &push->options;
+    return nullptr;
+}
+
 bool putsDataOnStandardOutput(const Invocation& invocation) {
+    if (const SendOptions* options = sendOptionsOf(invocation)) return options->json;
     if (const auto* detect = std::get_if<DetectInvocation>(&invocation)) return detect->json;
     if (const auto* drives = std::get_if<DrivesInvocation>(&invocation)) return drives->json;
     const auto* read = std::get_if<ReadInvocation>(&invocation);

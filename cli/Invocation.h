@@ -8,6 +8,7 @@
 
 #include "cli/ExitCode.h"
 #include "cli/HelperInvocation.h"
+#include "cli/SendOptions.h"
 
 namespace kestrav {
 
@@ -22,11 +23,12 @@ enum class ImageKind { firmware, icon };
 struct UpdateInvocation {
     ImageKind kind = ImageKind::firmware;
     std::string file;
-    bool verify = false;
+    SendOptions options = {};
 };
 struct PushInvocation {
     std::int64_t firstBlock = 0;  ///< 512-byte blocks
     std::string file;
+    SendOptions options = {};
 };
 struct PullInvocation {
     std::int64_t firstBlock = 0;  ///< 512-byte blocks
@@ -46,9 +48,12 @@ using Invocation = std::variant<DetectInvocation, DrivesInvocation, UpdateInvoca
                                 ReadInvocation, WriteInvocation>;
 
 /// Reads the command line. When there is nothing to carry out (help, version, a wrong call) says so on `out` or `err`
-/// and returns the status to end with.
+/// and returns the status to end with. A wrong call with `--json` in it gets its object on `out`.
 std::variant<Invocation, HelperInvocation, ExitCode> parseCommandLine(int argc, const char* const* argv,
                                                                       std::ostream& out, std::ostream& err);
+
+/// What the invocation says about sending an image; null when it sends none.
+const SendOptions* sendOptionsOf(const Invocation& invocation);
 
 /// Whether the invocation puts data on standard output, so that nothing else may go there.
 bool putsDataOnStandardOutput(const Invocation& invocation);

@@ -15,6 +15,8 @@ struct UpdateResult {
     std::string sentence;                   ///< what came of it; empty where that needs no words
     std::string remedy;                     ///< what to do next; empty where nothing has to be done
     std::string disk;                       ///< the kernel's name of the accessory's; empty without one
+    std::string serial;                     ///< the accessory's serial number; empty where it has none
+    std::string port;                       ///< the USB port it is plugged into, such as "1-2.3"
     std::int64_t firstBlock = 0;            ///< of the place on the disk, in blocks of 512 bytes
     std::int64_t bytes = 0;                 ///< of the image, or of the blocks that were asked for
     bool verified = false;                  ///< the service has read it back from the disk itself, and it is equal

@@ -19,11 +19,15 @@ struct Families {
 
     ExitCode operator()(const DetectInvocation& detect) const { return lookUp(detect, parts); }
     ExitCode operator()(const DrivesInvocation& drives) const { return lookUp(drives, parts); }
-    ExitCode operator()(const UpdateInvocation& update) const {
-        return tellResult(sendImage(update, parts), parts.console);
+    ExitCode operator()(const UpdateInvocation& update) const { return told(sendImage(update, parts), update.options); }
+    ExitCode operator()(const PushInvocation& push) const { return told(sendImage(push, parts), push.options); }
+    ExitCode operator()(const PullInvocation& pull) const {
+        return tellResult(pullBlocks(pull, parts), false, parts.console);
     }
-    ExitCode operator()(const PushInvocation& push) const { return tellResult(sendImage(push, parts), parts.console); }
-    ExitCode operator()(const PullInvocation& pull) const { return tellResult(pullBlocks(pull, parts), parts.console); }
+    ExitCode told(const UpdateResult& result, const SendOptions& options) const {
+        if (options.quiet && !options.json && result.status == ExitCode::success) return result.status;
+        return tellResult(result, options.json, parts.console);
+    }
     ExitCode operator()(const ReadInvocation& read) const { return moveBytes(read, parts); }
     ExitCode operator()(const WriteInvocation& write) const { return moveBytes(write, parts); }
 };

@@ -62,16 +62,19 @@ int perform(const kestrav::Invocation& invocation) {
     std::optional<TextAgent> agent;
     if (asksTheService(invocation)) agent.emplace();
     std::ostream& progress = putsDataOnStandardOutput(invocation) ? std::cerr : std::cout;
+    const SendOptions* options = sendOptionsOf(invocation);
+    const bool quiet = options != nullptr && options->quiet;
     SyslogSystemLog systemLog("kestravctl");
+    QuietSystemLog quietLog;
     ServiceAnswers answers;
-    CommandService commandService(systemLog, {}, &answers);
+    CommandService commandService(quiet ? static_cast<SystemLog&>(quietLog) : systemLog, {}, &answers);
     UdevDeviceRegistry udev;
     WatchedRegistry registry(udev);
     MountinfoVolumes volumes;
     PosixDiskCalls diskCalls;
     TransferMeter meter(diskCalls);
     KestravDevice device(registry, volumes, meter, commandService, progress);
-    device.setParent(std::make_shared<TerminalLog>(progress));
+    if (!quiet) device.setParent(std::make_shared<TerminalLog>(progress));
     return static_cast<int>(carryOut(invocation, {device, registry, meter, answers, {std::cout, std::cerr}}));
 }
 

@@ -57,7 +57,7 @@ UpdateResult sendImage(const UpdateInvocation& update, const CommandParts& parts
                                "Choose another one.");
     }
     UpdateResult result = endOfRequest(asked, parts);
-    if (result.status == ExitCode::success && update.verify) result = verifyImage(image, result, parts.meter);
+    if (result.status == ExitCode::success && update.options.verify) result = verifyImage(image, result, parts.meter);
     return after(start, result);
 }
 
@@ -65,8 +65,11 @@ UpdateResult sendImage(const PushInvocation& push, const CommandParts& parts) {
     const Clock::time_point start = Clock::now();
     const auto ready = readyToSend(push.file, push.firstBlock);
     if (!ready) return cannotBeSent(ready.problem());
-    parts.device.pushDevice(push.firstBlock, ready.value().file.path());
-    return after(start, endOfRequest(ready.value().result, parts));
+    const auto& [image, asked] = ready.value();
+    parts.device.pushDevice(push.firstBlock, image.path());
+    UpdateResult result = endOfRequest(asked, parts);
+    if (result.status == ExitCode::success && push.options.verify) result = verifyImage(image, result, parts.meter);
+    return after(start, result);
 }
 
 }  // namespace kestrav

@@ -32,12 +32,17 @@ _kestravctl() {
         '') words='detect drives firmware icon push pull read write helper --help --version' ;;
         detect | drives) words='--json --help' ;;
         firmware | icon)
-            words='--verify --help'
-            ((values == 0)) && files=yes
+            words='--verify --json --quiet --help'
+            ((values == 0)) && files='!*.fds'
+            [[ $files && $command == icon ]] && files='!*.fif'
             ;;
-        push | write)
+        push)
+            words='--verify --json --quiet --help'
+            ((values == 1)) && files='-'
+            ;;
+        write)
             words='--help'
-            ((values == 1)) && files=yes
+            ((values == 1)) && files='-'
             ;;
         pull) words='--help' ;;
         read) words='--output --help' ;;
@@ -51,7 +56,9 @@ _kestravctl() {
     # Options only where one has been begun: a list of files is easier to read without them.
     if [[ $files && $cur != -* ]]; then
         compopt -o filenames 2>/dev/null
-        mapfile -t COMPREPLY < <(compgen -f -- "$cur")
+        # What ends otherwise is left out, but never a folder. A dash leaves nothing out.
+        mapfile -t COMPREPLY < <(compgen -d -- "$cur"; compgen -f -X "$files" -- "$cur")
+        mapfile -t COMPREPLY < <(printf '%s\n' "${COMPREPLY[@]}" | sort -u)
     else
         mapfile -t COMPREPLY < <(compgen -W "$words" -- "$cur")
     fi

@@ -1,5 +1,13 @@
 # Completion of kestravctl(1) for fish.
 
+# Folders, and the files that end so.
+function __kestravctl_files
+    set -l typed (commandline -ct)
+    for path in $typed*/ $typed*.$argv[1]
+        echo $path
+    end
+end
+
 set -l commands detect drives firmware icon push pull read write helper
 set -l operations install uninstall status run
 set -l none "not __fish_seen_subcommand_from $commands"
@@ -19,8 +27,13 @@ complete -c kestravctl -n $none -a write -d "Write a file's bytes straight to th
 complete -c kestravctl -n $none -a helper -d 'The privileged helper on the system bus'
 
 complete -c kestravctl -n '__fish_seen_subcommand_from detect drives' -l json -d 'Print JSON instead'
-complete -c kestravctl -n '__fish_seen_subcommand_from firmware icon' -l verify -d 'Read the area back and compare it'
-complete -c kestravctl -n '__fish_seen_subcommand_from firmware icon push write' -F
+set -l send '__fish_seen_subcommand_from firmware icon push'
+complete -c kestravctl -n $send -l verify -d 'Look at the disk a second time'
+complete -c kestravctl -n $send -l json -d 'Print one JSON object about the end'
+complete -c kestravctl -n $send -l quiet -d 'Say nothing unless something goes wrong'
+complete -c kestravctl -n '__fish_seen_subcommand_from firmware' -a '(__kestravctl_files fds)'
+complete -c kestravctl -n '__fish_seen_subcommand_from icon' -a '(__kestravctl_files fif)'
+complete -c kestravctl -n '__fish_seen_subcommand_from push write' -F
 complete -c kestravctl -n '__fish_seen_subcommand_from read' -s o -l output -r -F -d 'Write to this file'
 
 complete -c kestravctl -n $helper -a install -d "Install it, after an administrator's consent"

@@ -135,7 +135,8 @@ TEST_F(Update, AsksForTheIconAgainWhenItsAreaWasReached) {
 TEST_F(Update, FailsWhenTheServiceRefusesIt) {
     plugIn(2 << 20);
     service.setBehaviour(answersInTurn("disk21 was not mounted.", "Refused: the disk disk2 is write-protected."));
-    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, made("f", "firmware"), true}), ExitCode::wentWrong);
+    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, made("f", "firmware"), {.verify = true}}),
+              ExitCode::wentWrong);
     EXPECT_EQ(err.str(), "kestravctl: Nothing was written: the disk disk2 is write-protected.\n");
     EXPECT_TRUE(on.disks.journal.empty()) << "a second look changes nothing about a refusal";
 }
@@ -182,7 +183,8 @@ TEST_F(Update, OfAnEmptyImageHandsNothingOver) {
 TEST_F(Verify, SucceedsWhenTheAreaHoldsTheImage) {
     plugIn(2 << 20, kFirmwareOffset, "firmware");
     service.setBehaviour(confirms(8));
-    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, made("f", "firmware"), true}), ExitCode::success);
+    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, made("f", "firmware"), {.verify = true}}),
+              ExitCode::success);
     EXPECT_EQ(out.str(), "Verified: the 8 bytes on the disk are those of the image.\n");
 }
 
@@ -190,22 +192,25 @@ TEST_F(Verify, OnlyLooks) {
     plugIn(2 << 20, kFirmwareOffset, "firmware");
     on.volumes.mounted = {"/media/somebody's"};
     service.setBehaviour(confirms(8));
-    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, made("f", "firmware"), true}), ExitCode::success);
+    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, made("f", "firmware"), {.verify = true}}),
+              ExitCode::success);
     EXPECT_EQ(on.disks.journal, (std::vector<std::string>{"open r /dev/rdisk2", "close"}));
 }
 
 TEST_F(Verify, LooksAtTheAreaOfTheImagesKind) {
     plugIn(2 << 20, kIconOffset, "an icon");
     service.setBehaviour(confirms(7, 2048));
-    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::icon, made("i", "an icon"), true}), ExitCode::success);
+    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::icon, made("i", "an icon"), {.verify = true}}), ExitCode::success);
     service.setBehaviour(confirms(7));
-    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, made("f", "an icon"), true}), ExitCode::wentWrong);
+    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, made("f", "an icon"), {.verify = true}}),
+              ExitCode::wentWrong);
 }
 
 TEST_F(Verify, NamesTheFirstByteThatDiffers) {
     plugIn(2 << 20, kFirmwareOffset, "firmware");
     service.setBehaviour(confirms(8));
-    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, made("f", "firmWare"), true}), ExitCode::wentWrong);
+    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, made("f", "firmWare"), {.verify = true}}),
+              ExitCode::wentWrong);
     EXPECT_TRUE(complained("differs from the image at byte 4 of it"));
 }
 
@@ -213,7 +218,8 @@ TEST_F(Verify, LeavesItToTheServiceWhereTheDiskMayNotBeOpened) {
     plugIn(2 << 20);
     on.disks.openingIsDenied = true;
     service.setBehaviour(confirms(8));
-    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, made("f", "firmware"), true}), ExitCode::success);
+    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, made("f", "firmware"), {.verify = true}}),
+              ExitCode::success);
     EXPECT_TRUE(out.str().ends_with("That is the service's own look: you may not open /dev/rdisk2 for a second one.\n"))
         << out.str();
     EXPECT_EQ(err.str(), "");
@@ -222,14 +228,16 @@ TEST_F(Verify, LeavesItToTheServiceWhereTheDiskMayNotBeOpened) {
 TEST_F(Verify, FailsWhenTheDiskCannotBeReadBack) {
     on.plugIn("disk2");
     service.setBehaviour(confirms(8));
-    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, made("f", "firmware"), true}), ExitCode::wentWrong);
+    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, made("f", "firmware"), {.verify = true}}),
+              ExitCode::wentWrong);
     EXPECT_TRUE(complained("can't be read back: No such file or directory"));
 }
 
 TEST_F(Verify, ComparesPastTheFirstPiece) {
     plugIn(kFirmwareOffset + kPiece + 2, kFirmwareOffset + kPiece, "x");
     service.setBehaviour(confirms(kPiece + 1));
-    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, sparse("f", kPiece + 1), true}), ExitCode::wentWrong);
+    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, sparse("f", kPiece + 1), {.verify = true}}),
+              ExitCode::wentWrong);
     EXPECT_TRUE(complained("at byte 1048576 of it"));
 }
 
@@ -237,14 +245,17 @@ TEST_F(Verify, ReadsOnAfterAShortReadAndEndsAtTheEnd) {
     plugIn(kFirmwareOffset + 4096);
     on.disks.longestTransfer = 100;
     service.setBehaviour(confirms(4096));
-    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, sparse("f", 4096), true}), ExitCode::success);
+    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, sparse("f", 4096), {.verify = true}}),
+              ExitCode::success);
     service.setBehaviour(confirms(8192));
-    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, sparse("f", 8192), true}), ExitCode::wentWrong);
+    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, sparse("f", 8192), {.verify = true}}),
+              ExitCode::wentWrong);
     EXPECT_TRUE(complained("it ends there"));
 }
 
 TEST_F(Verify, IsNotTriedAfterAnUpdateThatFailed) {
-    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, made("f", "firmware"), true}), ExitCode::failure);
+    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, made("f", "firmware"), {.verify = true}}),
+              ExitCode::failure);
     EXPECT_TRUE(on.disks.journal.empty());
 }
 

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "cli/Invocation.h"
+#include "cli/nearestWord.h"
 
 namespace kestrav {
 namespace {
@@ -91,14 +92,14 @@ TEST(ParseCommandLine, ReadsFirmware) {
     const auto update = parsedAs<UpdateInvocation>({"firmware", "new image.fds"});
     EXPECT_EQ(update.kind, ImageKind::firmware);
     EXPECT_EQ(update.file, "new image.fds");
-    EXPECT_FALSE(update.verify);
+    EXPECT_FALSE(update.options.verify);
 }
 
 TEST(ParseCommandLine, ReadsIconWithVerification) {
     const auto update = parsedAs<UpdateInvocation>({"icon", "--verify", "a=b.fif"});
     EXPECT_EQ(update.kind, ImageKind::icon);
     EXPECT_EQ(update.file, "a=b.fif");
-    EXPECT_TRUE(update.verify);
+    EXPECT_TRUE(update.options.verify);
 }
 
 TEST(ParseCommandLine, ReadsPush) {
@@ -160,11 +161,90 @@ TEST(ParseCommandLine, NamesTheNumberThatIsNone) {
     EXPECT_NE(parse({"push", "abc", "file"}).err.find("BLOCK: 'abc' is not a whole number"), std::string::npos);
 }
 
+struct StumbleRow {
+    const char* name;
+    std::vector<const char*> words;
+    std::string sentence;
+};
+
+class Stumble : public testing::TestWithParam<StumbleRow> {};
+
+TEST_P(Stumble, NamesTheWordAndWhatWasMeant) {
+    EXPECT_EQ(parse(GetParam().words).err, "kestravctl: " + GetParam().sentence + "\n");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, Stumble,
+    testing::Values(
+        StumbleRow{"Nothing", {}, "A command is missing. See 'kestravctl --help'."},
+        StumbleRow{"Command",
+                   {"frimware", "new.fds"},
+                   "'frimware' is not a command. Did you mean 'firmware'? See 'kestravctl --help'."},
+        StumbleRow{"FarFromAnyCommand", {"format"}, "'format' is not a command. See 'kestravctl --help'."},
+        StumbleRow{"Option",
+                   {"firmware", "--verfy", "x"},
+                   "'--verfy' is not an option of kestravctl firmware. Did you mean '--verify'? See 'kestravctl "
+                   "firmware --help'."},
+        StumbleRow{"OptionBeforeTheCommand",
+                   {"--jsn", "detect"},
+                   "'--jsn' is not an option of kestravctl detect. Did you mean '--json'? See 'kestravctl detect "
+                   "--help'."},
+        StumbleRow{"OneWordTooMany",
+                   {"firmware", "a", "b"},
+                   "'b' is one word too many for kestravctl firmware. See 'kestravctl firmware --help'."},
+        StumbleRow{"HelperCommand",
+                   {"helper", "instal"},
+                   "'instal' is not a command of kestravctl helper. Did you mean 'install'? See 'kestravctl helper "
+                   "--help'."},
+        StumbleRow{"NoFile", {"firmware"}, "FILE is required. See 'kestravctl firmware --help'."},
+        StumbleRow{"ControlCharacters", {"\x1b[2J"}, "'\\x1b[2J' is not a command. See 'kestravctl --help'."}),
+    [](const auto& row) { return row.param.name; });
+
+TEST(Stumble, IsAnObjectWhereOneIsWanted) {
+    const Parsed parsed = parse({"frimware", "--json", "x"});
+    EXPECT_EQ(std::get<ExitCode>(parsed.result), ExitCode::wrongCall);
+    EXPECT_EQ(parsed.out,
+              R"({"disk":null,"serial":null,"port":null,"firstBlock":null,"bytes":null,"verified":false,"seconds":0,)"
+              R"("answer":null,"status":2,"problem":"'frimware' is not a command. Did you mean 'firmware'? )"
+              "See 'kestravctl --help'.\"}\n");
+}
+
+TEST(NearestWord, IsTheOneOfFewestSlips) {
+    const std::vector<std::string> known{"push", "pull", "firmware"};
+    EXPECT_EQ(nearestWord("pul", known), "pull");
+    EXPECT_EQ(nearestWord("psuh", known), "push");
+    EXPECT_EQ(nearestWord("firmwaer", known), "firmware");
+    EXPECT_EQ(nearestWord("firmwere2", known), "firmware");
+    EXPECT_EQ(nearestWord("", known), "");
+    EXPECT_EQ(nearestWord("format", known), "");
+    EXPECT_EQ(nearestWord(std::string(100000, 'f'), known), "");
+}
+
+TEST(Help, FitsEightyColumnsAndHasTheStatusesOnlyOnce) {
+    for (const auto& words : std::vector<std::vector<const char*>>{{"--help"},
+                                                                   {"detect", "--help"},
+                                                                   {"firmware", "--help"},
+                                                                   {"icon", "--help"},
+                                                                   {"push", "--help"},
+                                                                   {"pull", "--help"},
+                                                                   {"read", "--help"},
+                                                                   {"write", "--help"},
+                                                                   {"helper", "--help"},
+                                                                   {"helper", "run", "--help"}}) {
+        const std::string help = parse(words).out;
+        std::istringstream lines(help);
+        for (std::string line; std::getline(lines, line);)
+            EXPECT_LE(line.size(), 80U) << line;
+        EXPECT_EQ(help.find("Exit status:") != std::string::npos, words.size() == 1) << help;
+        EXPECT_EQ(help.find("Examples:") != std::string::npos, words.size() == 1) << help;
+    }
+}
+
 TEST(Help, EndsWithZeroAndNamesEveryCommandAndStatus) {
     const Parsed parsed = parse({"--help"});
     EXPECT_EQ(std::get<ExitCode>(parsed.result), ExitCode::success);
     for (const char* word : {"detect", "drives", "firmware", "icon", "push", "pull", "read", "write",
-                             "Exit status:", "  0  ", "  1  ", "  2  ", "  3  ", "  4  ", "  5  "}) {
+                             "Exit status:", "  0  ", "  1  ", "  2  ", "  3  ", "  4  ", "  5  ", "  6  "}) {
         EXPECT_NE(parsed.out.find(word), std::string::npos) << word;
     }
 }

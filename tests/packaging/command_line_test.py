@@ -105,7 +105,8 @@ class CommandLine(unittest.TestCase):
             # A short form that has a long one beside it need not be offered.
             offered = {word for word in shell("kestravctl", *name.split(), "--") if word.startswith("--")}
             self.assertEqual(offered, {flag for flag in flags if flag.startswith("--")}, name)
-        self.names_files(shell, "firmware")
+        self.names_files(shell, "firmware", but=["new.fif", "new.txt"])
+        self.names_files(shell, "icon", file="new.fif", but=["new.fds", "new.txt"])
         self.names_files(shell, "write", "0")
         self.names_files(shell, "read", "--output")
 
@@ -113,9 +114,12 @@ class CommandLine(unittest.TestCase):
     def offered(shell, *words):
         return {word for word in shell("kestravctl", *words, "") if not word.startswith("-")}
 
-    def names_files(self, shell, *words):
+    def names_files(self, shell, *words, file="new.fds", but=()):
+        """The file, and a folder in which there may be more, but none of these."""
         with tempfile.TemporaryDirectory(prefix="kestrav-files.") as folder:
-            (Path(folder) / "new.fds").touch()
+            for name in (file, *but):
+                (Path(folder) / name).touch()
+            (Path(folder) / "newer").mkdir()
             offered = shell("kestravctl", *words, f"{folder}/ne")
             # A shell may offer the file alone, its folder being on the line already.
-            self.assertEqual({Path(word).name for word in offered}, {"new.fds"}, words)
+            self.assertEqual({Path(word).name for word in offered}, {file, "newer"}, words)
