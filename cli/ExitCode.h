@@ -11,6 +11,7 @@ enum class ExitCode : int {
     wentWrong = 4,            ///< refused, failed, or the disk differs from the image
     registryUnreachable = 5,  ///< the device registry can't be reached
     nobodyKnows = 6,          ///< no answer, half of one, or one that is not the service's
+    interrupted = 130,        ///< Ctrl-C, as shells have it
 };
 
 /// How a command ends that can only succeed or fail.

@@ -24,6 +24,7 @@ constexpr const char* kFooter = R"(Exit status:
   4  the service refused or failed, or the disk differs from the image
   5  the device registry can't be reached
   6  nobody knows: no answer, half of one, or one that is not the service's
+  130  ended by Ctrl-C; what the service had begun goes on
 
 The last line says it in words, and what to do next. Progress goes to standard
 output, or to standard error when data goes there; what the service answers
@@ -122,7 +123,10 @@ class CommandLine {
 
     void addSendOptions(CLI::App& command, SendOptions& options) {
         command.add_flag("--verify", options.verify, "Look at the disk a second time, beside the service");
-        command.add_flag("--json", options.json, "Print one JSON object about the end on standard output");
+        CLI::Option* json =
+            command.add_flag("--json", options.json, "Print one JSON object about the end on standard output");
+        command.add_flag("--progress", options.progress, "With --json, print an object a line while it goes on")
+            ->needs(json);
         command.add_flag("--quiet", options.quiet, "Say nothing unless something goes wrong");
     }
 

@@ -3,18 +3,25 @@
 #include <new>
 #include <optional>
 #include <string>
+#include <unistd.h>
 #include <variant>
 
 #include "base/QuietSystemLog.h"
 #include "base/SystemLog.h"
 #include "base/openStandardDescriptors.h"
+#include "cli/Interruption.h"
 #include "cli/Invocation.h"
+#include "cli/LogBesideProgress.h"
+#include "cli/ProgressLine.h"
 #include "cli/ServiceAnswers.h"
 #include "cli/TerminalLog.h"
 #include "cli/TransferMeter.h"
 #include "cli/WatchedRegistry.h"
+#include "cli/WriteWatch.h"
 #include "cli/carryOut.h"
 #include "cli/carryOutHelper.h"
+#include "cli/interruptedResult.h"
+#include "cli/tellResult.h"
 #include "command/CommandService.h"
 #include "command/HelperInstallation.h"
 #include "command/linux/HelperPresence.h"
@@ -57,17 +64,41 @@ int perform(const kestrav::HelperInvocation& invocation) {
     return static_cast<int>(carryOutHelper(invocation, parts, {std::cout, std::cerr}));
 }
 
+/// Where the progress of a write is shown, if anywhere.
+kestrav::WriteWatch::Show showFor(const kestrav::SendOptions* options, kestrav::ProgressLine& line) {
+    using namespace kestrav;
+    if (options == nullptr) return {};
+    if (options->progress) return [](const WriteState& state) { std::cout << progressObject(state) << std::endl; };
+    if (options->quiet || ::isatty(STDERR_FILENO) == 0) return {};
+    return [&line](const WriteState& state) {
+        const std::string words = progressWords(state);
+        words.empty() ? line.clear() : line.show(words);
+    };
+}
+
 int perform(const kestrav::Invocation& invocation) {
     using namespace kestrav;
     std::optional<TextAgent> agent;
     if (asksTheService(invocation)) agent.emplace();
+    const Console console{std::cout, std::cerr};
     std::ostream& progress = putsDataOnStandardOutput(invocation) ? std::cerr : std::cout;
     const SendOptions* options = sendOptionsOf(invocation);
     const bool quiet = options != nullptr && options->quiet;
     SyslogSystemLog systemLog("kestravctl");
     QuietSystemLog quietLog;
+    ProgressLine line(STDERR_FILENO);
+    LogBesideProgress log(quiet ? static_cast<SystemLog&>(quietLog) : systemLog, line);
     ServiceAnswers answers;
-    CommandService commandService(quiet ? static_cast<SystemLog&>(quietLog) : systemLog, {}, &answers);
+    WriteWatch watch(answers, showFor(options, line));
+    std::optional<Interruption> interruption;
+    if (options != nullptr) {
+        interruption.emplace([&] {
+            const auto state = watch.state();
+            line.clear();
+            if (state) tellResult(interruptedResult(*state), options->json, console);
+        });
+    }
+    CommandService commandService(log, {}, &watch);
     UdevDeviceRegistry udev;
     WatchedRegistry registry(udev);
     MountinfoVolumes volumes;
@@ -75,7 +106,7 @@ int perform(const kestrav::Invocation& invocation) {
     TransferMeter meter(diskCalls);
     KestravDevice device(registry, volumes, meter, commandService, progress);
     if (!quiet) device.setParent(std::make_shared<TerminalLog>(progress));
-    return static_cast<int>(carryOut(invocation, {device, registry, meter, answers, {std::cout, std::cerr}}));
+    return static_cast<int>(carryOut(invocation, {device, registry, meter, answers, watch, console}));
 }
 
 }  // namespace

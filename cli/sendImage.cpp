@@ -2,8 +2,12 @@
 
 #include <chrono>
 
+#include "base/stopProcess.h"
 #include "cli/OrdinaryFile.h"
+#include "cli/ServiceAnswers.h"
 #include "cli/TransferMeter.h"
+#include "cli/WriteWatch.h"
+#include "cli/complain.h"
 #include "cli/endOfRequest.h"
 #include "cli/verifyImage.h"
 #include "device/KestravDevice.h"
@@ -14,6 +18,8 @@ namespace kestrav {
 namespace {
 
 using Clock = std::chrono::steady_clock;
+
+constexpr const char* kSeeWhy = "'journalctl -t kestrav-commandd' tells why.";
 
 /// A file that is going to be sent, and how it ends until it has been.
 struct Sending {
@@ -37,6 +43,41 @@ UpdateResult cannotBeSent(const Problem& problem) {
     return UpdateResult().endedWith(ExitCode::wrongCall, problem.sentence);
 }
 
+/// What the board tells of a write whose answer did not come.
+UpdateResult followed(const UpdateResult& silent, const SendOptions& options, const CommandParts& parts) {
+    if (!options.quiet) complain(parts.console, "No answer has come. What the service's board says is waited for.");
+    switch (parts.watch.follow()) {
+        case WriteWatch::End::wrote:
+            return silent.endedWith(ExitCode::success, "The image is on " + silent.disk +
+                                                           ": the service's board says that it was written and "
+                                                           "compared, though no answer came.");
+        case WriteWatch::End::refused:
+            return silent.endedWith(ExitCode::wentWrong,
+                                    "Nothing was written: the service's board says that it refused.", kSeeWhy);
+        case WriteWatch::End::failed:
+            return silent.endedWith(ExitCode::wentWrong, "The update failed: the service's board says so.", kSeeWhy);
+        case WriteWatch::End::died:
+            return silent.endedWith(ExitCode::nobodyKnows,
+                                    "The service died while it wrote, so nobody knows what the accessory holds.",
+                                    "Send the image again.");
+        case WriteWatch::End::unknown:
+            return silent;
+    }
+    stopProcess();
+}
+
+/// What came of it once the service has had its say, by whichever of its ways.
+UpdateResult endOf(const Sending& sent, const SendOptions& options, const CommandParts& parts) {
+    UpdateResult result = endOfRequest(sent.result, parts);
+    const ServiceAnswers::Exchange* last = parts.answers.last();
+    const auto* silence = last != nullptr ? std::get_if<Unanswered>(&last->end) : nullptr;
+    const bool mayGoOn = silence != nullptr && (silence->why == Unanswered::Why::noReplyInTime ||
+                                                silence->why == Unanswered::Why::closedWithoutAReply);
+    if (result.status == ExitCode::nobodyKnows && mayGoOn) result = followed(result, options, parts);
+    if (result.status == ExitCode::success && options.verify) result = verifyImage(sent.file, result, parts.meter);
+    return result;
+}
+
 UpdateResult after(Clock::time_point start, UpdateResult result) {
     result.taken = Clock::now() - start;
     return result;
@@ -51,14 +92,13 @@ UpdateResult sendImage(const UpdateInvocation& update, const CommandParts& parts
     if (!ready) return cannotBeSent(ready.problem());
     const auto& [image, asked] = ready.value();
     KestravDevice& device = parts.device;
+    parts.watch.expect(asked.bytes);
     const bool handedOver = firmware ? device.firmwareUpdate(image.path()) : device.iconUpdate(image.path());
     if (!handedOver && asked.bytes == 0) {
         return asked.endedWith(ExitCode::failure, "The image is empty, so nothing was handed over.",
                                "Choose another one.");
     }
-    UpdateResult result = endOfRequest(asked, parts);
-    if (result.status == ExitCode::success && update.options.verify) result = verifyImage(image, result, parts.meter);
-    return after(start, result);
+    return after(start, endOf(ready.value(), update.options, parts));
 }
 
 UpdateResult sendImage(const PushInvocation& push, const CommandParts& parts) {
@@ -66,10 +106,9 @@ UpdateResult sendImage(const PushInvocation& push, const CommandParts& parts) {
     const auto ready = readyToSend(push.file, push.firstBlock);
     if (!ready) return cannotBeSent(ready.problem());
     const auto& [image, asked] = ready.value();
+    parts.watch.expect(asked.bytes);
     parts.device.pushDevice(push.firstBlock, image.path());
-    UpdateResult result = endOfRequest(asked, parts);
-    if (result.status == ExitCode::success && push.options.verify) result = verifyImage(image, result, parts.meter);
-    return after(start, result);
+    return after(start, endOf(ready.value(), push.options, parts));
 }
 
 }  // namespace kestrav

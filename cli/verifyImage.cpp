@@ -55,8 +55,10 @@ class OpenDisk {
 };
 
 UpdateResult verificationFailed(const UpdateResult& result, const std::string& reason) {
-    return result.endedWith(ExitCode::wentWrong, "Verification failed: " + reason + ".",
-                            "Unplug the accessory, plug it in again and send the image once more.");
+    UpdateResult differs = result;
+    differs.verified = false;
+    return differs.endedWith(ExitCode::wentWrong, "Verification failed: " + reason + ".",
+                             "Unplug the accessory, plug it in again and send the image once more.");
 }
 
 }  // namespace

@@ -32,12 +32,12 @@ _kestravctl() {
         '') words='detect drives firmware icon push pull read write helper --help --version' ;;
         detect | drives) words='--json --help' ;;
         firmware | icon)
-            words='--verify --json --quiet --help'
+            words='--verify --json --progress --quiet --help'
             ((values == 0)) && files='!*.fds'
             [[ $files && $command == icon ]] && files='!*.fif'
             ;;
         push)
-            words='--verify --json --quiet --help'
+            words='--verify --json --progress --quiet --help'
             ((values == 1)) && files='-'
             ;;
         write)

@@ -30,6 +30,7 @@ complete -c kestravctl -n '__fish_seen_subcommand_from detect drives' -l json -d
 set -l send '__fish_seen_subcommand_from firmware icon push'
 complete -c kestravctl -n $send -l verify -d 'Look at the disk a second time'
 complete -c kestravctl -n $send -l json -d 'Print one JSON object about the end'
+complete -c kestravctl -n $send -l progress -d 'With --json, print an object a line while it goes on'
 complete -c kestravctl -n $send -l quiet -d 'Say nothing unless something goes wrong'
 complete -c kestravctl -n '__fish_seen_subcommand_from firmware' -a '(__kestravctl_files fds)'
 complete -c kestravctl -n '__fish_seen_subcommand_from icon' -a '(__kestravctl_files fif)'

@@ -8,6 +8,7 @@
 #include "cli/ServiceAnswers.h"
 #include "cli/TransferMeter.h"
 #include "cli/WatchedRegistry.h"
+#include "cli/WriteWatch.h"
 #include "cli/carryOut.h"
 #include "tests/command/LoopbackService.h"
 #include "tests/device/fakes/EngineOnFakes.h"
@@ -64,7 +65,7 @@ class Commands : public testing::Test {
     }
 
     ExitCode carriedOut(const Invocation& invocation) {
-        return carryOut(invocation, {engine, registry, meter, serviceAnswers, {out, err}});
+        return carryOut(invocation, {engine, registry, meter, serviceAnswers, watch, {out, err}});
     }
 
     bool complained(std::string_view words) const { return err.str().find(words) != std::string::npos; }
@@ -72,8 +73,8 @@ class Commands : public testing::Test {
     LoopbackService service;
     EngineOnFakes on;
     ServiceAnswers serviceAnswers;
-    CommandService commands{
-        on.systemLog, {.port = service.port(), .connectSeconds = 5, .readSeconds = 5}, &serviceAnswers};
+    WriteWatch watch{serviceAnswers, {}, BoardReader(std::vector<fs::path>{})};
+    CommandService commands{on.systemLog, {.port = service.port(), .connectSeconds = 5, .readSeconds = 5}, &watch};
     WatchedRegistry registry{on.registry};
     TransferMeter meter{on.disks};
     KestravDevice engine{registry, on.volumes, meter, commands, on.console};
@@ -150,9 +151,9 @@ TEST_F(Update, IsJudgedByTheWriteAndNotByTheUnmounting) {
 
 TEST_F(Update, WithoutAServiceHandsNothingOver) {
     plugIn(2 << 20);
-    CommandService nobody(on.systemLog, {.port = 1, .connectSeconds = 5, .readSeconds = 5}, &serviceAnswers);
+    CommandService nobody(on.systemLog, {.port = 1, .connectSeconds = 5, .readSeconds = 5}, &watch);
     KestravDevice device(registry, on.volumes, meter, nobody, on.console);
-    const CommandParts parts{device, registry, meter, serviceAnswers, {out, err}};
+    const CommandParts parts{device, registry, meter, serviceAnswers, watch, {out, err}};
     EXPECT_EQ(carryOut(UpdateInvocation{ImageKind::icon, made("i", "x"), true}, parts), ExitCode::failure);
     EXPECT_EQ(err.str(), "kestravctl: The service is not running: systemctl start kestrav-commandd.socket\n");
 }

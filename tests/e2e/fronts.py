@@ -37,7 +37,8 @@ class CommandUpdate:
             lines = lines[:lines.index(HANDED_OVER[-1]) + 1]  # then comes the end, if it is a good one
         said = [line.removeprefix("kestravctl: ") for line in result.err.splitlines()]
         end = said.pop() if result.status != 0 and said else result.out.replace("\r", "").split("\n")[-2]
-        return Told(lines, "".join(said[-1:]), result.status, end)
+        answers = [line for line in said if not line.startswith("No answer has come.")]
+        return Told(lines, "".join(answers[-1:]), result.status, end)
 
 
 class WindowUpdate:

@@ -45,7 +45,7 @@ def command_line():
 
 
 def exit_statuses(text):
-    return re.findall(r"^  (\d)  ", section(text, "Exit status"), re.M)
+    return re.findall(r"^  (\d+)  ", section(text, "Exit status"), re.M)
 
 
 def synopsis(page):
@@ -80,7 +80,7 @@ class CommandLine(unittest.TestCase):
         page = (ROOT / "docs/man/kestravctl.1").read_text()
         statuses = exit_statuses(help_text())
         self.assertGreater(len(statuses), 3)
-        self.assertEqual(re.findall(r"^\.It (\d)", page, re.M), statuses)
+        self.assertEqual(re.findall(r"^\.It (\d+)$", page, re.M), statuses)
 
     def test_is_completed_by_bash(self):
         self.is_completed_by(shells.bash)

@@ -1,0 +1,190 @@
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <mutex>
+#include <thread>
+#include <unistd.h>
+
+#include "cli/WriteWatch.h"
+#include "cli/writtenSectors.h"
+#include "tests/TemporaryFolder.h"
+
+namespace kestrav {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+std::uint64_t ownStart() {
+    std::ifstream stat("/proc/self/stat");
+    std::string line;
+    std::getline(stat, line);
+    std::istringstream rest(line.substr(line.rfind(')') + 2));
+    std::string field;
+    for (int number = 3; number <= 22; ++number)
+        rest >> field;
+    return std::stoull(field);
+}
+
+/// A process that has ended, and been taken note of.
+pid_t endedProcess() {
+    const pid_t child = ::fork();
+    if (child == 0) ::_exit(0);
+    ::waitpid(child, nullptr, 0);
+    return child;
+}
+
+class TheWatch : public testing::Test {
+  protected:
+    void post(std::string_view phase, std::uint64_t done, std::string_view more = "", pid_t writer = ::getpid(),
+              int begun = 2000) const {
+        const std::string fresh = folder_.path() / "new";
+        std::ofstream(fresh) << R"({"version":1,"disk":"sdzz","user":)" << ::geteuid() << R"(,"asker":)" << ::getpid()
+                             << R"(,"writer":)" << writer << R"(,"writerStart":)" << start_
+                             << R"(,"firstBlock":1536,"bytes":1000,"phase":")" << phase << R"(","done":)" << done
+                             << R"(,"of":1000,"begun":)" << begun << more << "}";
+        std::filesystem::rename(fresh, folder_.path() / "sdzz.json");
+    }
+    void ask(WriteWatch& watch) const { watch.asked("dd", Texts{"if=/a", "of=/dev/rsdzz", "seek=1536", "bs=512"}); }
+
+    /// What the watch has shown so far.
+    std::vector<WriteState> shown() {
+        const std::scoped_lock lock(mutex_);
+        return shown_;
+    }
+    template <class Condition>
+    bool comes(Condition condition) {
+        for (int look = 0; look < 600; ++look, std::this_thread::sleep_for(std::chrono::milliseconds(50)))
+            if (condition()) return true;
+        return false;
+    }
+    WriteWatch::Show show() {
+        return [this](const WriteState& state) {
+            const std::scoped_lock lock(mutex_);
+            shown_.push_back(state);
+        };
+    }
+    BoardReader board() const { return BoardReader(std::vector{folder_.path()}); }
+
+    ServiceAnswers answers_;
+
+  private:
+    TemporaryFolder folder_;
+    std::uint64_t start_ = ownStart();
+    std::mutex mutex_;
+    std::vector<WriteState> shown_;
+};
+
+TEST_F(TheWatch, PassesOnWhatIsAskedAndAnswered) {
+    WriteWatch watch(answers_, {}, board());
+    ask(watch);
+    watch.answered("Refused: no.");
+    ask(watch);
+    watch.unanswered({Unanswered::Why::notAccepted, "Nobody."});
+    ASSERT_EQ(answers_.exchanges().size(), 2U);
+    EXPECT_EQ(std::get<ServiceAnswers::Given>(answers_.exchanges()[0].end).answer.meaning, Answer::Meaning::refused);
+    EXPECT_EQ(std::get<Unanswered>(answers_.exchanges()[1].end).why, Unanswered::Why::notAccepted);
+}
+
+TEST_F(TheWatch, ShowsHowTheWriteGoesOnAndNoOther) {
+    WriteWatch watch(answers_, show(), board());
+    post("done", 1000, R"(,"verdict":"failed")", ::getpid(), 1000);
+    ask(watch);
+    EXPECT_EQ(shown(), (std::vector<WriteState>{{"sdzz", WritePhase::asking}}));
+    post("writing", 400);
+    EXPECT_TRUE(comes([&] { return shown().back().done == 400; }));
+    EXPECT_EQ(shown().size(), 2U) << "the write before was shown, too";
+    EXPECT_EQ(shown().back().phase, WritePhase::writing);
+    post("writing", 900);
+    EXPECT_TRUE(comes([&] { return shown().back().done == 900 && shown().back().bytesASecond > 0; }));
+    EXPECT_EQ(watch.state()->done, 900U);
+    watch.answered("Wrote.");
+    EXPECT_EQ(watch.state(), std::nullopt);
+}
+
+TEST_F(TheWatch, LeavesTheWriteOfSomebodyElseAlone) {
+    WriteWatch watch(answers_, {}, board());
+    watch.asked("dd", Texts{"if=/a", "of=/dev/rsdzz", "seek=77", "bs=512"});
+    post("writing", 400);
+    EXPECT_EQ(watch.state()->phase, WritePhase::asking);
+    watch.unanswered({Unanswered::Why::noReplyInTime, ""});
+    EXPECT_EQ(watch.follow(), WriteWatch::End::unknown);
+}
+
+TEST_F(TheWatch, WatchesNoUnmounting) {
+    WriteWatch watch(answers_, show(), board());
+    watch.asked("umount", Texts{"/dev/sdzzs1"});
+    EXPECT_EQ(watch.state(), std::nullopt);
+    EXPECT_TRUE(shown().empty());
+}
+
+TEST_F(TheWatch, FollowsAWriteWithoutAnAnswerToItsEnd) {
+    int begun = 3000;
+    for (const auto& [verdict, end] :
+         {std::pair("wrote", WriteWatch::End::wrote), std::pair("refused", WriteWatch::End::refused),
+          std::pair("failed", WriteWatch::End::failed)}) {
+        WriteWatch watch(answers_, show(), board());
+        ask(watch);
+        watch.unanswered({Unanswered::Why::noReplyInTime, ""});
+        post("checking", 500, "", ::getpid(), ++begun);
+        const std::size_t before = shown().size();
+        std::thread service([&, verdict = verdict] {
+            comes([&] { return shown().size() > before; });
+            post("done", 1000, R"(,"verdict":")" + std::string(verdict) + "\"", ::getpid(), begun);
+        });
+        EXPECT_EQ(watch.follow(), end) << verdict;
+        service.join();
+        EXPECT_EQ(shown().back().phase, WritePhase::checking);
+        EXPECT_EQ(watch.state(), std::nullopt);
+    }
+}
+
+TEST_F(TheWatch, KnowsWhenWhoWroteIsGone) {
+    WriteWatch watch(answers_, {}, board());
+    ask(watch);
+    watch.unanswered({Unanswered::Why::closedWithoutAReply, ""});
+    post("writing", 500, "", endedProcess());
+    EXPECT_EQ(watch.follow(), WriteWatch::End::died);
+    post("done", 1000, R"(,"verdict":"wrote")", endedProcess());
+    EXPECT_EQ(watch.follow(), WriteWatch::End::wrote);
+}
+
+TEST_F(TheWatch, KnowsNothingWithoutABoard) {
+    WriteWatch watch(answers_, {}, board());
+    ask(watch);
+    watch.unanswered({Unanswered::Why::noReplyInTime, ""});
+    EXPECT_EQ(watch.follow(), WriteWatch::End::unknown);
+}
+
+TEST(WrittenSectors, AreTheSeventhNumberOfTheKernelsLine) {
+    const TemporaryFolder folder;
+    std::filesystem::create_directory(folder.path() / "sdb");
+    std::ofstream(folder.path() / "sdb" / "stat") << "  10  0  80  5  20  1  4096  7  0  3  12\n";
+    EXPECT_EQ(writtenSectors("sdb", folder.path()), 4096U);
+    EXPECT_EQ(writtenSectors("sdc", folder.path()), std::nullopt);
+    EXPECT_EQ(writtenSectors("../sdb", folder.path()), std::nullopt);
+    EXPECT_EQ(writtenSectors("", folder.path()), std::nullopt);
+    std::ofstream(folder.path() / "sdb" / "stat") << "  10  0  80\n";
+    EXPECT_EQ(writtenSectors("sdb", folder.path()), std::nullopt);
+}
+
+TEST(ProgressWords, SayPhaseShareSpeedAndWhatNotToDo) {
+    EXPECT_EQ(progressWords({"sdb", WritePhase::writing, 50, 200, 11340000}),
+              "Writing: 25 %, 11.3 MB/s. Don't unplug the accessory.");
+    EXPECT_EQ(progressWords({"sdb", WritePhase::checking, 200, 200}), "Checking: 100 %. Don't unplug the accessory.");
+    EXPECT_EQ(progressWords({"sdb", WritePhase::unmounting}), "Unmounting. Don't unplug the accessory.");
+    EXPECT_EQ(progressWords({"sdb", WritePhase::flushing}),
+              "Waiting until the accessory has kept it. Don't unplug the accessory.");
+    const std::uint64_t huge = std::numeric_limits<std::uint64_t>::max();
+    EXPECT_EQ(progressWords({"sdb", WritePhase::reading, huge, huge}),
+              "Reading the image: 100 %. Don't unplug the accessory.");
+    EXPECT_EQ(progressWords({"sdb", WritePhase::asking}), "") << "a password may be typed in that line";
+    EXPECT_EQ(progressWords({"sdb", WritePhase::done}), "");
+}
+
+TEST(ProgressObject, HasEveryMember) {
+    EXPECT_EQ(progressObject({"sdb", WritePhase::writing, 50, 200, 7}),
+              R"({"disk":"sdb","phase":"writing","done":50,"of":200,"bytesPerSecond":7})");
+}
+
+}  // namespace
+}  // namespace kestrav
