@@ -21,8 +21,8 @@ std::string findTheListener() {
 
 /// Whether it is the beginning of something that the service says.
 bool isHalfOfOurs(std::string_view answer) {
-    constexpr std::array prefixes{kWrotePrefix, kUnmountedPrefix, kRefusedPrefix, kFailedPrefix};
-    return std::ranges::any_of(prefixes, [&](std::string_view prefix) {
+    constexpr std::array kPrefixes{kWrotePrefix, kUnmountedPrefix, kRefusedPrefix, kFailedPrefix};
+    return std::ranges::any_of(kPrefixes, [&](std::string_view prefix) {
         const std::size_t common = std::min(prefix.size(), answer.size());
         return answer.substr(0, common) == prefix.substr(0, common);
     });

@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "json/record/fieldKinds.h"
+#include "json/record/WithFormInJSON.h"
 
 namespace kestrav {
 

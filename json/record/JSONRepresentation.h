@@ -8,7 +8,7 @@
 #include "json/record/Boxed.h"
 #include "json/record/JSONField.h"
 #include "json/record/JSONSerializable.h"
-#include "json/record/fieldKinds.h"
+#include "json/record/WithFormInJSON.h"
 
 namespace kestrav {
 

@@ -5,7 +5,7 @@
 
 #include "base/stopProcess.h"
 #include "json/tree/exactOrder.h"
-#include "json/tree/numberText.h"
+#include "json/tree/writeNumber.h"
 
 namespace kestrav {
 namespace {

@@ -1,6 +1,6 @@
 #include "json/tree/TextOutput.h"
 
-#include "json/tree/TreeLeafNodes.h"
+#include "json/tree/TreeDecimalNode.h"
 #include "json/tree/scanText.h"
 
 namespace kestrav {

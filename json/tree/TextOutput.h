@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "json/tree/hasMarks.h"
-#include "json/tree/numberText.h"
+#include "json/tree/writeNumber.h"
 
 namespace kestrav {
 

@@ -1,8 +1,9 @@
 #include "json/tree/Tree.h"
 
 #include "base/stopProcess.h"
-#include "json/tree/TreeLeafNodes.h"
+#include "json/tree/TreeDecimalNode.h"
 #include "json/tree/TreeMapNode.h"
+#include "json/tree/TreeObjectNode.h"
 #include "json/tree/releaseNode.h"
 #include "json/tree/sameContent.h"
 #include "json/tree/unlentCopy.h"

@@ -2,8 +2,8 @@
 
 #include <new>
 
-#include "json/tree/TreeLeafNodes.h"
 #include "json/tree/TreeMapNode.h"
+#include "json/tree/TreeTextNode.h"
 
 namespace kestrav {
 

@@ -4,8 +4,9 @@
 #include <new>
 #include <span>
 
-#include "json/tree/TreeLeafNodes.h"
+#include "json/tree/TreeDecimalNode.h"
 #include "json/tree/TreeMapNode.h"
+#include "json/tree/TreeObjectNode.h"
 
 namespace kestrav {
 namespace {

@@ -37,11 +37,7 @@ GIVEN_CONSTANTS = {
     "json/value/JSONError.h": ("ErrorDomain", "ErrorUnsupportedType", "ErrorIndexOutOfBounds", "ErrorWrongType",
                                "ErrorNotExist", "ErrorInvalidJSON", "ReadingErrorDomain", "ErrorUnreadable",
                                "LocalizedDescriptionKey"),
-    "json/tree/TreeBuilder.h": ("max_object_size", "max_array_size", "max_key_size", "max_string_size"),
 }
-
-# Folders that are being rebuilt: their complaints are printed, but don't fail yet. To be empty when that is done.
-NOT_YET = ("cli/", "command/AnswerTo.cpp", "json/")
 
 RULES = ("header", "source", "iostream", "constant")
 COMMENT_OR_TEXT = re.compile(r'R"\(.*?\)"|"(?:\\.|[^"\\\n])*"|//[^\n]*|/\*.*?\*/', re.DOTALL)
@@ -162,8 +158,8 @@ def main():
     print(f"{len(texts)} files: " + ", ".join(f"{rule} {len(found[rule])}" for rule in RULES))
     wrong = [sentence for rule in RULES for sentence in found[rule]]
     for sentence in wrong:
-        print(f"not yet: {sentence}" if sentence.startswith(NOT_YET) else sentence)
-    return 0 if all(sentence.startswith(NOT_YET) for sentence in wrong) else 1
+        print(sentence)
+    return 1 if wrong else 0
 
 
 if __name__ == "__main__":

@@ -1,4 +1,4 @@
-#include "json/tree/numberText.h"
+#include "json/tree/writeNumber.h"
 
 #include <algorithm>
 #include <array>

@@ -8,8 +8,8 @@
 
 #include "json/tree/Tree.h"
 #include "json/tree/dataWithJSONObject.h"
-#include "json/tree/numberText.h"
 #include "json/tree/readJSON.h"
+#include "json/tree/writeNumber.h"
 
 namespace kestrav {
 namespace {

@@ -11,7 +11,7 @@
 
 #include "json/tree/Tree.h"
 
-/// The sorts of fields that a record can have, as the conversion tells them apart.
+/// What a field of a record can be: the sorts that the conversion tells apart, and the one that takes them all.
 namespace kestrav::record {
 
 /// A text.
