@@ -1,50 +1,14 @@
 // Each allocation of each change of a tree is failed in turn: what is raised is std::bad_alloc, the tree is as it was,
-// and nothing is lost. Freed memory is overwritten, so that whoever reads it still is found out.
+// and nothing is lost.
 
-#include <cstdlib>
-#include <cstring>
 #include <functional>
 #include <gtest/gtest.h>
-#include <malloc.h>
-#include <new>
 #include <string>
 
 #include "json/tree/Tree.h"
 #include "json/tree/dataWithJSONObject.h"
 #include "json/tree/readJSON.h"
-
-namespace {
-
-long long allowed = -1;  // allocations before the one that fails; negative: none does
-long long living = 0;
-
-void* allocated(std::size_t size) {
-    if (allowed == 0) throw std::bad_alloc();
-    if (allowed > 0) --allowed;
-    void* memory = std::malloc(size);
-    if (memory == nullptr) throw std::bad_alloc();
-    ++living;
-    return memory;
-}
-
-void released(void* memory) noexcept {
-    if (memory == nullptr) return;
-    --living;
-    std::memset(memory, 0xDD, ::malloc_usable_size(memory));
-    std::free(memory);
-}
-
-}  // namespace
-
-void* operator new(std::size_t size) {
-    return allocated(size);
-}
-void operator delete(void* memory) noexcept {
-    released(memory);
-}
-void operator delete(void* memory, std::size_t) noexcept {
-    released(memory);
-}
+#include "tests/json/FailingMemory.h"
 
 namespace kestrav {
 namespace {
@@ -90,77 +54,69 @@ INSTANTIATE_TEST_SUITE_P(
                            }}),
     [](const auto& row) { return std::string(row.param.name); });
 
-/// Runs `work` until it has all the memory it asks for; how often it had not.
-int failInTurn(const std::function<void()>& work, const std::function<void()>& afterFailure) {
-    for (int failures = 0;; ++failures) {
-        allowed = failures;
-        try {
-            work();
-            allowed = -1;
-            return failures;
-        } catch (const std::bad_alloc&) {
-            allowed = -1;
-            afterFailure();
-        }
-    }
-}
+using Later = FailingMemory::Later;
 
-TEST_P(TreeOutOfMemory, LeavesTheTreeAsItWasAndLosesNothing) {
-    static_cast<void>(document());  // whatever is set up once
+/// The change, on a tree whose nodes another one shares or doesn't; each piece of memory is back at the end.
+void changeWithoutMemory(const Change& change, bool shared, Later later) {
     const Tree before = document();
-    const std::string textBefore = dataWithJSONObject(before);
-    for (const bool shared : {false, true}) {
-        const long long lived = living;
-        int failures = 0;
-        {
-            Tree tree = document();
-            const Tree other = shared ? tree : Tree();
-            failures = failInTurn([&] { GetParam().make(tree); },
-                                  [&] { EXPECT_TRUE(tree == before) << dataWithJSONObject(tree); });
-            if (shared) {
-                EXPECT_EQ(other, before);
-            }
-        }
-        EXPECT_EQ(living, lived);
+    const long long lived = FailingMemory::living();
+    {
+        Tree tree = document();
+        const Tree other = shared ? tree : Tree();
+        const int failures = FailingMemory::failInTurn(
+            later, [&] { change.make(tree); }, [&] { EXPECT_TRUE(tree == before) << dataWithJSONObject(tree); });
         // What is shared has to be copied before it is changed.
         if (shared) {
+            EXPECT_EQ(other, before);
             EXPECT_GT(failures, 0);
         }
     }
-    EXPECT_EQ(dataWithJSONObject(before), textBefore);
+    EXPECT_EQ(FailingMemory::living(), lived);
+}
+
+TEST_P(TreeOutOfMemory, LeavesTheTreeAsItWasAndLosesNothing) {
+    const std::string textBefore = dataWithJSONObject(document());
+    for (const Later later : {Later::succeed, Later::fail}) {
+        changeWithoutMemory(GetParam(), false, later);
+        changeWithoutMemory(GetParam(), true, later);
+    }
+    EXPECT_EQ(dataWithJSONObject(document()), textBefore);
+}
+
+/// Fails each allocation of what leaves nothing behind; how many there are.
+int workWithoutMemory(const std::function<void()>& work) {
+    const long long lived = FailingMemory::living();
+    const auto nothingLives = [&] { EXPECT_EQ(FailingMemory::living(), lived); };
+    const int failures = FailingMemory::failInTurn(Later::succeed, work, nothingLives);
+    EXPECT_EQ(FailingMemory::failInTurn(Later::fail, work, nothingLives), failures);
+    nothingLives();
+    return failures;
 }
 
 TEST(ReadingOutOfMemory, LosesNothing) {
-    static_cast<void>(document());
-    const long long lived = living;
-    const int failures = failInTurn([] { static_cast<void>(document()); }, [&] { EXPECT_EQ(living, lived); });
-    EXPECT_GT(failures, 3);
-    EXPECT_EQ(living, lived);
+    static_cast<void>(document());  // whatever is set up once
+    EXPECT_GT(workWithoutMemory([] { static_cast<void>(document()); }), 3);
 }
 
 TEST(WritingOutOfMemory, LosesNothing) {
-    const Tree tree = document();
-    const long long lived = living;
-    const int failures =
-        failInTurn([&] { static_cast<void>(dataWithJSONObject(tree)); }, [&] { EXPECT_EQ(living, lived); });
-    EXPECT_GT(failures, 0);
-    EXPECT_EQ(living, lived);
+    Tree tree = document();
+    tree.setMember("large", Tree(std::string(300'000, '\n')));
+    EXPECT_GT(workWithoutMemory([&] { static_cast<void>(dataWithJSONObject(tree)); }), 10);
 }
 
 TEST(ComparingOutOfMemory, LosesNothing) {
     const Tree left = document();
     const Tree right = document();
-    const long long lived = living;
-    EXPECT_GT(failInTurn([&] { EXPECT_EQ(left == right, true); }, [&] { EXPECT_EQ(living, lived); }), 0);
+    EXPECT_GT(workWithoutMemory([&] { EXPECT_EQ(left == right, true); }), 0);
 }
 
 TEST(NumbersWithoutMemory, AreComparedAndConverted) {
     const Number decimal = Number::decimalNumber("123456789012345678901234567890.5");
-    allowed = 0;
+    FailingMemory::failAfter(0, Later::fail);
     const bool isLess = std::is_lt(Number(1.5).compare(decimal));
     const double value = decimal.doubleValue();
     const bool isEqual = Number(0.1) == Number::decimalNumber("0.1");
-    allowed = -1;
+    EXPECT_FALSE(FailingMemory::stopFailing());
     EXPECT_TRUE(isLess);
     EXPECT_EQ(value, 123456789012345678901234567890.5);
     EXPECT_FALSE(isEqual);

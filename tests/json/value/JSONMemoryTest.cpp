@@ -1,47 +1,12 @@
 // Each allocation of each operation is failed in turn: what is raised is std::bad_alloc, the value is as it was, and
 // nothing is lost.
 
-#include <cstdlib>
 #include <gtest/gtest.h>
 #include <memory>
-#include <new>
-#include <utility>
+#include <string>
 
 #include "json/value/JSONEditor.h"
-
-namespace {
-
-long long allowed = -1;  // allocations before the one that fails; negative: none does
-long long living = 0;
-
-void* allocated(std::size_t size) {
-    if (allowed == 0) {
-        allowed = -1;
-        throw std::bad_alloc();
-    }
-    if (allowed > 0) --allowed;
-    void* memory = std::malloc(size);
-    if (memory == nullptr) throw std::bad_alloc();
-    ++living;
-    return memory;
-}
-
-void released(void* memory) noexcept {
-    if (memory != nullptr) --living;
-    std::free(memory);
-}
-
-}  // namespace
-
-void* operator new(std::size_t size) {
-    return allocated(size);
-}
-void operator delete(void* memory) noexcept {
-    released(memory);
-}
-void operator delete(void* memory, std::size_t) noexcept {
-    released(memory);
-}
+#include "tests/json/FailingMemory.h"
 
 namespace kestrav {
 namespace {
@@ -109,35 +74,28 @@ INSTANTIATE_TEST_SUITE_P(
                     Row{"RemoveMember", [](Values& v) { static_cast<void>(v.json.remove("name")); }}),
     [](const auto& row) { return std::string(row.param.name); });
 
-/// Acts with the allocation of that number failing. Whether it came so far.
-bool actFailing(const Row& row, long long number, Values& values) {
-    allowed = number;
-    bool raised = false;
-    try {
-        row.act(values);
-    } catch (const std::bad_alloc&) {
-        raised = true;
+using Later = FailingMemory::Later;
+
+void changeWithoutMemory(const Row& row, Later later) {
+    const Values before;
+    const long long lived = FailingMemory::living();
+    {
+        Values values;
+        const auto isAsBefore = [&] {
+            EXPECT_TRUE(same(values.json, before.json));
+            EXPECT_TRUE(same(values.other, before.other));
+        };
+        const int failures = FailingMemory::failInTurn(
+            later, [&] { row.act(values); }, isAsBefore);
+        EXPECT_GT(failures, 0) << "nothing was allocated, so nothing was tried";
     }
-    const bool failed = std::exchange(allowed, -1) < 0;
-    EXPECT_EQ(raised, failed) << "allocation " << number;
-    return failed;
+    EXPECT_EQ(FailingMemory::living(), lived);
 }
 
 TEST_P(JSONOutOfMemory, LeavesTheValueAsItWas) {
-    const Values before;
     GetParam().act(*std::make_unique<Values>());  // what is made once a process is made here
-    long long failing = 0;
-    for (bool failed = true; failed; ++failing) {
-        const long long livingBefore = living;
-        {
-            Values values;
-            failed = actFailing(GetParam(), failing, values);
-            EXPECT_TRUE(!failed || same(values.json, before.json)) << "allocation " << failing;
-            EXPECT_TRUE(!failed || same(values.other, before.other)) << "allocation " << failing;
-        }
-        EXPECT_EQ(living, livingBefore) << "allocation " << failing;
-    }
-    EXPECT_GT(failing, 1) << "nothing was allocated, so nothing was tried";
+    changeWithoutMemory(GetParam(), Later::succeed);
+    changeWithoutMemory(GetParam(), Later::fail);
 }
 
 class JSONReadsOutOfMemory : public testing::TestWithParam<Row> {};
@@ -177,13 +135,14 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_P(JSONReadsOutOfMemory, LosesNothing) {
     Values values;
     GetParam().act(values);  // what is made once a process is made here
-    long long failing = 0;
-    for (bool failed = true; failed; ++failing) {
-        const long long livingBefore = living;
-        failed = actFailing(GetParam(), failing, values);
-        EXPECT_EQ(living, livingBefore) << "allocation " << failing;
+    const long long lived = FailingMemory::living();
+    for (const Later later : {Later::succeed, Later::fail}) {
+        const auto nothingLives = [&] { EXPECT_EQ(FailingMemory::living(), lived); };
+        const int failures = FailingMemory::failInTurn(
+            later, [&] { GetParam().act(values); }, nothingLives);
+        EXPECT_GT(failures, 0) << "nothing was allocated, so nothing was tried";
+        nothingLives();
     }
-    EXPECT_GT(failing, 1) << "nothing was allocated, so nothing was tried";
 }
 
 }  // namespace
