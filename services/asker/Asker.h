@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <sys/types.h>
 
 #include "base/Outcome.h"
@@ -21,6 +22,15 @@ class Asker {
     virtual Outcome<void> couldDoItself() = 0;
     /// Whether a person may be asked for a password on the asker's behalf.
     virtual bool mayBePrompted() const = 0;
+    /// Before a person is asked about `subject`: waits until nobody is asked on behalf of another request of the same.
+    /// Refused with what somebody has just said to such a request, or where the request was given up meanwhile; then
+    /// nobody is to be asked.
+    virtual Outcome<void> awaitTurn(const ConsentSubject&) { return {}; }
+    /// After that turn: what came of asking.
+    virtual void tellDecision(const Outcome<void>&) {}
+    /// `handler` is called when the asker is answered before a person has decided, and the question goes on without
+    /// the request.
+    virtual void whenAnswered(std::function<void()>) {}
     /// Whether the answer is still wanted; asked again and again while a person thinks about it.
     virtual bool stillWants() = 0;
     /// Asked once, at the last moment at which nothing has happened yet. May wait. After `false` nothing happens.

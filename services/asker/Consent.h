@@ -2,12 +2,27 @@
 
 #include <functional>
 #include <sys/types.h>
+#include <system_error>
 
 #include "base/Outcome.h"
 #include "services/asker/ConsentSubject.h"
 #include "services/asker/Intent.h"
 
 namespace kestrav {
+
+/// The asker does not want it any more.
+inline Problem givenUpBeforeConsent() {
+    return refused("the request was given up before consent was given.");
+}
+
+/// Somebody was asked and said no, or typed a wrong password; or a rule says no.
+inline Problem deniedByAPerson() {
+    return refused("an administrator did not agree.", std::make_error_code(std::errc::operation_not_permitted));
+}
+/// Whether it is that, and not that nobody could be asked.
+inline bool isDecisionOfAPerson(const Problem& problem) {
+    return problem.cause == std::errc::operation_not_permitted;
+}
 
 /// Whether somebody may have commands run with the service's rights who could not do it without the service. Whatever
 /// goes wrong is no consent: everything but a value is a refusal.

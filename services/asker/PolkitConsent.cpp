@@ -51,7 +51,7 @@ Outcome<void> judged(sd_bus_message* answer) {
     if (challenge != 0) {
         return refused("an administrator has to agree, and there is no way to ask for a password here.");
     }
-    return refused("an administrator did not agree.");
+    return deniedByAPerson();
 }
 
 int onAnswer(sd_bus_message* answer, void* question, sd_bus_error*) {
@@ -129,7 +129,7 @@ Outcome<void> PolkitConsent::given(const ConsentSubject& subject, const Intent& 
         if (result < 0) return unreachable(result);
         if (result > 0) continue;
         // Leaving closes the connection, and with it polkit closes the prompt.
-        if (!stillWanted()) return refused("the request was given up before consent was given.");
+        if (!stillWanted()) return givenUpBeforeConsent();
         if (std::chrono::steady_clock::now() >= end) return refused("nobody answered the request for a password.");
         sd_bus_wait(raw, kGlance);
     }

@@ -6,6 +6,19 @@
 #include "services/asker/Consent.h"
 
 namespace kestrav {
+namespace {
+
+Outcome<void> decided(Consent& consent, Asker& asker, const ConsentSubject& subject, const Intent& intent) {
+    const auto stillWanted = [&asker] { return asker.stillWants(); };
+    // Nobody is bothered then, so nobody is bothered twice.
+    if (!asker.mayBePrompted()) return consent.given(subject, intent, false, stillWanted);
+    if (auto turn = asker.awaitTurn(subject); !turn) return turn;
+    auto decision = consent.given(subject, intent, true, stillWanted);
+    asker.tellDecision(decision);
+    return decision;
+}
+
+}  // namespace
 
 bool needsConsent(uid_t uid) {
     return uid != 0 && uid != ::geteuid();
@@ -20,8 +33,7 @@ Outcome<void> obtainConsent(Consent& consent, Asker& asker, const Intent& intent
     if (auto possible = consent.canBeGivenTo(asker.uid()); !possible) return possible;
     const auto subject = asker.subject();
     if (!subject) return subject.problem();
-    const auto stillWanted = [&asker] { return asker.stillWants(); };
-    if (auto given = consent.given(subject.value(), intent, asker.mayBePrompted(), stillWanted); !given) return given;
+    if (auto given = decided(consent, asker, subject.value(), intent); !given) return given;
     // A connection that was passed on meanwhile is somebody else's.
     const auto now = asker.subject();
     if (!now) return now.problem();

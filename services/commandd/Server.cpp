@@ -58,6 +58,7 @@ class Server::Peer final : public Request {
         for (Leaving& peer : server_.leaving_)
             peer.connection.reset();
     }
+    void letGo() override { connection.reset(); }
     bool isStillWanted() const override { return !hasGone(connection.get()); }
     void ended(const RequestEnd& end) override { server_.answer(*this, end); }
 
@@ -161,10 +162,10 @@ void Server::receive(Peer& peer) {
     jobs_.start(std::move(place), std::move(complete));
 }
 
-/// A request that has begun is not given up.
+/// A request that has begun is not given up, and a question that is open goes on.
 void Server::giveUpUnagreed(Peer& peer) {
     peer.isLate = true;
-    jobs_.giveUp(peer);
+    jobs_.giveUpUnagreed(peer);
 }
 
 void Server::turnAway(Peer& peer, const Problem& problem) {

@@ -100,6 +100,7 @@ void BoardNote::advance(std::uint64_t bytes) {
 }
 
 void BoardNote::end(WriteVerdict verdict) {
+    if (!verdict_.empty()) return;
     phase_ = WritePhase::done;
     verdict_ = kWriteVerdictWords.at(static_cast<std::size_t>(verdict));
     if (lock() && (isBegun_ || current().find(writer_) != std::string::npos)) post();

@@ -45,7 +45,8 @@ class BoardNote final : public WriteProgress {
     void measure(std::uint64_t bytes) { bytes_ = bytes; }
     void enter(WritePhase phase, std::uint64_t bytes) override;
     void advance(std::uint64_t bytes) override;
-    /// The last that is said, and the board is free. Without begin() it is said only where ask() was.
+    /// The last that is said, and the board is free: what comes later says nothing. Without begin() it is said only
+    /// where ask() was.
     void end(WriteVerdict verdict);
 
     /// Where a service keeps its board: what systemd has made for it; else root's place, or below the folder that the

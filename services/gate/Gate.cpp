@@ -127,6 +127,8 @@ GateAnswer Gate::perform(Asker& asker, std::string_view command, std::span<const
         // Nobody is asked to agree to an image that can't be opened.
         if (!intent) request = intent.problem();
         if (intent && needsConsent(asker.uid())) note.ask();
+        // Later on the board may be the next request's.
+        asker.whenAnswered([&note] { note.end(WriteVerdict::refused); });
         const auto consent = intent ? obtainConsent(consent_, asker, intent.value()) : Outcome<void>();
         if (!consent) {
             note.end(WriteVerdict::refused);

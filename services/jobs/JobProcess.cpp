@@ -9,97 +9,56 @@
 #include <variant>
 
 #include "base/retry.h"
-#include "services/asker/Asker.h"
 #include "services/gate/Gate.h"
 #include "services/gate/answerFor.h"
+#include "services/gate/shownCommandLine.h"
+#include "services/jobs/AskerOfJob.h"
 #include "services/jobs/Request.h"
 #include "services/jobs/blockEndingSignals.h"
-#include "services/jobs/endLastForWantOfMemory.h"
-#include "services/jobs/keepAwake.h"
 
 namespace kestrav {
 namespace {
 
-// Each message's first byte. Of a denial the text goes as far as a NUL, and behind it stands what was asked.
-constexpr char kWantsToBegin = 'B';
-constexpr char kAnswered = 'A';
-constexpr char kDenied = 'R';
-constexpr char kNotBegun = 'N';
-
-void say(int channel, char kind, std::string_view text) {
-    std::string message(1, kind);
-    message += text;
-    retry([&] { return ::send(channel, message.data(), message.size(), MSG_NOSIGNAL); });
-}
-
-/// Half a write is worse for the accessory than a service that has to be started again, and the disk stays locked until
-/// the write is over.
-void outliveService() {
-    ::prctl(PR_SET_PDEATHSIG, 0);
-    endLastForWantOfMemory();
-}
-
-/// The request's asker, who wants nothing any more once the service has given the request up.
-class AskerOfService final : public Asker {
-  public:
-    AskerOfService(Asker& asker, int channel) : asker_(asker), channel_(channel) {}
-
-    uid_t uid() const override { return asker_.uid(); }
-    Outcome<ConsentSubject> subject() override { return asker_.subject(); }
-    Outcome<void> couldDoItself() override { return asker_.couldDoItself(); }
-    bool mayBePrompted() const override { return asker_.mayBePrompted(); }
-    bool stillWants() override { return !isGivenUp() && asker_.stillWants(); }
-    bool mayBegin() override {
-        say(channel_, kWantsToBegin, {});
-        char byte = 0;
-        if (retry([&] { return ::recv(channel_, &byte, 1, 0); }) != 1 || !asker_.mayBegin()) return false;
-        outliveService();
-        if (writes_) awake_ = keepAwake();
-        return true;
-    }
-    /// What is asked is a write, which a sleep or a shutdown would cut in two.
-    void keepAwakeOnceBegun() { writes_ = true; }
-
-  private:
-    bool isGivenUp() const {
-        char byte = 0;
-        return ::recv(channel_, &byte, 1, MSG_PEEK | MSG_DONTWAIT) == 0;
-    }
-
-    Asker& asker_;
-    int channel_;
-    bool writes_ = false;
-    UniqueFd awake_;
-};
-
-GateAnswer carriedOut(Request& request, AskerOfService& asker, Gate& gate) {
+GateAnswer carriedOut(Request& request, AskerOfJob& asker, Gate& gate) {
     const auto asked = request.read();
     if (!asked) return {GateAnswer::Kind::denied, answerFor(asked.problem())};
     const auto parsed = parsePrivilegedRequest(asked.value().command, asked.value().arguments);
+    asker.isAskedFor(shownCommandLine({}, asked.value().command, asked.value().arguments));
     if (parsed && std::holds_alternative<WriteRequest>(parsed.value())) asker.keepAwakeOnceBegun();
     return gate.perform(asker, asked.value().command, asked.value().arguments);
 }
 
-char byteFor(GateAnswer::Kind kind) {
+FromJob wordFor(GateAnswer::Kind kind) {
     switch (kind) {
         case GateAnswer::Kind::answered:
-            return kAnswered;
+            return FromJob::answered;
         case GateAnswer::Kind::denied:
-            return kDenied;
+            return FromJob::denied;
         case GateAnswer::Kind::notBegun:
             break;
     }
-    return kNotBegun;
+    return FromJob::notBegun;
 }
 
-GateAnswer::Kind kindOf(char byte) {
-    if (byte == kAnswered) return GateAnswer::Kind::answered;
-    return byte == kDenied ? GateAnswer::Kind::denied : GateAnswer::Kind::notBegun;
+/// Nothing where the message is no answer.
+std::optional<GateAnswer::Kind> kindOf(FromJob word) {
+    switch (word) {
+        case FromJob::answered:
+            return GateAnswer::Kind::answered;
+        case FromJob::denied:
+            return GateAnswer::Kind::denied;
+        case FromJob::notBegun:
+            return GateAnswer::Kind::notBegun;
+        case FromJob::wantsToAsk:
+        case FromJob::hasAsked:
+        case FromJob::wasDenied:
+        case FromJob::wantsToBegin:
+            break;
+    }
+    return std::nullopt;
 }
 
-GateAnswer answerIn(std::string_view message) {
-    const GateAnswer::Kind kind = kindOf(message[0]);
-    const std::string_view text = message.substr(1);
+GateAnswer answerIn(GateAnswer::Kind kind, std::string_view text) {
     const std::size_t end = kind == GateAnswer::Kind::denied ? text.find('\0') : std::string_view::npos;
     if (end == std::string_view::npos) return {kind, std::string(text), {}};
     return {kind, std::string(text.substr(0, end)), std::string(text.substr(end + 1))};
@@ -112,10 +71,10 @@ GateAnswer answerIn(std::string_view message) {
     ignoreEndingSignals();
     try {
         request.leaveService();
-        AskerOfService asker(request.asker(), channel);
+        AskerOfJob asker(request, channel);
         const GateAnswer answer = carriedOut(request, asker, gate);
         const bool isDenied = answer.kind == GateAnswer::Kind::denied;
-        say(channel, byteFor(answer.kind), isDenied ? answer.text + '\0' + answer.asked : answer.text);
+        say(channel, wordFor(answer.kind), isDenied ? answer.text + '\0' + answer.asked : answer.text);
     } catch (...) {
         ::_exit(1);  // the service answers; its own way of ending is not for this process
     }
@@ -137,24 +96,37 @@ JobProcess::JobProcess(Request& request, Gate& gate) {
     runInChild(childEnd.get(), parent, request, gate);
 }
 
-bool JobProcess::listen() {
-    std::array<char, kLongestAnswer + 2> message;  // NOLINT: only what recv() wrote is looked at
-    bool asks = false;
+std::vector<JobProcess::Message> JobProcess::listen() {
+    std::array<char, kLongestAnswer + 2> bytes;  // NOLINT: only what recv() wrote is looked at
+    std::vector<Message> messages;
     while (true) {
-        const ssize_t got = retry([&] { return ::recv(channel_.get(), message.data(), message.size(), MSG_DONTWAIT); });
-        if (got <= 0) return asks;
-        const std::string_view text(message.data(), static_cast<std::size_t>(got));
-        if (text[0] == kWantsToBegin) {
-            asks = true;
+        const ssize_t got = retry([&] { return ::recv(channel_.get(), bytes.data(), bytes.size(), MSG_DONTWAIT); });
+        if (got <= 0) return messages;
+        const auto word = static_cast<FromJob>(bytes[0]);
+        const std::string_view text(bytes.data() + 1, static_cast<std::size_t>(got) - 1);
+        if (const auto kind = kindOf(word)) {
+            answer_ = answerIn(*kind, text);
         } else {
-            answer_ = answerIn(text);
+            messages.push_back({word, std::string(text)});
         }
     }
 }
 
+void JobProcess::letAsk() const {
+    say(channel_.get(), ToJob::ask);
+}
+
+void JobProcess::denyAsking(const std::string& sentence) const {
+    say(channel_.get(), ToJob::doNotAsk, sentence);
+}
+
+void JobProcess::tellLate() const {
+    say(channel_.get(), ToJob::late);
+}
+
 void JobProcess::begin() {
     begun_ = true;
-    retry([&] { return ::send(channel_.get(), "!", 1, MSG_NOSIGNAL); });
+    say(channel_.get(), ToJob::begin);
 }
 
 void JobProcess::giveUp() const {

@@ -1,15 +1,16 @@
 #pragma once
 
-#include <functional>
 #include <optional>
+#include <string>
 #include <sys/types.h>
+#include <vector>
 
 #include "base/UniqueFd.h"
 #include "services/gate/GateAnswer.h"
+#include "services/jobs/jobWords.h"
 
 namespace kestrav {
 
-class Asker;
 class Gate;
 class Request;
 
@@ -26,8 +27,17 @@ class JobProcess {
     /// Readable when the process has something to say.
     int fd() const { return channel_.get(); }
 
-    /// Takes what the process says. True when it asks to begin.
-    bool listen();
+    struct Message {
+        FromJob word;
+        std::string text;
+    };
+    /// Takes what the process says; its answer is not among it.
+    std::vector<Message> listen();
+    /// Lets it have a person asked; or instead denies it, in somebody's sentence.
+    void letAsk() const;
+    void denyAsking(const std::string& sentence) const;
+    /// Tells it that its request was answered, since nobody agreed in time.
+    void tellLate() const;
     /// Lets it begin. From then on it isn't to be ended any more.
     void begin();
     bool begun() const { return begun_; }

@@ -59,7 +59,7 @@ JobTable::JobTable(Service& service, Gate& gate, RequestLog& log, Problem busy)
 
 Outcome<JobTable::Place> JobTable::admit(uid_t uid) {
     if (const auto welcome = gate_.admit(uid); !welcome) return welcome.problem();
-    if (taken(uid) >= mostOf(uid)) return busy_;
+    if (taken(uid) >= mostOf(uid) && !giveUpOldest(uid, true)) return busy_;
     if (!hasPlaceFor(uid) && !makeRoomFor(uid)) return busy_;
     ++taken_[uid];
     ++takenInAll_;
@@ -84,17 +84,20 @@ bool JobTable::makeRoomFor(uid_t uid) {
     }
     std::sort(others.rbegin(), others.rend());
     return std::any_of(others.begin(), others.end(), [&](const auto& other) {
-        const bool gaveWay = service_.giveWay(other.second) || giveUpOldest(other.second);
+        const bool gaveWay =
+            giveUpOldest(other.second, true) || service_.giveWay(other.second) || giveUpOldest(other.second, false);
         return gaveWay && hasPlaceFor(uid);
     });
 }
 
-bool JobTable::giveUpOldest(uid_t uid) {
+/// A question that nobody waits for keeps nobody out.
+bool JobTable::giveUpOldest(uid_t uid, bool ofThoseAnswered) {
     Job* oldest = nullptr;
     std::ptrdiff_t givingWay = 0;
     for (auto& [pid, job] : jobs_) {
         if (!job.place) ++givingWay;
-        const bool waits = job.place && !job.process.begun() && !job.isGivenUp && job.request->asker().uid() == uid;
+        const bool waits = job.place && !job.process.begun() && !job.isGivenUp && job.isAnswered == ofThoseAnswered &&
+                           job.request->asker().uid() == uid;
         if (waits && (oldest == nullptr || job.number < oldest->number)) oldest = &job;
     }
     if (oldest == nullptr || givingWay >= kMostGivingWay) return false;
@@ -143,21 +146,58 @@ void JobTable::watch(Job& job) {
 }
 
 void JobTable::listen(Job& job) {
-    if (job.process.listen() && !job.isGivenUp && !isStopping_) {
-        if (job.request->isStillWanted()) {
-            job.process.begin();
-        } else {
-            giveUp(job);
-        }
-    }
+    for (const JobProcess::Message& message : job.process.listen())
+        hear(job, message);
     // What is said at the end is taken at the end; a closed channel would be readable for ever.
     if (job.process.begun() || job.process.answer()) job.channel.reset();
+}
+
+void JobTable::hear(Job& job, const JobProcess::Message& message) {
+    const pid_t pid = job.process.pid();
+    const auto now = QuestionLine::Time::clock::now();
+    if (message.word == FromJob::wantsToAsk) {
+        const std::size_t end = message.text.find('\0');
+        if (end != std::string::npos) job.asked = message.text.substr(end + 1);
+        tell(questions_.ask(pid, message.text.substr(0, end), now));
+    } else if (message.word == FromJob::wasDenied) {
+        tell(questions_.over(pid, message.text, now));
+    } else if (message.word == FromJob::hasAsked) {
+        tell(questions_.over(pid, std::nullopt, now));
+    } else if (message.word == FromJob::wantsToBegin && !job.isGivenUp && !isStopping_) {
+        job.isAnswered || !job.request->isStillWanted() ? giveUp(job) : job.process.begin();
+    }
+}
+
+void JobTable::tell(const QuestionLine::Replies& replies) {
+    for (const auto& [whom, denial] : replies) {
+        const auto job = jobs_.find(whom);
+        if (job == jobs_.end()) continue;
+        denial ? job->second.process.denyAsking(*denial) : job->second.process.letAsk();
+    }
 }
 
 void JobTable::giveUp(const Request& request) {
     for (auto& [pid, job] : jobs_) {
         if (job.request.get() == &request) giveUp(job);
     }
+}
+
+void JobTable::giveUpUnagreed(const Request& request) {
+    const auto found =
+        std::ranges::find_if(jobs_, [&request](const auto& entry) { return entry.second.request.get() == &request; });
+    if (found == jobs_.end()) return;
+    Job& job = found->second;
+    // What it has said already counts: it may have got consent by now.
+    listen(job);
+    if (job.process.begun() || job.isGivenUp) return;
+    if (!questions_.isAsking(found->first)) return giveUp(job);
+    job.isAnswered = true;
+    job.process.tellLate();
+    job.request->ended({RequestEnd::Kind::notBegun, {}, found->first, false, job.asked});
+}
+
+bool JobTable::isEmpty() const {
+    return std::ranges::all_of(jobs_, [](const auto& entry) { return entry.second.isAnswered; });
 }
 
 void JobTable::giveUpWaiting() {
@@ -174,9 +214,14 @@ void JobTable::giveUp(Job& job) {
 }
 
 void JobTable::finish(pid_t pid) {
+    Job& ended = jobs_.at(pid);
+    for (const JobProcess::Message& message : ended.process.listen()) {
+        // What has ended begins nothing.
+        if (message.word != FromJob::wantsToBegin) hear(ended, message);
+    }
     const auto job = jobs_.extract(pid);
-    job.mapped().process.listen();
-    job.mapped().request->ended(endOf(job.mapped().process));
+    tell(questions_.leave(pid, QuestionLine::Time::clock::now()));
+    if (!job.mapped().isAnswered) job.mapped().request->ended(endOf(job.mapped().process));
 }
 
 void JobTable::countRefusals() {
@@ -221,7 +266,7 @@ void JobTable::waitForRunning() noexcept {
         collect(job.key());
         try {
             job.mapped().process.listen();
-            job.mapped().request->ended(endOf(job.mapped().process));
+            if (!job.mapped().isAnswered) job.mapped().request->ended(endOf(job.mapped().process));
         } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): the others are still to be waited for
         }
     }

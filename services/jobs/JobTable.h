@@ -6,6 +6,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <string>
 #include <sys/types.h>
 #include <utility>
 #include <vector>
@@ -14,6 +15,7 @@
 #include "services/gate/RequestLog.h"
 #include "services/jobs/EventLoop.h"
 #include "services/jobs/JobProcess.h"
+#include "services/jobs/QuestionLine.h"
 #include "services/jobs/Request.h"
 
 namespace kestrav {
@@ -23,6 +25,7 @@ namespace kestrav {
 ///
 /// At most 64 requests have a place at once: 8 are root's alone, one user has 48, and a user without an account (a
 /// sub-uid of somebody's container) 4. Where all are taken, somebody who waits gives way, of the user who has most.
+/// Of one process's requests a person is asked about one at a time, see QuestionLine.
 /// SIGTERM, SIGINT, SIGHUP and SIGQUIT tell the service to stop; SIGPIPE, SIGUSR1, SIGUSR2, SIGALRM,
 /// SIGVTALRM and SIGPROF mean nothing. A service that ends on an exception waits for the requests that were begun.
 class JobTable {
@@ -74,10 +77,14 @@ class JobTable {
     void start(Place place, std::unique_ptr<Request> request);
     /// Gives one up whose asker has gone, if it has not begun.
     void giveUp(const Request& request);
+    /// Gives one up to which nobody has agreed in time: it is answered now. Where a person is being asked, the question
+    /// goes on for the next request of the same asker, until it is decided, until that asker has ended, or as long as
+    /// the consent has patience.
+    void giveUpUnagreed(const Request& request);
     /// Lets no more requests begin: the service stops.
     void giveUpWaiting();
-    /// Whether no request is being carried out.
-    bool isEmpty() const { return jobs_.empty(); }
+    /// Whether no request is being carried out. A question that outlived its request ends with the service.
+    bool isEmpty() const;
 
     EventLoop& loop() { return loop_; }
     /// Serves until the loop is ended. False when that was because of an exception; it is logged.
@@ -95,6 +102,8 @@ class JobTable {
         std::uint64_t number;
         std::unique_ptr<Request> request;
         JobProcess process;
+        std::string asked = {};   ///< known once a person is to be asked; in one harmless line
+        bool isAnswered = false;  ///< and only the question goes on
         bool isGivenUp = false;
         EventLoop::Watch channel;
         EventLoop::Watch end;
@@ -103,12 +112,14 @@ class JobTable {
 
     void watch(Job& job);
     void listen(Job& job);
+    void hear(Job& job, const JobProcess::Message& message);
+    void tell(const QuestionLine::Replies& replies);
     void giveUp(Job& job);
     void finish(pid_t pid);
     std::size_t taken(uid_t uid) const;
     bool hasPlaceFor(uid_t uid) const;
     bool makeRoomFor(uid_t uid);
-    bool giveUpOldest(uid_t uid);
+    bool giveUpOldest(uid_t uid, bool ofThoseAnswered);
     std::size_t mostOf(uid_t uid);
     void vacate(uid_t uid);
     void countRefusals();
@@ -128,6 +139,7 @@ class JobTable {
     std::map<uid_t, bool> hasAccount_;  ///< as far as it was looked up
     std::uint64_t started_ = 0;
     std::map<pid_t, Job> jobs_;
+    QuestionLine questions_;
     bool isStopping_ = false;
 };
 

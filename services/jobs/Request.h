@@ -38,9 +38,11 @@ class Request {
     virtual Outcome<CommandLine> read() = 0;
     /// Closes in the request's process what only the service uses: others would miss that the service has closed it.
     virtual void leaveService() = 0;
+    /// Closes in the request's process what an asker who has been answered would wait for the end of.
+    virtual void letGo() {}
     /// Whether its asker is still there, in the service, at the moment at which it would begin.
     virtual bool isStillWanted() const { return true; }
-    /// Answers, in the service; called once.
+    /// Answers, in the service; called once, and maybe before its process has ended.
     virtual void ended(const RequestEnd& end) = 0;
 };
 

@@ -83,4 +83,9 @@ std::string DismissingAgent::message() {
     return text;
 }
 
+bool DismissingAgent::isAsked() const {
+    pollfd waiting{prompts_.get(), POLLIN, 0};
+    return ::poll(&waiting, 1, 0) == 1;
+}
+
 }  // namespace kestrav

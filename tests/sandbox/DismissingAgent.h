@@ -17,6 +17,8 @@ class DismissingAgent {
 
     /// What the next prompt would have shown, as polkit sends it. Waits, at most ten seconds.
     std::string message();
+    /// Whether there is a next one by now.
+    bool isAsked() const;
 
   private:
     ChildProcess process_;

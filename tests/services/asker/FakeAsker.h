@@ -18,6 +18,8 @@ class FakeAsker final : public Asker {
     bool prompts = true;
     bool wants = true;
     bool begins = true;
+    std::optional<Problem> notItsTurn;    ///< none: it is
+    std::optional<bool> decision;         ///< what it was told came of asking
     std::optional<Problem> cannotItself;  ///< none: it could
     int lookedUp = 0;                     ///< how often whom to ask about was asked
 
@@ -29,6 +31,10 @@ class FakeAsker final : public Asker {
     }
     Outcome<void> couldDoItself() override { return cannotItself ? Outcome<void>(*cannotItself) : Outcome<void>(); }
     bool mayBePrompted() const override { return prompts; }
+    Outcome<void> awaitTurn(const ConsentSubject&) override {
+        return notItsTurn ? Outcome<void>(*notItsTurn) : Outcome<void>();
+    }
+    void tellDecision(const Outcome<void>& told) override { decision = static_cast<bool>(told); }
     bool stillWants() override { return wants; }
     bool mayBegin() override { return begins; }
 

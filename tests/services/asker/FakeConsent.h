@@ -1,7 +1,9 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <optional>
+#include <thread>
 #include <vector>
 
 #include "services/asker/Consent.h"
@@ -28,8 +30,8 @@ class FakeConsent final : public Consent {
         mayPrompt.push_back(prompts);
         intents.push_back(intent);
         meanwhile();
-        while (waits && stillWanted()) {
-        }
+        while (waits && stillWanted())
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
         if (waits) return refused("given up.");
         return problem ? Outcome<void>(*problem) : Outcome<void>();
     }

@@ -76,6 +76,28 @@ TEST_F(ObtainConsent, IsGivenUpWhenTheAskerWantsNothingMore) {
     EXPECT_EQ(refusal(), "given up.");
 }
 
+TEST_F(ObtainConsent, AsksNobodyOutOfTurn) {
+    asker_.notItsTurn = refused("somebody has just said no.");
+    EXPECT_EQ(refusal(), "somebody has just said no.");
+    EXPECT_TRUE(consent_.askedAbout.empty());
+    EXPECT_FALSE(asker_.decision);
+}
+
+TEST_F(ObtainConsent, TellsWhatCameOfAsking) {
+    EXPECT_EQ(refusal(), "");
+    EXPECT_EQ(asker_.decision, true);
+    consent_.problem = refused("no.");
+    refusal();
+    EXPECT_EQ(asker_.decision, false);
+}
+
+TEST_F(ObtainConsent, AwaitsNoTurnWhereNobodyIsPrompted) {
+    asker_.prompts = false;
+    asker_.notItsTurn = refused("somebody has just said no.");
+    EXPECT_EQ(refusal(), "");
+    EXPECT_FALSE(asker_.decision);
+}
+
 TEST_F(ObtainConsent, IsOnlyForTheOneWhoWasAskedAbout) {
     consent_.meanwhile = [this] { asker_.name = ":1.2"; };
     EXPECT_EQ(refusal(), "the connection passed to another process.");

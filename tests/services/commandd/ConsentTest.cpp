@@ -393,6 +393,60 @@ TEST_F(CommandsOfAUser, OfOneProcessAreAskedAboutOnce) {
     EXPECT_FALSE(agent.isAsked(1)) << "asked twice: " << agent.shown();
 }
 
+TEST_F(CommandsOfAUser, OfOneProcessAreDeniedTogetherAfterAWrongPassword) {
+    start();
+    UserProcess user(kAdmin, [port = daemon_->port()] {
+        const std::string update =
+            ask(port, "umount", {"/dev/sdzzs1"}) + " " +
+            ask(port, "dd", {std::string("if=") + kImage, "of=/dev/rsdzz", "seek=1536", "bs=512"});
+        std::ofstream("/run/denied") << update;
+        return ask(port, "umount", {"/dev/sdzzs1"});
+    });
+    std::filesystem::permissions("/run", std::filesystem::perms(0777));
+    PasswordAgent agent(user.pid(), kAdmin);
+    user.go();
+    ASSERT_TRUE(agent.isAsked()) << agent.shown();
+    agent.type("wrong\n");
+    ASSERT_TRUE(agent.isAsked()) << "a new update is asked about anew; " << agent.shown();
+    EXPECT_EQ(contentsOf("/run/denied"),
+              "Refused: an administrator did not agree. Refused: an administrator did not agree.");
+    agent.type("secret\n");
+    EXPECT_EQ(user.result(), "sdzz1 was not mounted.");
+    EXPECT_TRUE(diskIsUntouched());
+}
+
+TEST_F(CommandsOfAUser, OfOneProcessAreDeniedTogetherWhenThePromptIsDismissed) {
+    start();
+    UserProcess user(kAdmin, [port = daemon_->port()] {
+        for (int i = 0; i < 3; ++i)
+            ask(port, "umount", {"/dev/sdzzs1"});
+        return ask(port, "umount", {"/dev/sdzz9"});
+    });
+    DismissingAgent agent(user.pid(), kAdmin);
+    user.go();
+    EXPECT_THAT(user.result(), StartsWith("Refused: "));
+    EXPECT_NE(agent.message(), "");
+    EXPECT_NE(agent.message(), "") << "the third one is asked about anew";
+    EXPECT_FALSE(agent.isAsked()) << "the second one was asked about";
+}
+
+TEST_F(CommandsOfAUser, OfOneProcessAtOnceShowOnePrompt) {
+    start();
+    UserProcess user(kAdmin, [port = daemon_->port()] {
+        const Client first(port);
+        const Client second(port);
+        first.send(requestFor("umount", {"/dev/sdzzs1"}));
+        second.send(requestFor("umount", {"/dev/sdzzs1"}));
+        return first.readOnce() + " " + second.readOnce();
+    });
+    PasswordAgent agent(user.pid(), kAdmin);
+    user.go();
+    ASSERT_TRUE(agent.isAsked()) << agent.shown();
+    agent.type("secret\n");
+    EXPECT_EQ(user.result(), "sdzz1 was not mounted. sdzz1 was not mounted.");
+    EXPECT_FALSE(agent.isAsked(1)) << "asked twice: " << agent.shown();
+}
+
 TEST_F(CommandsOfAUser, LeaveRoomForOthers) {
     start();
     // Stopped, polkitd answers nobody, so every question stays open.

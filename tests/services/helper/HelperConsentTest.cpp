@@ -138,6 +138,25 @@ TEST_F(Helper, AsksOnceForTheRequestsOfOneProcess) {
     EXPECT_FALSE(agent.isAsked(1)) << "asked twice: " << agent.shown();
 }
 
+TEST_F(Helper, DeniesTheRequestsOfOneProcessTogether) {
+    startDaemons();
+    startHelper();
+    UserProcess user(kAdmin, [] {
+        const std::string update = callUnmount() + " " + callWrite();
+        return update + " " + callUnmount();
+    });
+    PasswordAgent agent(user.pid(), kAdmin);
+    user.go();
+    ASSERT_TRUE(agent.isAsked()) << agent.shown();
+    agent.type("wrong\n");
+    ASSERT_TRUE(agent.isAsked()) << "a new update is asked about anew; " << agent.shown();
+    agent.type("secret\n");
+    EXPECT_EQ(user.result(),
+              "AccessDenied: Refused: an administrator did not agree. "
+              "AccessDenied: Refused: an administrator did not agree. sdzz1 was not mounted.");
+    EXPECT_TRUE(diskIsUntouched());
+}
+
 TEST_F(Helper, NeedsNoSecondPasswordAfterTheInstallation) {
     startDaemons();
     startHelper();

@@ -2,6 +2,7 @@
 #include <chrono>
 #include <csignal>
 #include <filesystem>
+#include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <list>
@@ -9,6 +10,7 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <unistd.h>
 #include <utility>
 
@@ -76,6 +78,18 @@ class JobTableOfATest : public GateWithoutDisks, public JobTable::Service {
             ASSERT_EQ(take(second), "taken");
     }
 
+    /// Calls `handler` once consent is being asked for.
+    void onceAsked(std::function<void()> handler) {
+        consent_.meanwhile = [path = asked_, then = consent_.meanwhile] {
+            std::ofstream(path, std::ios::app) << '!';
+            then();
+        };
+        look(std::move(handler));
+    }
+    void look(std::function<void()> handler) {
+        looking_ = table_.loop().after(
+            10ms, [this, handler = std::move(handler)] { contentsOf(asked_).empty() ? look(handler) : handler(); });
+    }
     const Request* start(uid_t uid) {
         auto request = std::make_unique<OneRequest>(*this, uid);
         const Request* const started = request.get();
@@ -91,9 +105,12 @@ class JobTableOfATest : public GateWithoutDisks, public JobTable::Service {
         return end_.value();
     }
 
+    const TemporaryFolder folder_;
+    const std::string asked_ = folder_.path() / "asked";
     JobTable table_{*this, gate_, requests_, refused("busy.")};
     std::list<std::pair<uid_t, JobTable::Place>> arriving_;
     std::optional<RequestEnd> end_;
+    EventLoop::Watch looking_;
     bool inRequest_ = false;
     bool tookNothingMore_ = false;
 };
@@ -143,11 +160,82 @@ TEST_F(JobTableOfATest, GivesAQuestionUpThatIsNoLongerWanted) {
     EXPECT_EQ(end.text, "Refused: given up.");
 }
 
+TEST_F(JobTableOfATest, HandsANoToOneFurtherRequestOfTheSameAsker) {
+    consent_.meanwhile = [this] { std::ofstream(asked_, std::ios::app) << '!'; };
+    consent_.problem = deniedByAPerson();
+    for (int i = 0; i < 2; ++i) {
+        const RequestEnd end = endOf(kOtherUser);
+        EXPECT_EQ(end.kind, Kind::denied);
+        EXPECT_EQ(end.text, "Refused: an administrator did not agree.");
+        EXPECT_EQ(end.asked, "umount /dev/sdzzs1");
+        EXPECT_EQ(contentsOf(asked_), "!");
+    }
+    endOf(kOtherUser);
+    EXPECT_EQ(contentsOf(asked_), "!!");
+}
+
+TEST_F(JobTableOfATest, HandsOnNoTroubleWithAsking) {
+    consent_.meanwhile = [this] { std::ofstream(asked_, std::ios::app) << '!'; };
+    consent_.problem = refused("polkit is away.");
+    endOf(kOtherUser);
+    EXPECT_EQ(endOf(kOtherUser).text, "Refused: polkit is away.");
+    EXPECT_EQ(contentsOf(asked_), "!!");
+}
+
+TEST_F(JobTableOfATest, AnswersAtOnceWhatNobodyAgreedToAndKeepsAsking) {
+    consent_.waits = true;
+    const Request* request = nullptr;
+    onceAsked([&] { table_.giveUpUnagreed(*request); });
+    request = start(kOtherUser);
+    const RequestEnd end = awaited();
+    EXPECT_EQ(end.kind, Kind::notBegun);
+    EXPECT_EQ(end.asked, "umount /dev/sdzzs1");
+    EXPECT_EQ(::kill(end.process, 0), 0) << "the question is over";
+    EXPECT_TRUE(table_.isEmpty()) << "the service would wait for it";
+    // The next request of the same asker asks nobody while that question is open.
+    end_.reset();
+    const Request* const next = start(kOtherUser);
+    const auto gone = table_.loop().after(300ms, [&] { table_.giveUp(*next); });
+    EXPECT_EQ(awaited().text, "Refused: the request was given up before consent was given.");
+}
+
+TEST_F(JobTableOfATest, BeginsNothingForAQuestionThatOutlivedItsRequest) {
+    const TemporaryFolder folder;
+    const std::string agreed = folder.path() / "agreed";
+    consent_.meanwhile = [&agreed] {
+        while (!std::filesystem::exists(agreed))
+            std::this_thread::sleep_for(1ms);
+    };
+    const Request* request = nullptr;
+    onceAsked([&] { table_.giveUpUnagreed(*request); });
+    request = start(kOtherUser);
+    EXPECT_EQ(awaited().kind, Kind::notBegun);
+    std::ofstream(agreed) << "yes";
+    // Its turn comes once the first question is over.
+    const pid_t first = end_->process;
+    const RequestEnd next = endOf(kOtherUser);
+    EXPECT_EQ(next.kind, Kind::answered);
+    EXPECT_NE(next.process, first);
+    EXPECT_EQ(contentsOf(asked_), "!!");
+}
+
+TEST_F(JobTableOfATest, LetsAQuestionThatOutlivedItsRequestGiveWayToTheSameUser) {
+    consent_.waits = true;
+    const Request* request = nullptr;
+    onceAsked([&] { table_.giveUpUnagreed(*request); });
+    request = start(kOtherUser);
+    awaited();
+    for (int i = 0; i < 48; ++i)
+        EXPECT_EQ(take(kOtherUser), "taken");
+    EXPECT_EQ(take(kOtherUser), "busy.");
+}
+
 TEST_F(JobTableOfATest, KillsAProcessThatDoesNotNotice) {
     consent_.meanwhile = [] { ::pause(); };
-    const Request* const request = start(kOtherUser);
+    const Request* request = nullptr;
+    onceAsked([&] { table_.giveUp(*request); });
+    request = start(kOtherUser);
     const auto begun = std::chrono::steady_clock::now();
-    table_.giveUp(*request);
     EXPECT_EQ(awaited().kind, Kind::died);
     EXPECT_LT(std::chrono::steady_clock::now() - begun, 30s);
 }
@@ -230,7 +318,7 @@ TEST_F(JobTableOfATest, LetsARequestThatWaitsForConsentGiveWay) {
     for (int i = 0; i < 8; ++i)
         ASSERT_EQ(take(kThirdUser), "taken");
     EXPECT_EQ(take(kFourthUser), "taken");
-    EXPECT_EQ(awaited().text, "Refused: given up.");
+    EXPECT_EQ(awaited().kind, Kind::denied);
 }
 
 TEST_F(JobTableOfATest, GivesAUserWithoutAnAccountFewPlaces) {
