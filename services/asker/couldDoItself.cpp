@@ -37,10 +37,11 @@ Outcome<bool> leadToTheSame(const std::string& one, const std::string& other) {
 }
 
 Outcome<void> threadCould(const std::string& thread) {
-    // Mounts of its own are no obstacle: who has these capabilities may enter the service's mount namespace.
-    const auto sameRoot = leadToTheSame(thread + "/root", "/proc/self/root");
-    if (!sameRoot) return sameRoot.problem();
-    if (!sameRoot.value()) return refused("the process that asks sees other folders than the service does.");
+    for (const char* view : {"/root", "/ns/mnt"}) {
+        const auto same = leadToTheSame(thread + view, std::string("/proc/self") + view);
+        if (!same) return same.problem();
+        if (!same.value()) return refused("the process that asks sees other folders than the service does.");
+    }
     // A capability counts in the user namespace that it was given in.
     const auto same = leadToTheSame(thread + "/ns/user", "/proc/self/ns/user");
     if (!same) return same.problem();

@@ -99,6 +99,7 @@ TEST_P(RequestOfAConfinedRoot, IsRefused) {
 
 INSTANTIATE_TEST_SUITE_P(Ways, RequestOfAConfinedRoot,
                          testing::Values(Confinement{"AnotherRootFolder", confineAFolder, kOtherFolders},
+                                         Confinement{"MountsOfItsOwn", takeOwnMounts, kOtherFolders},
                                          Confinement{"UsersOfItsOwn", takeOwnUsers, kGivenUp},
                                          Confinement{"NoCapabilities", dropCapabilities, kGivenUp},
                                          Confinement{"AnotherUserByNow", becomeSomebodyElse, kOtherRights},
@@ -107,10 +108,6 @@ INSTANTIATE_TEST_SUITE_P(Ways, RequestOfAConfinedRoot,
 
 TEST_F(RequestOfAConfinedRoot, IsServedWhenItIsNotConfined) {
     EXPECT_EQ(answerTo([] {}).kind, GateAnswer::Kind::answered);
-}
-
-TEST_F(RequestOfAConfinedRoot, IsServedWhenItHasMountsOfItsOwnAlone) {
-    EXPECT_EQ(answerTo(takeOwnMounts).kind, GateAnswer::Kind::answered);
 }
 
 TEST_F(RequestOfAConfinedRoot, IsServedWhenItHasConfinedAThreadAlone) {
