@@ -8,9 +8,11 @@
 
 #include "services/asker/Consent.h"
 #include "services/asker/ProcessRecord.h"
+#include "services/jobs/FromJob.h"
 #include "services/jobs/Request.h"
 #include "services/jobs/endLastForWantOfMemory.h"
 #include "services/jobs/keepAwake.h"
+#include "services/jobs/say.h"
 
 namespace kestrav {
 namespace {

@@ -6,7 +6,7 @@
 
 #include "base/UniqueFd.h"
 #include "services/asker/Asker.h"
-#include "services/jobs/jobWords.h"
+#include "services/jobs/ToJob.h"
 
 namespace kestrav {
 

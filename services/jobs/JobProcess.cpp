@@ -14,7 +14,9 @@
 #include "services/gate/shownCommandLine.h"
 #include "services/jobs/AskerOfJob.h"
 #include "services/jobs/Request.h"
+#include "services/jobs/ToJob.h"
 #include "services/jobs/blockEndingSignals.h"
+#include "services/jobs/say.h"
 
 namespace kestrav {
 namespace {

@@ -7,7 +7,7 @@
 
 #include "base/UniqueFd.h"
 #include "services/gate/GateAnswer.h"
-#include "services/jobs/jobWords.h"
+#include "services/jobs/FromJob.h"
 
 namespace kestrav {
 
