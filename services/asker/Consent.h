@@ -2,7 +2,6 @@
 
 #include <functional>
 #include <sys/types.h>
-#include <system_error>
 
 #include "base/Outcome.h"
 #include "services/asker/ConsentSubject.h"
@@ -11,18 +10,12 @@
 namespace kestrav {
 
 /// The asker does not want it any more.
-inline Problem givenUpBeforeConsent() {
-    return refused("the request was given up before consent was given.");
-}
+Problem givenUpBeforeConsent();
 
 /// Somebody was asked and said no, or typed a wrong password; or a rule says no.
-inline Problem deniedByAPerson() {
-    return refused("an administrator did not agree.", std::make_error_code(std::errc::operation_not_permitted));
-}
+Problem deniedByAPerson();
 /// Whether it is that, and not that nobody could be asked.
-inline bool isDecisionOfAPerson(const Problem& problem) {
-    return problem.cause == std::errc::operation_not_permitted;
-}
+bool isDecisionOfAPerson(const Problem& problem);
 
 /// Whether somebody may have commands run with the service's rights who could not do it without the service. Whatever
 /// goes wrong is no consent: everything but a value is a refusal.
