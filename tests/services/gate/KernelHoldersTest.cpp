@@ -1,18 +1,14 @@
-// The gate on real block devices, real mounts and real exclusive opening. Needs root.
+// Unmounting, and who holds a disk, on a real kernel. Needs root.
 
 #include <cerrno>
-#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
-#include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <optional>
-#include <poll.h>
 #include <string>
 #include <sys/file.h>
 #include <sys/mman.h>
@@ -21,25 +17,14 @@
 #include <sys/stat.h>
 #include <sys/statfs.h>
 #include <sys/swap.h>
-#include <sys/sysmacros.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include "base/UniqueFd.h"
 #include "command/Answer.h"
-#include "services/disk/AccessoryNode.h"
-#include "services/disk/NodeBytes.h"
-#include "services/disk/UdevBlockDevices.h"
-#include "services/disk/openDisk.h"
-#include "services/gate/Gate.h"
-#include "services/gate/RequestLog.h"
 #include "tests/TemporaryFolder.h"
-#include "tests/base/RecordingLog.h"
+#include "tests/services/Bystander.h"
 #include "tests/services/LoopDisk.h"
-#include "tests/services/SlowFolder.h"
-#include "tests/services/asker/FakeAsker.h"
-#include "tests/services/asker/FakeConsent.h"
-#include "tests/signalOne.h"
+#include "tests/services/gate/GateOnKernel.h"
 
 namespace kestrav {
 namespace {
@@ -49,8 +34,6 @@ using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
 
-constexpr std::size_t diskBytes = std::size_t{4} << 20U;
-
 class PrivateMounts : public testing::Environment {
   public:
     void SetUp() override {
@@ -58,133 +41,6 @@ class PrivateMounts : public testing::Environment {
     }
 };
 const auto* const privateMounts = testing::AddGlobalTestEnvironment(new PrivateMounts);
-
-/// The machine's own devices, of which one loop disk passes for the accessory.
-class LoopAsAccessory final : public BlockDevices {
-  public:
-    explicit LoopAsAccessory(const LoopDisk& disk) : disk_(disk) {}
-
-    Outcome<BlockDevice> find(dev_t number) const override {
-        auto device = devices_.find(number);
-        if (device) device.value().accessory = device.value().diskName == disk_.name();
-        return device;
-    }
-    Outcome<std::vector<dev_t>> diskAndPartitions(dev_t disk) const override {
-        return devices_.diskAndPartitions(disk);
-    }
-    std::vector<std::string> builtOnTopOf(dev_t disk) const override { return devices_.builtOnTopOf(disk); }
-
-  private:
-    const LoopDisk& disk_;
-    UdevBlockDevices devices_;
-};
-
-/// A process that does `begin` and then waits to be ended.
-class Bystander {
-  public:
-    explicit Bystander(const std::function<bool()>& begin) {
-        int ends[2];
-        if (::pipe2(ends, O_CLOEXEC) != 0) std::abort();
-        const UniqueFd ready(ends[0]);
-        pid_ = ::fork();
-        if (pid_ == 0) {
-            const char done = begin() ? 'y' : 'n';
-            if (::write(ends[1], &done, 1) != 1) ::_exit(1);
-            while (true)
-                ::pause();
-        }
-        ::close(ends[1]);
-        char done = 'n';
-        began_ = ::read(ready.get(), &done, 1) == 1 && done == 'y';
-    }
-    ~Bystander() {
-        signalOne(pid_, SIGKILL);
-        ::waitpid(pid_, nullptr, 0);
-    }
-    Bystander(const Bystander&) = delete;
-    Bystander& operator=(const Bystander&) = delete;
-
-    bool began() const { return began_; }
-    std::string shownName() const { return "kernel_test (" + std::to_string(pid_) + ")"; }
-
-  private:
-    pid_t pid_;
-    bool began_ = false;
-};
-
-class GateOnKernel : public testing::Test {
-  protected:
-    void SetUp() override {
-        if (::geteuid() != 0) GTEST_SKIP() << "needs root: loop devices and mounts";
-        fs::create_directories(place_);
-        disk_.emplace(folder_.file("disk", before_));
-        devices_.emplace(*disk_);
-        makeNode("/dev/" + disk_->name(), disk_->number());
-        makeNode("/dev/" + disk_->partitionName(), disk_->partitionNumber());
-        fs::remove("/dev/r" + disk_->name());
-        fs::remove("/dev/" + disk_->name() + "s1");
-        fs::create_symlink(disk_->name(), "/dev/r" + disk_->name());
-        fs::create_symlink(disk_->partitionName(), "/dev/" + disk_->name() + "s1");
-    }
-    void TearDown() override {
-        while (::umount2(place_.c_str(), MNT_DETACH) == 0) {
-        }
-    }
-
-    void makeFileSystem() {
-        const std::string command = "mkfs.ext4 -q -F /dev/" + disk_->partitionName() + " >/dev/null 2>&1";
-        ASSERT_EQ(std::system(command.c_str()), 0);
-    }
-    void mountAt(const fs::path& place) {
-        fs::create_directories(place);
-        const std::string node = "/dev/" + disk_->partitionName();
-        ASSERT_EQ(::mount(node.c_str(), place.c_str(), "ext4", 0, nullptr), 0);
-    }
-    bool isMounted() const { return !MountinfoTable().placesOf(disk_->partitionNumber()).value().empty(); }
-
-    std::string perform(std::string_view command, const std::vector<std::string>& arguments) {
-        FakeAsker root(0);
-        return Gate(consent_, *devices_, mounts_, requests_).perform(root, command, arguments).text;
-    }
-    std::string unmount() { return perform("umount", {"/dev/" + disk_->name() + "s1"}); }
-    std::string write(const std::string& image, std::uint64_t block = 1536) {
-        const std::string of = "of=/dev/r" + disk_->name();
-        return perform("dd", {"if=" + image, of, "seek=" + std::to_string(block), "bs=512"});
-    }
-    std::string onDisk() const { return contentsOf(folder_.path() / "disk"); }
-
-    const std::string before_ = patternOf(diskBytes, 7);
-    TemporaryFolder folder_;
-    const fs::path place_ = folder_.path() / "mounted here";
-    std::optional<LoopDisk> disk_;
-    std::optional<LoopAsAccessory> devices_;
-    FakeConsent consent_;
-    MountinfoTable mounts_;
-    RecordingLog log_;
-    RequestLog requests_{log_};
-};
-
-TEST_F(GateOnKernel, LetsTheDiskGoWhenTheImagesFileSystemStopsAnswering) {
-    if (!SlowFolder::isPossible()) GTEST_SKIP() << "needs a kernel with FUSE";
-    fs::create_directory(folder_.path() / "slow");
-    const SlowFolder slow(folder_.path() / "slow", {.size = 3'000'000, .stallsFrom = 0});
-    FakeAsker root(0);
-    Gate gate(consent_, *devices_, mounts_, requests_, {},
-              {.toOpen = std::chrono::seconds(20), .toRead = std::chrono::milliseconds(300)});
-    const std::vector<std::string> arguments{"if=" + slow.image(), "of=/dev/r" + disk_->name(), "seek=1536", "bs=512"};
-    EXPECT_EQ(gate.perform(root, "dd", arguments).text,
-              "Failed: the file system of the image stopped answering. Nothing was written.");
-    EXPECT_TRUE(onDisk() == before_);
-    EXPECT_THAT(write(folder_.file("image", "x")), StartsWith("Wrote 1 bytes"));
-}
-
-TEST_F(GateOnKernel, WritesPastTheSystemsCache) {
-    const std::string image = patternOf(3'000'001, 3);
-    EXPECT_THAT(write(folder_.file("image", image)), HasSubstr("block 1536, verified, "));
-    std::string expected = before_;
-    expected.replace(1536 * 512, image.size(), image);
-    EXPECT_TRUE(onDisk() == expected);
-}
 
 TEST_F(GateOnKernel, SaysSoThatAFrontEndKnowsThatItUnmounted) {
     makeFileSystem();
@@ -204,15 +60,6 @@ TEST_F(GateOnKernel, UnmountsAndSaysFromWhere) {
     EXPECT_EQ(unmount(), disk_->partitionName() + " was not mounted.");
 }
 
-TEST_F(GateOnKernel, UnmountsOnceMoreBeforeAWrite) {
-    makeFileSystem();
-    mountAt(place_);
-    const std::string answer = write(folder_.file("image", "x"));
-    EXPECT_THAT(answer, StartsWith("Wrote 1 bytes to " + disk_->name() + " at block 1536, verified, "));
-    EXPECT_THAT(answer, testing::EndsWith(" It was mounted again and was unmounted from " + place_.string() + "."));
-    EXPECT_FALSE(isMounted());
-}
-
 TEST_F(GateOnKernel, SaysWhatItUnmountedAlsoWhenTheDiskIsInUse) {
     makeFileSystem();
     mountAt(place_);
@@ -221,21 +68,6 @@ TEST_F(GateOnKernel, SaysWhatItUnmountedAlsoWhenTheDiskIsInUse) {
     const std::string answer = write(folder_.file("image", "x"));
     EXPECT_THAT(answer, StartsWith("Refused: the disk " + disk_->name() + " is in use by "));
     EXPECT_THAT(answer, testing::EndsWith(" It was mounted again and was unmounted from " + place_.string() + "."));
-}
-
-TEST_F(GateOnKernel, KeepsTheDiskMountedForAnImageThatDoesNotCome) {
-    if (!SlowFolder::isPossible()) GTEST_SKIP() << "needs a kernel with FUSE";
-    makeFileSystem();
-    mountAt(place_);
-    fs::create_directory(folder_.path() / "slow");
-    const SlowFolder slow(folder_.path() / "slow", {.size = 3'000'000, .stallsFrom = 2'500'000});
-    FakeAsker root(0);
-    Gate gate(consent_, *devices_, mounts_, requests_, {},
-              {.toOpen = std::chrono::seconds(20), .toRead = std::chrono::milliseconds(300)});
-    const std::vector<std::string> arguments{"if=" + slow.image(), "of=/dev/r" + disk_->name(), "seek=1536", "bs=512"};
-    EXPECT_EQ(gate.perform(root, "dd", arguments).text,
-              "Failed: the file system of the image stopped answering. Nothing was written.");
-    EXPECT_TRUE(isMounted());
 }
 
 TEST_F(GateOnKernel, NamesWhoStandsInTheMount) {
@@ -449,92 +281,6 @@ TEST_F(GateOnKernel, NamesWhoUsesTheDiskExclusively) {
     EXPECT_EQ(write(folder_.file("image", "x")), "Refused: the disk " + disk_->name() + " is in use by " +
                                                      other.shownName() + "; wait until that is done and try again.");
     EXPECT_TRUE(onDisk() == before_);
-}
-
-TEST_F(GateOnKernel, RefusesAnImageOnTheAccessoryItself) {
-    makeFileSystem();
-    mountAt(place_);
-    std::ofstream(place_ / "image") << "x";
-    EXPECT_EQ(write(place_ / "image"),
-              "Refused: the image lies on the accessory itself; copy it to another disk first.");
-    EXPECT_TRUE(isMounted());
-}
-
-TEST_F(GateOnKernel, LetsTwoWritersNeverShareADisk) {
-    const std::string one = patternOf(3'000'000, 3);
-    const std::string two = patternOf(3'000'000, 4);
-    const std::string images[] = {folder_.file("one", one), folder_.file("two", two)};
-    std::vector<pid_t> writers;
-    for (const std::string& image : images) {
-        writers.push_back(::fork());
-        if (writers.back() == 0) ::_exit(write(image).starts_with("Wrote") ? 0 : 1);
-    }
-    int successes = 0;
-    for (const pid_t writer : writers) {
-        int status = 0;
-        ::waitpid(writer, &status, 0);
-        successes += status == 0 ? 1 : 0;
-    }
-    EXPECT_GE(successes, 1);
-    const std::string disk = onDisk().substr(1536 * 512, one.size());
-    EXPECT_TRUE(disk == one || disk == two);
-}
-
-TEST_F(GateOnKernel, RefusesADiskThatWasPutInTheJudgedOnesPlace) {
-    const auto judged = findDisk(*devices_, "/dev/r" + disk_->name(), disk_->name());
-    ASSERT_TRUE(judged) << judged.problem().sentence;
-    ASSERT_TRUE(judged.value().device.diskSequence);
-    ASSERT_TRUE(openDisk(*devices_, judged.value(), DiskUse::write));
-    disk_->swapFor(folder_.file("other", before_));  // same name, number and size
-    const auto disk = openDisk(*devices_, judged.value(), DiskUse::write);
-    ASSERT_FALSE(disk);
-    // On a busy machine the other one may have got another name.
-    EXPECT_EQ(disk.problem().sentence, "another disk took the place of " + judged.value().device.name + " meanwhile.");
-}
-
-/// A register that has not heard of the change yet.
-class LateDevices final : public BlockDevices {
-  public:
-    explicit LateDevices(BlockDevice known) : known_(std::move(known)) {}
-    Outcome<BlockDevice> find(dev_t) const override { return known_; }
-    Outcome<std::vector<dev_t>> diskAndPartitions(dev_t disk) const override { return std::vector<dev_t>{disk}; }
-    std::vector<std::string> builtOnTopOf(dev_t) const override { return {}; }
-
-  private:
-    BlockDevice known_;
-};
-
-TEST_F(GateOnKernel, TrustsTheOpenedDisksOwnSequenceNumberMost) {
-    const auto judged = findDisk(*devices_, "/dev/r" + disk_->name(), disk_->name());
-    ASSERT_TRUE(judged);
-    const LateDevices late(judged.value().device);
-    ASSERT_TRUE(openDisk(late, judged.value(), DiskUse::write));
-    disk_->swapFor(folder_.file("other", before_));
-    EXPECT_FALSE(openDisk(late, judged.value(), DiskUse::write));
-    EXPECT_FALSE(openDisk(late, judged.value(), DiskUse::read));
-}
-
-TEST_F(GateOnKernel, RefusesAWriteProtectedDisk) {
-    disk_.reset();
-    disk_.emplace(folder_.path() / "disk", true);
-    makeNode("/dev/" + disk_->name(), disk_->number());
-    fs::remove("/dev/r" + disk_->name());
-    fs::create_symlink(disk_->name(), "/dev/r" + disk_->name());
-    const std::string answer = write(folder_.file("image", "x"));
-    EXPECT_EQ(answer, "Refused: the disk " + disk_->name() + " is write-protected.");
-    EXPECT_TRUE(onDisk() == before_);
-}
-
-TEST_F(GateOnKernel, ReadsBackThroughABufferedNodeFromTheDiskItself) {
-    UniqueFd node(::open(("/dev/" + disk_->name()).c_str(), O_RDWR | O_CLOEXEC));
-    ASSERT_TRUE(node);
-    NodeBytes bytes(std::move(node), diskBytes, 512);
-    alignas(4096) static std::byte buffer[65536];
-    ASSERT_TRUE(bytes.write(65536, buffer));
-    ASSERT_TRUE(bytes.flush());
-    const auto from = bytes.readBack(65536, buffer);
-    ASSERT_TRUE(from);
-    EXPECT_EQ(from.value(), DiskBytes::ReadFrom::disk);
 }
 
 }  // namespace
