@@ -26,9 +26,14 @@ UniqueFd openForReading(const std::string& path) {
 // no medium is asked for them, so passing over it misses no error. What knows no positions stays where it is.
 off_t passHole(int file, off_t position) {
     const off_t data = ::lseek(file, position, SEEK_DATA);
-    if (data >= 0) return data;
-    const off_t end = errno == ENXIO ? ::lseek(file, 0, SEEK_END) : -1;
-    return end >= 0 ? end : position;
+    if (data >= position) return data;
+    if (data < 0 && errno != ENXIO) return position;
+    const off_t end = ::lseek(file, 0, SEEK_END);
+    if (end >= position) return end;
+    // A file whose content is made while it is read may claim an end that lies before it, 0 as a rule. Going there
+    // would mean to read the same for ever.
+    ::lseek(file, position, SEEK_SET);
+    return position;
 }
 
 }  // namespace

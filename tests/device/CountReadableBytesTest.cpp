@@ -58,6 +58,20 @@ TEST_F(CountReadableBytes, IsWhatComesThroughAPipe) {
     writer.join();
 }
 
+TEST_F(CountReadableBytes, IsWhatAFileHoldsThatClaimsToBeEmpty) {
+    const std::string path = "/proc/self/cmdline";
+    ASSERT_EQ(std::filesystem::file_size(path), 0U);
+    std::ifstream file(path, std::ios::binary);
+    const auto held = std::distance(std::istreambuf_iterator<char>(file), {});
+    ASSERT_GT(held, 0);
+    // In a child, whose alarm ends a count that never ends. Its command line is its parent's.
+    const int result = exitStatusOf([&] {
+        ::alarm(30);
+        return countReadableBytes(path) == static_cast<std::uint64_t>(held) ? 0 : 1;
+    });
+    EXPECT_EQ(result, 0) << "1: a wrong size, -1: no end";
+}
+
 TEST_F(CountReadableBytes, IsAbsentForWhatCannotBeRead) {
     EXPECT_EQ(countReadableBytes((folder_.path() / "missing").string()), std::nullopt);
     EXPECT_EQ(countReadableBytes(folder_.path().string()), std::nullopt) << "a folder";
