@@ -40,6 +40,7 @@ OTHERS = (
     ("services/commandd/", "kLongestRequest", "scratch"),
     # Limits of the disk's own block, which the disk tells, and the unit that sysfs counts in.
     ("services/disk/UdevBlockDevices.cpp", "kBlockBytes", ""),
+    ("device/linux/UdevDeviceRegistry.cpp", "kBlockBytes", ""),
     ("services/disk/UdevBlockDevices.cpp", "kLongestRequest", "blockSize"),
     ("services/gate/", "kLongestRequest", "argestBlock"),
     # The installer's own sentences: nobody but people reads them.

@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/sysmacros.h>
 
 #include "device/linux/UdevDeviceRegistry.h"
 #include "tests/device/linux/PrivateMounts.h"
@@ -114,6 +115,36 @@ TEST_F(UdevRegistry, TakesTheFirstOfTwoDisks) {
         "P: /devices/usb1/1-7/1-7:1.0/host1/1:0:0:0/block/sdze/sdze1\nE: SUBSYSTEM=block\n"
         "E: DEVTYPE=partition\n");
     EXPECT_THAT(found(), ElementsAre(usbDevice(0x3007f, "Two", "sdze")));
+}
+
+// A description of an accessory at port 1-7, of its disk sdzd and of two partitions.
+constexpr const char* kAccessoryWithSerial =
+    "P: /devices/usb1/1-7\nE: SUBSYSTEM=usb\nE: DEVTYPE=usb_device\n"
+    "A: idVendor=10d6\nA: idProduct=fd01\nA: product=One\nA: serial=KA 0017\nA: busnum=3\nA: devnum=127\n\n"
+    "P: /devices/usb1/1-7/1-7:1.0/host1/1:0:0:0/block/sdzd\nE: SUBSYSTEM=block\nE: DEVTYPE=disk\n"
+    "E: MAJOR=130\nE: MINOR=624\nA: dev=130:624\nA: size=32768\n\n"
+    "P: /devices/usb1/1-7/1-7:1.0/host1/1:0:0:0/block/sdzd/sdzd1\nE: SUBSYSTEM=block\nE: DEVTYPE=partition\n"
+    "E: MAJOR=130\nE: MINOR=625\nA: dev=130:625\nA: size=24576\n\n"
+    "P: /devices/usb1/1-7/1-7:1.0/host1/1:0:0:0/block/sdzd/sdzd2\nE: SUBSYSTEM=block\nE: DEVTYPE=partition\n"
+    "E: MAJOR=130\nE: MINOR=626\nA: dev=130:626\nA: size=8\n";
+
+TEST_F(UdevRegistry, TellsSerialNumberPortSizeAndTheNumbersOfWhatCanBeMounted) {
+    bed_.plugIn(kAccessoryWithSerial);
+    const std::vector<UsbDevice> devices = found();
+    ASSERT_EQ(devices.size(), 1U);
+    EXPECT_EQ(devices[0].serial, "KA 0017");
+    EXPECT_EQ(devices[0].port, "1-7");
+    EXPECT_EQ(devices[0].diskBytes, 16U << 20);
+    EXPECT_THAT(devices[0].blockNumbers, ElementsAre(::makedev(130, 624), ::makedev(130, 625), ::makedev(130, 626)));
+}
+
+TEST_F(UdevRegistry, TellsNothingOfASerialNumberOrASizeThatIsNotThere) {
+    bed_.plugInSimulated("accessory-without-disk");
+    const std::vector<UsbDevice> devices = found();
+    ASSERT_EQ(devices.size(), 1U);
+    EXPECT_EQ(devices[0].serial, "");
+    EXPECT_EQ(devices[0].diskBytes, std::nullopt);
+    EXPECT_THAT(devices[0].blockNumbers, IsEmpty());
 }
 
 TEST_F(UdevRegistry, TakesNoPartitionForADisk) {
