@@ -63,6 +63,21 @@ void addFile(CLI::App& command, std::string& target, const std::string& descript
     command.add_option("FILE", target, description)->required()->type_name("");
 }
 
+void addOutput(CLI::App& command, std::optional<std::string>& target) {
+    command.add_option("-o,--output", target, "Write to this file instead of standard output, which is -")
+        ->type_name("FILE");
+}
+
+void addChoice(CLI::App& command, AccessoryChoice& choice) {
+    const auto add = [&command](const std::string& name, const std::string& value, std::vector<std::string>& target,
+                                const std::string& description) {
+        command.add_option(name, target, description)->type_name(value)->take_all()->allow_extra_args(false);
+    };
+    add("--port", "PORT", choice.ports, "Of several accessories the one that is plugged in there, as in 1-2.3");
+    add("--serial", "NUMBER", choice.serials, "The one with this serial number");
+    add("--disk", "DISK", choice.disks, "The one with this disk, as in sdb");
+}
+
 /// The commands of kestravctl; each remembers its own arguments and hands them out as an invocation.
 class CommandLine {
   public:
@@ -76,6 +91,7 @@ class CommandLine {
         addUpdate("icon", ImageKind::icon, icon_,
                   "Send an icon image to the icon area (block " + std::to_string(kIconBlock) + ")");
         addBlockCommands();
+        addSave();
         addByteCommands();
         addHelperCommands();
         // Last, for a command takes over what stands here when it is added.
@@ -106,9 +122,13 @@ class CommandLine {
     }
 
     void addLookups() {
-        addCommand("detect", "Find the accessory and print its name, disk and id", [this] {
-            return detect_;
-        }).add_flag("--json", detect_.json, "Print one JSON object instead");
+        CLI::App& detect =
+            addCommand("detect", "Find the accessory and print its name, disk and id", [this] { return detect_; });
+        detect.add_flag("--json", detect_.json, "Print one JSON object instead");
+        addChoice(detect, detect_.accessory);
+        addCommand("list", "List all accessories: disk, serial number, port, size, name, where mounted", [this] {
+            return list_;
+        }).add_flag("--json", list_.json, "Print one JSON object instead");
         addCommand("drives", "List the mounted drives", [this] {
             return drives_;
         }).add_flag("--json", drives_.json, "Print one JSON array of mount points instead");
@@ -119,6 +139,7 @@ class CommandLine {
         CLI::App& command = addCommand(name, description, [&update] { return update; });
         addFile(command, update.file, "The image, an ordinary file");
         addSendOptions(command, update.options);
+        addChoice(command, update.accessory);
     }
 
     void addSendOptions(CLI::App& command, SendOptions& options) {
@@ -135,12 +156,35 @@ class CommandLine {
         addNumber(push, "BLOCK", push_.firstBlock, "First 512-byte block to write");
         addFile(push, push_.file, "The file to send, an ordinary file");
         addSendOptions(push, push_.options);
+        addChoice(push, push_.accessory);
 
-        CLI::App& pull = addCommand(
-            "pull", "Have the command service read up to 19 blocks; a reply that is text goes to the system log",
-            [this] { return pull_; });
+        CLI::App& pull = addCommand("pull", "Have the command service read blocks", [this] { return pull_; });
         addNumber(pull, "BLOCK", pull_.firstBlock, "First 512-byte block to read");
         addNumber(pull, "COUNT", pull_.count, "Number of 512-byte blocks");
+        addOutput(pull, pull_.output);
+        addChoice(pull, pull_.accessory);
+    }
+
+    void addSave() {
+        CLI::App& command =
+            addCommand("save", "Keep what stands in an area, to send it back later", [this] { return save_; });
+        command
+            .add_option_function<std::string>(
+                "AREA",
+                [this](const std::string& area) {
+                    save_.kind = area == "icon" ? ImageKind::icon : ImageKind::firmware;
+                },
+                "firmware or icon")
+            ->required()
+            ->type_name("")
+            ->check(CLI::IsMember({"firmware", "icon"}).description(""));
+        addFile(command, save_.file, "The file to write");
+        command
+            .add_option_function<std::string>(
+                "--bytes", [this](const std::string& text) { save_.bytes = decimal("--bytes", text); },
+                "How many bytes; without it the 262144 of the firmware area")
+            ->type_name("NUMBER");
+        addChoice(command, save_.accessory);
     }
 
     void addByteCommands() {
@@ -148,13 +192,16 @@ class CommandLine {
                                     [this] { return read_; });
         addNumber(read, "OFFSET", read_.offset, "First byte to read");
         addNumber(read, "LENGTH", read_.length, "Number of bytes; fewer at the end of the disk");
-        read.add_option("-o,--output", read_.output, "Write to this file instead of standard output")
+        read.add_option("-o,--output", read_.output,
+                        "Write to this file instead of standard output; - is standard output")
             ->type_name("FILE");
+        addChoice(read, read_.accessory);
 
         CLI::App& write = addCommand("write", "Write a file's bytes straight to the disk (needs the right to open it)",
                                      [this] { return write_; });
         addNumber(write, "OFFSET", write_.offset, "First byte to write");
         addFile(write, write_.file, "The file whose bytes are written");
+        addChoice(write, write_.accessory);
     }
 
     CLI::App& addHelperCommand(CLI::App& parent, const std::string& name, const std::string& description,
@@ -185,11 +232,13 @@ class CommandLine {
                   "kestravctl"};
     std::function<Invocation()> invocation_;
     DetectInvocation detect_;
+    ListInvocation list_;
     DrivesInvocation drives_;
     UpdateInvocation firmware_;
     UpdateInvocation icon_;
     PushInvocation push_;
     PullInvocation pull_;
+    SaveInvocation save_;
     ReadInvocation read_;
     WriteInvocation write_;
     HelperInvocation helper_;
@@ -209,12 +258,26 @@ const SendOptions* sendOptionsOf(const Invocation& invocation) {
     return nullptr;
 }
 
+AccessoryChoice choiceOf(const Invocation& invocation) {
+    return std::visit(
+        [](const auto& command) {
+            if constexpr (requires { command.accessory; }) {
+                return command.accessory;
+            } else {
+                return AccessoryChoice();
+            }
+        },
+        invocation);
+}
+
 bool putsDataOnStandardOutput(const Invocation& invocation) {
     if (const SendOptions* options = sendOptionsOf(invocation)) return options->json;
     if (const auto* detect = std::get_if<DetectInvocation>(&invocation)) return detect->json;
     if (const auto* drives = std::get_if<DrivesInvocation>(&invocation)) return drives->json;
+    if (std::holds_alternative<ListInvocation>(invocation)) return true;
+    if (const auto* pull = std::get_if<PullInvocation>(&invocation)) return isStandardOutput(pull->output);
     const auto* read = std::get_if<ReadInvocation>(&invocation);
-    return read != nullptr && !read->output;
+    return read != nullptr && isStandardOutput(read->output);
 }
 
 }  // namespace kestrav

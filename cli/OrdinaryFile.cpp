@@ -11,6 +11,7 @@
 #include "base/retry.h"
 #include "base/systemWords.h"
 #include "base/utf8.h"
+#include "device/countReadableBytes.h"
 
 namespace kestrav {
 namespace {
@@ -62,7 +63,10 @@ Outcome<OrdinaryFile> OrdinaryFile::open(const std::string& path) {
     if (::pread(fd.get(), &first, 1, 0) < 0) return cannotBeRead(path, errno);
     const auto shared = sharedPath(path);
     if (!shared) return shared.problem();
-    return OrdinaryFile(std::move(fd), shared.value(), status.st_size);
+    std::int64_t size = status.st_size;
+    // One whose content is made while it is read has no size of its own.
+    if (size == 0) size = static_cast<std::int64_t>(countReadableBytes(path).value_or(0));
+    return OrdinaryFile(std::move(fd), shared.value(), size);
 }
 
 std::vector<std::byte> OrdinaryFile::read(std::int64_t offset, std::int64_t length) const {

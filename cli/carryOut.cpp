@@ -4,6 +4,7 @@
 #include <variant>
 
 #include "cli/complain.h"
+#include "cli/listAccessories.h"
 #include "cli/lookUp.h"
 #include "cli/moveBytes.h"
 #include "cli/pullBlocks.h"
@@ -18,6 +19,7 @@ struct Families {
     const CommandParts& parts;
 
     ExitCode operator()(const DetectInvocation& detect) const { return lookUp(detect, parts); }
+    ExitCode operator()(const ListInvocation& list) const { return listAccessories(list, parts); }
     ExitCode operator()(const DrivesInvocation& drives) const { return lookUp(drives, parts); }
     ExitCode operator()(const UpdateInvocation& update) const { return told(sendImage(update, parts), update.options); }
     ExitCode operator()(const PushInvocation& push) const { return told(sendImage(push, parts), push.options); }
@@ -27,6 +29,9 @@ struct Families {
     ExitCode told(const UpdateResult& result, const SendOptions& options) const {
         if (options.quiet && !options.json && result.status == ExitCode::success) return result.status;
         return tellResult(result, options.json, parts.console);
+    }
+    ExitCode operator()(const SaveInvocation& save) const {
+        return tellResult(pullBlocks(save, parts), false, parts.console);
     }
     ExitCode operator()(const ReadInvocation& read) const { return moveBytes(read, parts); }
     ExitCode operator()(const WriteInvocation& write) const { return moveBytes(write, parts); }

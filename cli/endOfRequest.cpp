@@ -1,10 +1,10 @@
 #include "cli/endOfRequest.h"
 
+#include "cli/ChosenDevices.h"
 #include "cli/ServiceAnswers.h"
 #include "cli/WatchedRegistry.h"
 #include "cli/judgeExchange.h"
 #include "device/KestravDevice.h"
-#include "protocol/accessory.h"
 
 namespace kestrav {
 
@@ -15,10 +15,13 @@ UpdateResult endOfRequest(UpdateResult asked, const CommandParts& parts) {
                                "Is /sys mounted?");
     }
     if (device.bsdName.empty()) {
-        return asked.endedWith(ExitCode::failure, "No accessory (USB " KESTRAV_ACCESSORY_USB ") is attached.",
-                               "Plug it in and try again.");
+        return asked.endedWith(ExitCode::failure, parts.chosen.whyNone(), parts.chosen.remedyForNone());
     }
     asked.disk = device.bsdName;
+    if (parts.chosen.taken()) {
+        asked.serial = parts.chosen.taken()->serial;
+        asked.port = parts.chosen.taken()->port;
+    }
     const ServiceAnswers::Exchange* last = parts.answers.last();
     if (last == nullptr) return asked.endedWith(ExitCode::failure, "Nothing was handed over.");
     const UpdateResult end = judgeExchange(*last, asked);

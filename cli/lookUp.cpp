@@ -6,10 +6,10 @@
 
 #include "base/shownText.h"
 #include "base/utf8.h"
+#include "cli/ChosenDevices.h"
 #include "cli/complain.h"
 #include "device/KestravDevice.h"
 #include "json/tree/dataWithJSONObject.h"
-#include "protocol/accessory.h"
 
 namespace kestrav {
 namespace {
@@ -50,7 +50,7 @@ ExitCode lookUp(const DetectInvocation& detect, const CommandParts& parts) {
         object.setMember("found", Tree(false));
         printJson(parts.console, object);
     }
-    complain(parts.console, "No accessory (USB " KESTRAV_ACCESSORY_USB ") is attached. Plug it in and try again.");
+    complain(parts.console, parts.chosen.whyNone() + " " + parts.chosen.remedyForNone());
     return ExitCode::noAccessory;
 }
 

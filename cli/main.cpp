@@ -9,26 +9,22 @@
 #include "base/QuietSystemLog.h"
 #include "base/SystemLog.h"
 #include "base/openStandardDescriptors.h"
+#include "cli/Backends.h"
 #include "cli/Interruption.h"
 #include "cli/Invocation.h"
 #include "cli/LogBesideProgress.h"
 #include "cli/ProgressLine.h"
-#include "cli/ServiceAnswers.h"
-#include "cli/TerminalLog.h"
-#include "cli/TransferMeter.h"
-#include "cli/WatchedRegistry.h"
+#include "cli/WatchedEngine.h"
 #include "cli/WriteWatch.h"
 #include "cli/carryOut.h"
 #include "cli/carryOutHelper.h"
 #include "cli/interruptedResult.h"
 #include "cli/tellResult.h"
-#include "command/CommandService.h"
 #include "command/HelperInstallation.h"
 #include "command/linux/HelperPresence.h"
 #include "command/linux/PolkitAuthorization.h"
 #include "command/linux/SdBusHelperChannel.h"
 #include "command/linux/TextAgent.h"
-#include "device/KestravDevice.h"
 #include "device/linux/MountinfoVolumes.h"
 #include "device/linux/PosixDiskCalls.h"
 #include "device/linux/UdevDeviceRegistry.h"
@@ -40,7 +36,7 @@ namespace {
 bool asksTheService(const kestrav::Invocation& invocation) {
     using namespace kestrav;
     return std::holds_alternative<UpdateInvocation>(invocation) || std::holds_alternative<PushInvocation>(invocation) ||
-           std::holds_alternative<PullInvocation>(invocation);
+           std::holds_alternative<PullInvocation>(invocation) || std::holds_alternative<SaveInvocation>(invocation);
 }
 
 kestrav::HelperState helperState() {
@@ -88,25 +84,22 @@ int perform(const kestrav::Invocation& invocation) {
     QuietSystemLog quietLog;
     ProgressLine line(STDERR_FILENO);
     LogBesideProgress log(quiet ? static_cast<SystemLog&>(quietLog) : systemLog, line);
-    ServiceAnswers answers;
-    WriteWatch watch(answers, showFor(options, line));
+    UdevDeviceRegistry registry;
+    MountinfoVolumes volumes;
+    PosixDiskCalls disks;
+    const Backends backends{registry, volumes, disks, log};
+    std::ostream nowhere(nullptr);
+    WatchedEngine engine(backends, choiceOf(invocation), console, quiet ? nowhere : progress, showFor(options, line));
+    const CommandParts parts = engine.parts();
     std::optional<Interruption> interruption;
     if (options != nullptr) {
         interruption.emplace([&] {
-            const auto state = watch.state();
+            const auto state = parts.watch.state();
             line.clear();
             if (state) tellResult(interruptedResult(*state), options->json, console);
         });
     }
-    CommandService commandService(log, {}, &watch);
-    UdevDeviceRegistry udev;
-    WatchedRegistry registry(udev);
-    MountinfoVolumes volumes;
-    PosixDiskCalls diskCalls;
-    TransferMeter meter(diskCalls);
-    KestravDevice device(registry, volumes, meter, commandService, progress);
-    if (!quiet) device.setParent(std::make_shared<TerminalLog>(progress));
-    return static_cast<int>(carryOut(invocation, {device, registry, meter, answers, watch, console}));
+    return static_cast<int>(carryOut(invocation, parts));
 }
 
 }  // namespace

@@ -20,6 +20,9 @@ inline constexpr std::size_t kLongestRequest = 65536;
 /// Bytes that a client reads of an answer, at most; the service's texts stay below it.
 inline constexpr std::size_t kReplyRoom = 10240;
 
+/// The most blocks of 512 bytes that are read with one request.
+inline constexpr std::uint64_t kMostBlocksRead = 19;
+
 /// What the service's answers begin with. A read is answered with the blocks alone. These words and the ones below are
 /// what programs tell the answers apart by, and docs/protocol.md lists each of them.
 inline constexpr std::string_view kWrotePrefix = "Wrote ";

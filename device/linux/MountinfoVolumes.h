@@ -10,6 +10,7 @@ namespace kestrav {
 class MountinfoVolumes final : public MountedVolumes {
   public:
     std::optional<std::vector<std::string>> mountPoints() override;
+    std::vector<MountedDevice> mountedDevices() override;
     std::vector<std::string> volumesFolders() const override;
 };
 

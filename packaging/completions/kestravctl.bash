@@ -1,5 +1,10 @@
 # Completion of kestravctl(1) for bash.
 
+# What the accessories that are attached have in a column of `kestravctl list`.
+_kestravctl_attached() {
+    kestravctl list 2>/dev/null | awk -v column="$1" 'NR > 1 && $column != "-" { print $column }'
+}
+
 _kestravctl() {
     local cur=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
     local word command='' operation='' values=0 i
@@ -7,7 +12,7 @@ _kestravctl() {
     for ((i = 1; i < COMP_CWORD; ++i)); do
         word=${COMP_WORDS[i]}
         case $word in
-            -o | --output) ((++i)) ;;
+            -o | --output | --port | --serial | --disk | --bytes) ((++i)) ;;
             -*) ;;
             *)
                 if [[ -z $command ]]; then
@@ -27,25 +32,36 @@ _kestravctl() {
         mapfile -t COMPREPLY < <(compgen -f -- "$cur")
         return
     fi
-    local words='' files=''
+    case $previous in
+        --disk) mapfile -t COMPREPLY < <(compgen -W "$(_kestravctl_attached 1)" -- "$cur") && return ;;
+        --serial) mapfile -t COMPREPLY < <(compgen -W "$(_kestravctl_attached 2)" -- "$cur") && return ;;
+        --port) mapfile -t COMPREPLY < <(compgen -W "$(_kestravctl_attached 3)" -- "$cur") && return ;;
+        --bytes) return ;;
+    esac
+    local words='' files='' chosen='--port --serial --disk'
     case $command$operation in
-        '') words='detect drives firmware icon push pull read write helper --help --version' ;;
-        detect | drives) words='--json --help' ;;
+        '') words='detect list drives firmware icon push pull save read write helper --help --version' ;;
+        detect) words="--json $chosen --help" ;;
+        list | drives) words='--json --help' ;;
         firmware | icon)
-            words='--verify --json --progress --quiet --help'
+            words="--verify --json --progress --quiet $chosen --help"
             ((values == 0)) && files='!*.fds'
             [[ $files && $command == icon ]] && files='!*.fif'
             ;;
         push)
-            words='--verify --json --progress --quiet --help'
+            words="--verify --json --progress --quiet $chosen --help"
             ((values == 1)) && files='-'
             ;;
         write)
-            words='--help'
+            words="$chosen --help"
             ((values == 1)) && files='-'
             ;;
-        pull) words='--help' ;;
-        read) words='--output --help' ;;
+        pull | read) words="--output $chosen --help" ;;
+        save)
+            words="--bytes $chosen --help"
+            ((values == 0)) && words="firmware icon $words"
+            ((values == 1)) && files='-'
+            ;;
         helper) words='install uninstall status run --help' ;;
         helperrun)
             words='--help'

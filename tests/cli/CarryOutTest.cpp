@@ -1,18 +1,7 @@
-#include <atomic>
 #include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
-#include <memory>
-#include <sstream>
 
-#include "cli/ServiceAnswers.h"
-#include "cli/TransferMeter.h"
-#include "cli/WatchedRegistry.h"
-#include "cli/WriteWatch.h"
-#include "cli/carryOut.h"
-#include "tests/command/LoopbackService.h"
-#include "tests/device/fakes/EngineOnFakes.h"
-#include "tests/device/fakes/bytes.h"
+#include "tests/cli/Commands.h"
 
 namespace kestrav {
 namespace {
@@ -23,75 +12,12 @@ constexpr std::size_t kFirmwareOffset = 1536 * 512;
 constexpr std::size_t kIconOffset = 2048 * 512;
 constexpr std::uintmax_t kPiece = 1 << 20;  // of the second look
 
-/// What the service says to an update: first of the unmounting, then of the write.
-LoopbackBehaviour answersInTurn(std::string ofUnmounting, std::string ofWrite) {
-    const auto turn = std::make_shared<std::atomic<int>>(0);
-    return [=](LoopbackConnection& connection) { answers((*turn)++ == 0 ? ofUnmounting : ofWrite)(connection); };
-}
-
-/// The same where all is well.
-LoopbackBehaviour confirms(std::uintmax_t bytes, int block = 1536) {
-    return answersInTurn("disk21 was not mounted.", "Wrote " + std::to_string(bytes) + " bytes to disk2 at block " +
-                                                        std::to_string(block) + ", verified, 9.9 MB/s.");
-}
-
-/// kestravctl without its process: an engine on fakes, a folder of its own, and both streams in memory.
-class Commands : public testing::Test {
-  protected:
-    void SetUp() override {
-        std::string pattern = fs::temp_directory_path() / "kestrav-commands.XXXXXX";
-        ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
-        folder_ = pattern;
-    }
-    void TearDown() override { fs::remove_all(folder_); }
-
-    std::string made(const std::string& name, std::string_view content) const {
-        std::ofstream(folder_ / name, std::ios::binary) << content;
-        return folder_ / name;
-    }
-    std::string sparse(const std::string& name, std::uintmax_t size) const {
-        const std::string path = made(name, "");
-        fs::resize_file(path, size);
-        return path;
-    }
-
-    /// The accessory's disk as the raw and as the block node show it, with `content` at `offset`.
-    void plugIn(std::size_t size, std::size_t offset = 0, std::string_view content = {}) {
-        on.plugIn("disk2");
-        std::vector<std::byte> disk(size);
-        std::ranges::copy(bytes(content), disk.begin() + static_cast<std::ptrdiff_t>(offset));
-        on.disks.disks["/dev/rdisk2"] = disk;
-        on.disks.disks["/dev/disk2"] = std::move(disk);
-    }
-
-    ExitCode carriedOut(const Invocation& invocation) {
-        return carryOut(invocation, {engine, registry, meter, serviceAnswers, watch, {out, err}});
-    }
-
-    bool complained(std::string_view words) const { return err.str().find(words) != std::string::npos; }
-
-    LoopbackService service;
-    EngineOnFakes on;
-    ServiceAnswers serviceAnswers;
-    WriteWatch watch{serviceAnswers, {}, BoardReader(std::vector<fs::path>{})};
-    CommandService commands{on.systemLog, {.port = service.port(), .connectSeconds = 5, .readSeconds = 5}, &watch};
-    WatchedRegistry registry{on.registry};
-    TransferMeter meter{on.disks};
-    KestravDevice engine{registry, on.volumes, meter, commands, on.console};
-    std::ostringstream out;
-    std::ostringstream err;
-
-  private:
-    fs::path folder_;
-};
-
 using Detect = Commands;
 using Update = Commands;
 using Verify = Commands;
 using Read = Commands;
 using Write = Commands;
 using Push = Commands;
-using Pull = Commands;
 using FullStandardOutput = Commands;
 
 TEST_F(Detect, EndsWithFiveWithoutARegistry) {
@@ -151,10 +77,7 @@ TEST_F(Update, IsJudgedByTheWriteAndNotByTheUnmounting) {
 
 TEST_F(Update, WithoutAServiceHandsNothingOver) {
     plugIn(2 << 20);
-    CommandService nobody(on.systemLog, {.port = 1, .connectSeconds = 5, .readSeconds = 5}, &watch);
-    KestravDevice device(registry, on.volumes, meter, nobody, on.console);
-    const CommandParts parts{device, registry, meter, serviceAnswers, watch, {out, err}};
-    EXPECT_EQ(carryOut(UpdateInvocation{ImageKind::icon, made("i", "x"), true}, parts), ExitCode::failure);
+    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::icon, made("i", "x"), {.verify = true}}, 1), ExitCode::failure);
     EXPECT_EQ(err.str(), "kestravctl: The service is not running: systemctl start kestrav-commandd.socket\n");
 }
 
@@ -260,6 +183,22 @@ TEST_F(Verify, IsNotTriedAfterAnUpdateThatFailed) {
     EXPECT_TRUE(on.disks.journal.empty());
 }
 
+TEST_F(Read, AsksForNothingBehindTheDisksEnd) {
+    on.registry.plugIn({.id = 1, .name = "Accessory", .disk = "disk2", .diskBytes = 1024});
+    on.disks.disks["/dev/rdisk2"] = bytes(std::string(1024, 'x'));
+    EXPECT_EQ(carriedOut(ReadInvocation{.offset = 1000, .length = INT64_MAX, .output = "-"}), ExitCode::success);
+    EXPECT_EQ(out.str(), std::string(24, 'x'));
+    EXPECT_TRUE(complained("Only 24 of 9223372036854775807 bytes could be read."));
+    EXPECT_EQ(carriedOut(ReadInvocation{.offset = 1024, .length = 1, .output = "-"}), ExitCode::failure);
+}
+
+TEST_F(Read, SaysThatThereIsNoAccessory) {
+    EXPECT_EQ(carriedOut(ReadInvocation{.offset = 0, .length = 1, .output = "-"}), ExitCode::failure);
+    EXPECT_EQ(err.str(), "kestravctl: No accessory (USB 10d6:fd01) is attached. Plug it in and try again.\n");
+    on.registry.breakDown();
+    EXPECT_EQ(carriedOut(WriteInvocation{0, made("f", "abc")}), ExitCode::registryUnreachable);
+}
+
 TEST_F(Read, FailsWhenThereIsNothingToRead) {
     plugIn(512);
     EXPECT_EQ(carriedOut(ReadInvocation{.offset = 512, .length = 1, .output = made("out", "kept")}), ExitCode::failure);
@@ -340,29 +279,6 @@ TEST_F(Commands, ListDrivesWhoseNamesAreNotUtf8) {
     on.volumes.mounted = {"/media/bad\xff", "/media/good"};
     EXPECT_EQ(carriedOut(DrivesInvocation{.json = true}), ExitCode::success);
     EXPECT_EQ(out.str(), "[\"/media/bad\uFFFD\",\"/media/good\"]\n");
-}
-
-TEST_F(Pull, AsksForTheBlocks) {
-    plugIn(512);
-    service.setBehaviour(answers(std::string(1024, 'x')));
-    EXPECT_EQ(carriedOut(PullInvocation{1536, 2}), ExitCode::success);
-    EXPECT_EQ(out.str() + err.str(), "");
-    ASSERT_EQ(service.requests().size(), 1U);
-    EXPECT_NE(service.requests()[0].find(R"("skip=1536","count=2")"), std::string::npos);
-}
-
-TEST_F(Pull, FailsWhenTheBlocksDoNotCome) {
-    plugIn(512);
-    service.setBehaviour(answers("Refused: a reply has room for 19 blocks, not for 20."));
-    EXPECT_EQ(carriedOut(PullInvocation{0, 20}), ExitCode::wentWrong);
-    EXPECT_TRUE(complained("Nothing was read: a reply has room for 19 blocks, not for 20.\n"));
-    service.setBehaviour(answers(std::string(511, 'x')));
-    EXPECT_EQ(carriedOut(PullInvocation{0, 1}), ExitCode::nobodyKnows);
-}
-
-TEST_F(Pull, FailsWithoutAnAccessory) {
-    EXPECT_EQ(carriedOut(PullInvocation{0, 1}), ExitCode::failure);
-    EXPECT_TRUE(service.requests().empty());
 }
 
 TEST_F(FullStandardOutput, IsAnError) {

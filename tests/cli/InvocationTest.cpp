@@ -39,6 +39,43 @@ TEST(ParseCommandLine, ReadsDetect) {
     EXPECT_TRUE(parsedAs<DetectInvocation>({"detect", "--json"}).json);
 }
 
+TEST(ParseCommandLine, ReadsList) {
+    EXPECT_FALSE(parsedAs<ListInvocation>({"list"}).json);
+    EXPECT_TRUE(parsedAs<ListInvocation>({"list", "--json"}).json);
+}
+
+TEST(ParseCommandLine, ReadsWhichAccessoryIsMeantBeforeAndBehindTheOtherWords) {
+    const auto push = parsedAs<PushInvocation>({"push", "--serial", "A", "7", "--port=1-2", "f", "--serial", "B"});
+    EXPECT_EQ(push.firstBlock, 7);
+    EXPECT_EQ(push.file, "f");
+    EXPECT_EQ(push.accessory.serials, (std::vector<std::string>{"A", "B"}));
+    EXPECT_EQ(push.accessory.ports, (std::vector<std::string>{"1-2"}));
+    EXPECT_EQ(choiceOf(push).ports, push.accessory.ports);
+    EXPECT_EQ(parsedAs<UpdateInvocation>({"icon", "f", "--disk", "sdb"}).accessory.disks.size(), 1U);
+    EXPECT_EQ(parsedAs<WriteInvocation>({"write", "--disk", "sdb", "1", "f"}).accessory.disks.size(), 1U);
+    EXPECT_EQ(parsedAs<ReadInvocation>({"read", "--disk", "sdb", "1", "2"}).accessory.disks.size(), 1U);
+    EXPECT_EQ(parsedAs<DetectInvocation>({"detect", "--disk", "sdb"}).accessory.disks.size(), 1U);
+}
+
+TEST(ParseCommandLine, ReadsWhereThePulledBlocksGo) {
+    EXPECT_FALSE(parsedAs<PullInvocation>({"pull", "1", "2"}).output);
+    EXPECT_EQ(parsedAs<PullInvocation>({"pull", "1", "2", "-o", "x"}).output, "x");
+    EXPECT_TRUE(putsDataOnStandardOutput(parsedAs<PullInvocation>({"pull", "1", "2"})));
+    EXPECT_TRUE(putsDataOnStandardOutput(parsedAs<ReadInvocation>({"read", "1", "2", "-o", "-"})));
+    EXPECT_FALSE(putsDataOnStandardOutput(parsedAs<PullInvocation>({"pull", "1", "2", "-o", "x"})));
+}
+
+TEST(ParseCommandLine, ReadsWhatIsSaved) {
+    const auto firmware = parsedAs<SaveInvocation>({"save", "firmware", "f"});
+    EXPECT_EQ(firmware.kind, ImageKind::firmware);
+    EXPECT_EQ(firmware.file, "f");
+    EXPECT_FALSE(firmware.bytes);
+    const auto icon = parsedAs<SaveInvocation>({"save", "icon", "f", "--bytes", "70"});
+    EXPECT_EQ(icon.kind, ImageKind::icon);
+    EXPECT_EQ(icon.bytes, 70);
+    EXPECT_TRUE(std::holds_alternative<ExitCode>(parse({"save", "0", "f"}).result)) << "a number is no area";
+}
+
 TEST(ParseCommandLine, ReadsDrives) {
     EXPECT_FALSE(parsedAs<DrivesInvocation>({"drives"}).json);
     EXPECT_TRUE(parsedAs<DrivesInvocation>({"drives", "--json"}).json);

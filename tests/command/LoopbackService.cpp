@@ -67,7 +67,7 @@ bool LoopbackConnection::readable(int milliseconds) {
     return readableBefore(fd_, stop_, milliseconds);
 }
 
-void LoopbackConnection::receiveRequest() {
+std::string LoopbackConnection::receiveRequest() {
     std::string request;
     ObjectEnd end;
     std::array<char, 65536> buffer{};
@@ -81,6 +81,7 @@ void LoopbackConnection::receiveRequest() {
         if (complete) break;
     }
     record_(request);
+    return request;
 }
 
 void LoopbackConnection::receiveFirstByte() {

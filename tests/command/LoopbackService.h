@@ -22,8 +22,9 @@ class LoopbackConnection {
 
     LoopbackConnection(int fd, int stop, Recorder record) : fd_(fd), stop_(stop), record_(std::move(record)) {}
 
-    /// Takes what has arrived when the first JSON object is complete, or when the peer stops sending, and records it.
-    void receiveRequest();
+    /// Takes what has arrived when the first JSON object is complete, or when the peer stops sending, records it and
+    /// returns it.
+    std::string receiveRequest();
     /// Takes one byte of the request and no more.
     void receiveFirstByte();
     void send(std::string_view bytes);

@@ -6,12 +6,20 @@ import subprocess
 import tempfile
 import unittest
 from pathlib import Path
+from unittest import mock
 
 import shells
 
 ROOT = Path(__file__).resolve().parents[2]
 PROGRAMS = Path(os.environ["KESTRAV_PROGRAMS"])
 EVERYWHERE = {"-h", "--help"}
+# What `kestravctl list` prints, and what its columns offer for an option.
+LISTING = """\
+DISK  SERIAL  PORT   SIZE    NAME               MOUNTED
+sdb   KA0017  1-2    16 MiB  Kestrav Accessory  /media/me/A
+sdc   -       1-2.3  16 MiB  Kestrav Accessory  -
+"""
+ATTACHED = {"--disk": {"sdb", "sdc"}, "--serial": {"KA0017"}, "--port": {"1-2", "1-2.3"}}
 
 
 def help_text(*words):
@@ -64,6 +72,14 @@ def synopsis(page):
 
 class CommandLine(unittest.TestCase):
     def setUp(self):
+        folder = tempfile.TemporaryDirectory(prefix="kestrav-list.")
+        self.addCleanup(folder.cleanup)
+        listing = Path(folder.name) / "kestravctl"
+        listing.write_text(f"#!/bin/sh\n[ \"$*\" = list ] && cat <<END\n{LISTING}END\n")
+        listing.chmod(0o755)
+        changed = mock.patch.dict(os.environ, PATH=f"{folder.name}:{os.environ['PATH']}")
+        changed.start()
+        self.addCleanup(changed.stop)
         self.known = command_line()
         self.assertIn("firmware", self.known)
         self.assertIn("helper install", self.known)
@@ -73,7 +89,7 @@ class CommandLine(unittest.TestCase):
         wanted = {name: flags - EVERYWHERE - {"--output"} for name, flags in self.known.items() if name}
         self.assertEqual(synopsis(page), wanted)
         explained = {"-" + flag for line in re.findall(r"^\.It Fl (.*)", page, re.M) for flag in line.split()
-                     if flag not in {",", "Ar", "FILE"}}
+                     if flag not in {",", "Ar"} and not flag.isupper()}
         self.assertEqual(explained, set().union(*self.known.values()))
 
     def test_ends_as_the_manual_page_says(self):
@@ -105,6 +121,8 @@ class CommandLine(unittest.TestCase):
             # A short form that has a long one beside it need not be offered.
             offered = {word for word in shell("kestravctl", *name.split(), "--") if word.startswith("--")}
             self.assertEqual(offered, {flag for flag in flags if flag.startswith("--")}, name)
+        for option, values in ATTACHED.items():
+            self.assertEqual(set(shell("kestravctl", "firmware", option, "")), values, option)
         self.names_files(shell, "firmware", but=["new.fif", "new.txt"])
         self.names_files(shell, "icon", file="new.fif", but=["new.fds", "new.txt"])
         self.names_files(shell, "write", "0")

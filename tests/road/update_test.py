@@ -75,14 +75,29 @@ class Update(RoadTest):
         self.assert_said(result, ["", on_disk(777, 5000)])
         self.assert_only_changed(before, 5000, content(777))
 
-    def test_pull_puts_readable_blocks_into_the_system_log(self):
+    def test_pull_gives_the_blocks_and_keeps_them_out_of_the_log(self):
+        stood = content(30 * BLOCK, 4)
         with open(self.disk, "r+b") as disk:
             disk.seek(FIRMWARE * BLOCK)
-            disk.write(b"firmware 1.0 %s %n".ljust(BLOCK, b"."))
+            disk.write(b"firmware 1.0 %s %n".ljust(BLOCK, b".") + stood)
         self.start_service()
-        result = self.kestravctl("pull", FIRMWARE, "1")
-        self.assert_said(result, [])
-        self.assert_reported(result, "firmware 1.0 %s %n...")
+        result = self.kestravctl("pull", FIRMWARE, "31")
+        self.assertEqual(result.stdout, b"firmware 1.0 %s %n".ljust(BLOCK, b".") + stood)
+        self.assertEqual(result.returncode, 0)
+        self.assertEqual(result.stderr, b"")
+
+    def test_what_was_saved_takes_an_update_back(self):
+        with open(self.disk, "r+b") as disk:
+            disk.seek(FIRMWARE * BLOCK)
+            disk.write(content(262144, 5))
+        before = self.disk.read_bytes()
+        self.start_service()
+        saved = self.folder / "old.fds"
+        self.assertEqual(self.kestravctl("save", "firmware", saved).returncode, 0)
+        self.assertEqual(saved.read_bytes(), content(262144, 5))
+        self.assertEqual(self.kestravctl("firmware", self.image(200000)).returncode, 0)
+        self.assertEqual(self.kestravctl("firmware", saved).returncode, 0)
+        self.assertTrue(self.disk.read_bytes() == before)
 
     def test_the_last_of_two_accessories_gets_the_update(self):
         self.start_service("two-accessories")

@@ -8,8 +8,10 @@ namespace kestrav {
 class FakeVolumes final : public MountedVolumes {
   public:
     std::optional<std::vector<std::string>> mounted = std::vector<std::string>{"/"};
+    std::vector<MountedDevice> devices;
 
     std::optional<std::vector<std::string>> mountPoints() override { return mounted; }
+    std::vector<MountedDevice> mountedDevices() override { return devices; }
     std::vector<std::string> volumesFolders() const override { return {"/media", "/run/media"}; }
 };
 

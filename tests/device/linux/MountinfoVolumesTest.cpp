@@ -40,6 +40,20 @@ TEST(MountinfoVolumes, ListWhatIsMountedOldestFirst) {
     EXPECT_EQ(result, 0);
 }
 
+TEST(MountinfoVolumes, TellTheNumberOfTheDeviceThatIsMounted) {
+    const int result = withPrivateMounts([] {
+        if (!mountAll({"/media", "/media/one", "/media/other"})) return 2;
+        struct stat other {};
+        if (::stat("/media/other", &other) != 0) return 3;
+        std::vector<std::string> found;
+        for (const MountedDevice& device : MountinfoVolumes().mountedDevices())
+            if (device.number == other.st_dev) found.push_back(device.path);
+        return found == std::vector<std::string>{"/media/other"} ? 0 : 1;
+    });
+    if (result == -2) GTEST_SKIP() << "mounting takes root";
+    EXPECT_EQ(result, 0);
+}
+
 TEST(MountinfoVolumes, ListPathsAsTheyAreWritten) {
     const Paths paths{"/media",        "/media/a b", "/media/tab\there", "/media/line\nend", "/media/back\\slash\\040",
                       "/media/#\u00e9"};

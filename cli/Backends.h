@@ -1,0 +1,23 @@
+#pragma once
+
+#include "command/BoardReader.h"
+#include "command/CommandService.h"
+
+namespace kestrav {
+
+class DeviceRegistry;
+class DiskCalls;
+class MountedVolumes;
+class SystemLog;
+
+/// What kestravctl needs of the system. Nothing is owned. May be used on several threads at once.
+struct Backends {
+    DeviceRegistry& registry;
+    MountedVolumes& volumes;
+    DiskCalls& disks;
+    SystemLog& log;              ///< takes what the command service answers
+    CommandEndpoint endpoint{};  ///< where the command service listens
+    BoardReader board{};         ///< what it says of a write beside its answer
+};
+
+}  // namespace kestrav
