@@ -18,7 +18,8 @@ namespace {
 constexpr const char* kFooter = R"(Exit status:
   0  done; firmware, icon, push: the service has read the image back, and it is
      equal; pull: the blocks came
-  1  no accessory, or nothing was handed over; read, write: nothing was moved
+  1  no accessory, or nothing was handed over; read, write: nothing was moved;
+     doctor: an update can't work
   2  wrong call, or a file that can't be read or written
   3  detect: no accessory is attached
   4  the service refused or failed, or the disk differs from the image
@@ -94,12 +95,13 @@ class CommandLine {
         addSave();
         addByteCommands();
         addHelperCommands();
+        addDoctor();
         // Last, for a command takes over what stands here when it is added.
         app_.footer(kFooter);
     }
 
-    std::variant<Invocation, HelperInvocation, ExitCode> parse(int argc, const char* const* argv, std::ostream& out,
-                                                               std::ostream& err) {
+    std::variant<Invocation, HelperInvocation, DoctorInvocation, ExitCode> parse(int argc, const char* const* argv,
+                                                                                 std::ostream& out, std::ostream& err) {
         try {
             app_.parse(argc, argv);
         } catch (const CLI::Success& end) {
@@ -111,6 +113,7 @@ class CommandLine {
                               {out, err});
         }
         if (helperChosen_) return helper_;
+        if (doctorChosen_) return doctor_;
         return invocation_();
     }
 
@@ -132,6 +135,12 @@ class CommandLine {
         addCommand("drives", "List the mounted drives", [this] {
             return drives_;
         }).add_flag("--json", drives_.json, "Print one JSON array of mount points instead");
+    }
+
+    void addDoctor() {
+        CLI::App& doctor = *app_.add_subcommand("doctor", "Say whether an update can work, and what is in its way");
+        doctor.add_flag("--json", doctor_.json, "Print one JSON object instead");
+        doctor.final_callback([this] { doctorChosen_ = true; });
     }
 
     void addUpdate(const std::string& name, ImageKind kind, UpdateInvocation& update, const std::string& description) {
@@ -243,12 +252,16 @@ class CommandLine {
     WriteInvocation write_;
     HelperInvocation helper_;
     bool helperChosen_ = false;
+    DoctorInvocation doctor_;
+    bool doctorChosen_ = false;
 };
 
 }  // namespace
 
-std::variant<Invocation, HelperInvocation, ExitCode> parseCommandLine(int argc, const char* const* argv,
-                                                                      std::ostream& out, std::ostream& err) {
+std::variant<Invocation, HelperInvocation, DoctorInvocation, ExitCode> parseCommandLine(int argc,
+                                                                                        const char* const* argv,
+                                                                                        std::ostream& out,
+                                                                                        std::ostream& err) {
     return CommandLine().parse(argc, argv, out, err);
 }
 

@@ -24,6 +24,9 @@ struct ListInvocation {
 struct DrivesInvocation {
     bool json = false;
 };
+struct DoctorInvocation {
+    bool json = false;
+};
 enum class ImageKind { firmware, icon };
 struct UpdateInvocation {
     ImageKind kind = ImageKind::firmware;
@@ -66,8 +69,10 @@ using Invocation = std::variant<DetectInvocation, ListInvocation, DrivesInvocati
 
 /// Reads the command line. When there is nothing to carry out (help, version, a wrong call) says so on `out` or `err`
 /// and returns the status to end with. A wrong call with `--json` in it gets its object on `out`.
-std::variant<Invocation, HelperInvocation, ExitCode> parseCommandLine(int argc, const char* const* argv,
-                                                                      std::ostream& out, std::ostream& err);
+std::variant<Invocation, HelperInvocation, DoctorInvocation, ExitCode> parseCommandLine(int argc,
+                                                                                        const char* const* argv,
+                                                                                        std::ostream& out,
+                                                                                        std::ostream& err);
 
 /// What the invocation says about sending an image; null when it sends none.
 const SendOptions* sendOptionsOf(const Invocation& invocation);

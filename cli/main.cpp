@@ -1,3 +1,4 @@
+#include <filesystem>
 #include <iostream>
 #include <memory>
 #include <new>
@@ -18,6 +19,7 @@
 #include "cli/WriteWatch.h"
 #include "cli/carryOut.h"
 #include "cli/carryOutHelper.h"
+#include "cli/examine.h"
 #include "cli/interruptedResult.h"
 #include "cli/tellResult.h"
 #include "command/HelperInstallation.h"
@@ -72,6 +74,33 @@ kestrav::WriteWatch::Show showFor(const kestrav::SendOptions* options, kestrav::
     };
 }
 
+int perform(const kestrav::DoctorInvocation& invocation) {
+    using namespace kestrav;
+    // The service's answer is for the examination alone.
+    SyslogSystemLog systemLog("kestravctl");
+    QuietSystemLog quietLog;
+    ServiceAnswers answers;
+    CommandService service(quietLog, {.connectSeconds = 5, .readSeconds = 5}, &answers);
+    UdevDeviceRegistry udev;
+    WatchedRegistry registry(udev);
+    MountinfoVolumes volumes;
+    PosixDiskCalls diskCalls;
+    KestravDevice device(registry, volumes, diskCalls, service, std::cerr);
+    const auto busHas = [](const std::string& name) {
+        const auto presence = helperPresence(kSystemBusAddress, name);
+        return presence && (presence->owned || presence->startable);
+    };
+    return static_cast<int>(examine(invocation, {device,
+                                                 registry,
+                                                 service,
+                                                 answers,
+                                                 busHas,
+                                                 KESTRAV_LIBEXEC "/kestrav-commandd",
+                                                 KESTRAV_LIBEXEC "/kestrav-helper",
+                                                 std::filesystem::path(kHelperProgramFolder) / kHelperLabel,
+                                                 {std::cout, std::cerr}}));
+}
+
 int perform(const kestrav::Invocation& invocation) {
     using namespace kestrav;
     std::optional<TextAgent> agent;
@@ -113,6 +142,7 @@ int main(int argc, char** argv) {
     }
     try {
         if (const auto* helper = std::get_if<HelperInvocation>(&parsed)) return perform(*helper);
+        if (const auto* doctor = std::get_if<DoctorInvocation>(&parsed)) return perform(*doctor);
         return perform(std::get<Invocation>(parsed));
     } catch (const std::bad_alloc&) {
         std::cerr << "kestravctl: There is not enough memory for that. Take a smaller piece at a time.\n";

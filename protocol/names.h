@@ -9,6 +9,9 @@ namespace kestrav {
 #define KESTRAV_HELPER_LABEL "com.corvatel.KestravHelper"  // NOLINT(cppcoreguidelines-macro-usage): for literals
 inline constexpr const char* kHelperLabel = KESTRAV_HELPER_LABEL;
 
+/// Where its program stands once it is installed. The program's name is the label.
+inline constexpr const char* kHelperProgramFolder = "/usr/local/libexec";
+
 /// Its object on the bus. The interface on it is called as the helper itself.
 inline constexpr const char* kHelperObject = "/com/corvatel/KestravHelper";
 

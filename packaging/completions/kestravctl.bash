@@ -40,9 +40,9 @@ _kestravctl() {
     esac
     local words='' files='' chosen='--port --serial --disk'
     case $command$operation in
-        '') words='detect list drives firmware icon push pull save read write helper --help --version' ;;
+        '') words='detect list drives firmware icon push pull save read write helper doctor --help --version' ;;
         detect) words="--json $chosen --help" ;;
-        list | drives) words='--json --help' ;;
+        list | drives | doctor) words='--json --help' ;;
         firmware | icon)
             words="--verify --json --progress --quiet $chosen --help"
             ((values == 0)) && files='!*.fds'

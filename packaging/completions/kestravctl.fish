@@ -8,7 +8,7 @@ function __kestravctl_files
     end
 end
 
-set -l commands detect list drives firmware icon push pull save read write helper
+set -l commands detect list drives firmware icon push pull save read write helper doctor
 set -l operations install uninstall status run
 # What the accessories that are attached have in a column of `kestravctl list`.
 function __kestravctl_attached
@@ -31,9 +31,10 @@ complete -c kestravctl -n $none -a pull -d 'Have the command service read blocks
 complete -c kestravctl -n $none -a save -d 'Keep what stands in an area, to send it back later'
 complete -c kestravctl -n $none -a read -d 'Read bytes straight from the disk'
 complete -c kestravctl -n $none -a write -d "Write a file's bytes straight to the disk"
+complete -c kestravctl -n $none -a doctor -d 'Say whether an update can work'
 complete -c kestravctl -n $none -a helper -d 'The privileged helper on the system bus'
 
-complete -c kestravctl -n '__fish_seen_subcommand_from detect list drives' -l json -d 'Print JSON instead'
+complete -c kestravctl -n '__fish_seen_subcommand_from detect list drives doctor' -l json -d 'Print JSON instead'
 set -l send '__fish_seen_subcommand_from firmware icon push'
 complete -c kestravctl -n $send -l verify -d 'Look at the disk a second time'
 complete -c kestravctl -n $send -l json -d 'Print one JSON object about the end'

@@ -9,7 +9,7 @@ namespace kestrav {
 namespace {
 
 struct Parsed {
-    std::variant<Invocation, HelperInvocation, ExitCode> result;
+    std::variant<Invocation, HelperInvocation, DoctorInvocation, ExitCode> result;
     std::string out;
     std::string err;
 };
@@ -267,6 +267,7 @@ TEST(Help, FitsEightyColumnsAndHasTheStatusesOnlyOnce) {
                                                                    {"read", "--help"},
                                                                    {"write", "--help"},
                                                                    {"helper", "--help"},
+                                                                   {"doctor", "--help"},
                                                                    {"helper", "run", "--help"}}) {
         const std::string help = parse(words).out;
         std::istringstream lines(help);

@@ -7,9 +7,6 @@
 
 namespace kestrav {
 
-/// Where the helper's program stands once it is installed. Its name is its label.
-constexpr const char* kHelperProgramFolder = "/usr/local/libexec";
-
 /// What makes the helper: first the program, then who may call it, how it is started, the names of the accessory's
 /// disk, and last what lets the bus start it. `program` is the program's bytes.
 std::vector<WantedFile> helperFiles(std::string program);
