@@ -31,6 +31,8 @@ class TreeObject {
 /// needs the usual care. Nothing here recurses, so depth is limited by memory alone. Texts are bytes meant as UTF-8;
 /// the writer checks them. Views and references last until the tree they come from is changed or destroyed. Whoever
 /// keeps a part of a document that was read keeps up to 64 KiB of what lay beside each of its lists, maps and texts.
+/// A copy of a long list in which an element has been changed keeps the list that it was copied from, until it is
+/// changed once more after nobody else has that.
 class Tree {
   public:
     /// What a tree can hold.

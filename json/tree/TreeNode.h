@@ -10,8 +10,8 @@
 namespace kestrav {
 
 /// What all nodes of a tree begin with: one word that counts the trees that hold the node, says in which block of
-/// memory it lies, and whether a way to change its content has been handed out. A node is released by the thread that
-/// lets its last reference go.
+/// memory it lies, whether a way to change its content has been handed out, and whether it is a list that rests on
+/// another one. A node is released by the thread that lets its last reference go.
 class TreeNode {
   public:
     /// A node in memory of its own.
@@ -46,15 +46,16 @@ class TreeNode {
     /// Whether somebody may hold a pointer into the node by which he changes it: such a node is never shared. Only for
     /// a node that is held alone, as lent ones always are.
     bool isLent() const noexcept { return (word_.load(std::memory_order_relaxed) & kLent) != 0; }
-    void setLent(bool lent) noexcept {
-        const std::uint64_t word = word_.load(std::memory_order_relaxed);
-        word_.store(lent ? word | kLent : word & ~kLent, std::memory_order_relaxed);
-    }
+    void setLent(bool lent) noexcept { setFlag(kLent, lent); }
+
+    /// Whether this is a list that rests on another one: see TreeListNode. Changes only while the node is held alone.
+    bool isBased() const noexcept { return (word_.load(std::memory_order_relaxed) & kBased) != 0; }
+    void setBased(bool based) noexcept { setFlag(kBased, based); }
 
     /// Of a node that was let go: half a word in place of the count.
     void setLeftOver(std::uint32_t value) noexcept {
-        const std::uint64_t steps = word_.load(std::memory_order_relaxed) >> kBlockShift;
-        word_.store(steps << kBlockShift | value, std::memory_order_relaxed);
+        const std::uint64_t rest = word_.load(std::memory_order_relaxed) & ~kReferences;
+        word_.store(rest | value, std::memory_order_relaxed);
     }
     std::uint32_t leftOver() const noexcept {
         return static_cast<std::uint32_t>(word_.load(std::memory_order_relaxed));
@@ -69,7 +70,13 @@ class TreeNode {
   private:
     static constexpr int kBlockShift = 48;
     static constexpr std::uint64_t kLent = std::uint64_t{1} << (kBlockShift - 1);
-    static constexpr std::uint64_t kReferences = kLent - 1;
+    static constexpr std::uint64_t kBased = kLent >> 1U;
+    static constexpr std::uint64_t kReferences = kBased - 1;
+
+    void setFlag(std::uint64_t flag, bool on) noexcept {
+        const std::uint64_t word = word_.load(std::memory_order_relaxed);
+        word_.store(on ? word | flag : word & ~flag, std::memory_order_relaxed);
+    }
 
     std::atomic<std::uint64_t> word_;
 };

@@ -35,7 +35,7 @@ TreeWords TreeNodes::map(std::span<const TreeWords> keysAndValues, NodeArena* ar
 
 Tree* TreeNodes::ownElement(Tree& tree, std::size_t index) {
     if (!tree.isList() || index >= tree.size()) return nullptr;
-    return TreeListNode::own(tree, 0)->elements() + index;
+    return TreeListNode::ownElement(tree, index);
 }
 
 Tree* TreeNodes::ownMember(Tree& tree, std::string_view key) {

@@ -59,15 +59,35 @@ class ReleaseQueue {
         auto* node = std::bit_cast<TreeContainerNode*>(head_ & ~std::uintptr_t{1});
         const std::size_t parts = std::size_t{node->size} << (head_ & 1U);
         head_ = node->next();
-        const Tree* const end = reinterpret_cast<Tree*>(node + 1) + parts;
-        for (const Tree& part : std::span(reinterpret_cast<Tree*>(node + 1), parts)) {
+        if (node->isBased()) {
+            dropCounted(static_cast<TreeListNode*>(node));
+        } else {
+            dropAll({reinterpret_cast<Tree*>(node + 1), parts});
+        }
+        giveBack(node);
+    }
+    void dropPart(const Tree& part) noexcept {
+        if (TreeNodes::form(part) < TreeNodes::Form::decimal) return;
+        if (auto* below = TreeNodes::node<TreeNode>(part)) drop(TreeNodes::form(part), below);
+    }
+    void dropAll(std::span<const Tree> parts) noexcept {
+        const Tree* const end = parts.data() + parts.size();
+        for (const Tree& part : parts) {
             if (end - &part > static_cast<std::ptrdiff_t>(TreeNodes::kEarly)) {
                 TreeNodes::expect((&part)[TreeNodes::kEarly]);
             }
-            if (TreeNodes::form(part) < TreeNodes::Form::decimal) continue;
-            if (auto* below = TreeNodes::node<TreeNode>(part)) drop(TreeNodes::form(part), below);
+            dropPart(part);
         }
-        giveBack(node);
+    }
+    /// Of a list that rests on another one, what it holds beyond that one.
+    void dropCounted(TreeListNode* list) noexcept {
+        const Tree* word = list->elements();
+        for (std::uint64_t bits : list->counted()) {
+            for (; bits != 0; bits &= bits - 1)
+                dropPart(word[std::countr_zero(bits)]);
+            word += 64;
+        }
+        drop(TreeNodes::Form::list, list->base());
     }
 
     void giveBack(TreeNode* node) noexcept {

@@ -21,7 +21,12 @@ const char* const kDocument =
     R"("q":17}})";
 
 Tree document() {
-    return std::get<Tree>(readJSON(kDocument));
+    Tree tree = std::get<Tree>(readJSON(kDocument));
+    Tree longList = Tree::list();
+    for (int at = 0; at < 150; ++at)
+        longList.append(at % 2 == 0 ? Tree(kLong) : Tree::list({Tree(at)}));
+    tree.setMember("long", std::move(longList));
+    return tree;
 }
 
 struct Change {
@@ -32,26 +37,29 @@ struct Change {
 class TreeOutOfMemory : public testing::TestWithParam<Change> {};
 INSTANTIATE_TEST_SUITE_P(
     Changes, TreeOutOfMemory,
-    testing::Values(Change{"SetMember", [](Tree& tree) { tree.setMember("a", Tree(kLong)); }},
-                    Change{"SetNewMember", [](Tree& tree) { tree.setMember(kLong, Tree(1)); }},
-                    Change{"SetMemberBelow",
-                           [](Tree& tree) { tree.mutableMember("m")->setMember("a new key", Tree(1)); }},
-                    Change{"RemoveMember", [](Tree& tree) { tree.removeMember("b"); }},
-                    Change{"RemoveMemberBelow", [](Tree& tree) { tree.mutableMember("m")->removeMember("c"); }},
-                    Change{"Append", [](Tree& tree) { tree.mutableMember("a")->append(Tree(kLong)); }},
-                    Change{"Insert",
-                           [](Tree& tree) {
-                               tree.mutableMember("a")->insert(0, Tree(Decimal{1, 400, false, false}));
-                           }},
-                    Change{"SetElement", [](Tree& tree) { tree.mutableMember("a")->setElement(0, Tree(kLong)); }},
-                    Change{"RemoveElement", [](Tree& tree) { tree.mutableMember("a")->removeElement(0); }},
-                    Change{"Assign", [](Tree& tree) { tree = document(); }},
-                    Change{"AssignALentTree",
-                           [](Tree& tree) {
-                               Tree lent = document();
-                               *lent.mutableMember("a")->mutableElement(0)->mutableMember("d") = Tree(2);
-                               tree = lent;
-                           }}),
+    testing::Values(
+        Change{"SetMember", [](Tree& tree) { tree.setMember("a", Tree(kLong)); }},
+        Change{"SetNewMember", [](Tree& tree) { tree.setMember(kLong, Tree(1)); }},
+        Change{"SetMemberBelow", [](Tree& tree) { tree.mutableMember("m")->setMember("a new key", Tree(1)); }},
+        Change{"RemoveMember", [](Tree& tree) { tree.removeMember("b"); }},
+        Change{"RemoveMemberBelow", [](Tree& tree) { tree.mutableMember("m")->removeMember("c"); }},
+        Change{"Append", [](Tree& tree) { tree.mutableMember("a")->append(Tree(kLong)); }},
+        Change{"Insert",
+               [](Tree& tree) {
+                   tree.mutableMember("a")->insert(0, Tree(Decimal{1, 400, false, false}));
+               }},
+        Change{"SetElement", [](Tree& tree) { tree.mutableMember("a")->setElement(0, Tree(kLong)); }},
+        Change{"RemoveElement", [](Tree& tree) { tree.mutableMember("a")->removeElement(0); }},
+        Change{"SetElementOfALongList", [](Tree& tree) { tree.mutableMember("long")->setElement(7, Tree(kLong)); }},
+        Change{"ChangeBelowALongList",
+               [](Tree& tree) { tree.mutableMember("long")->mutableElement(7)->append(Tree(kLong)); }},
+        Change{"Assign", [](Tree& tree) { tree = document(); }},
+        Change{"AssignALentTree",
+               [](Tree& tree) {
+                   Tree lent = document();
+                   *lent.mutableMember("a")->mutableElement(0)->mutableMember("d") = Tree(2);
+                   tree = lent;
+               }}),
     [](const auto& row) { return std::string(row.param.name); });
 
 using Later = FailingMemory::Later;
