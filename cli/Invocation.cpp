@@ -8,6 +8,7 @@
 #include <ostream>
 
 #include "cli/NarrowHelp.h"
+#include "cli/compareDigest.h"
 #include "cli/tellResult.h"
 #include "cli/wrongCallSentence.h"
 #include "protocol/accessory.h"
@@ -50,6 +51,11 @@ std::int64_t decimal(const std::string& name, const std::string& text) {
         throw CLI::ValidationError(name, "'" + text + "' is not a whole number from 0 to 9223372036854775807");
     }
     return value;
+}
+
+std::string digest(const std::string& text) {
+    if (isDigest(text)) return text;
+    throw CLI::ValidationError("--sha256", "'" + text + "' is not a SHA-256: those have 64 digits from 0 to f");
 }
 
 void addNumber(CLI::App& command, const std::string& name, std::int64_t& target, const std::string& description) {
@@ -157,6 +163,14 @@ class CommandLine {
             command.add_flag("--json", options.json, "Print one JSON object about the end on standard output");
         command.add_flag("--progress", options.progress, "With --json, print an object a line while it goes on")
             ->needs(json);
+        command.add_flag("--dry-run", options.dryRun, "Do everything but the writing");
+        command
+            .add_option_function<std::string>(
+                "--sha256", [&options](const std::string& text) { options.sha256 = digest(text); },
+                "Send the image only if it has this checksum")
+            ->type_name("HEX");
+        command.add_flag("--check", options.check, "The same with the checksum in the file FILE.sha256");
+        command.add_flag("--no-prompt", options.noPrompt, "Fail rather than ask for a password");
         command.add_flag("--quiet", options.quiet, "Say nothing unless something goes wrong");
     }
 

@@ -27,6 +27,8 @@
 #include "command/linux/PolkitAuthorization.h"
 #include "command/linux/SdBusHelperChannel.h"
 #include "command/linux/TextAgent.h"
+#include "command/linux/consentTakesAPrompt.h"
+#include "device/KestravDevice.h"
 #include "device/linux/MountinfoVolumes.h"
 #include "device/linux/PosixDiskCalls.h"
 #include "device/linux/UdevDeviceRegistry.h"
@@ -103,11 +105,19 @@ int perform(const kestrav::DoctorInvocation& invocation) {
 
 int perform(const kestrav::Invocation& invocation) {
     using namespace kestrav;
-    std::optional<TextAgent> agent;
-    if (asksTheService(invocation)) agent.emplace();
     const Console console{std::cout, std::cerr};
     std::ostream& progress = putsDataOnStandardOutput(invocation) ? std::cerr : std::cout;
     const SendOptions* options = sendOptionsOf(invocation);
+    const bool noPrompt = options != nullptr && options->noPrompt;
+    if (noPrompt && consentTakesAPrompt()) {
+        return static_cast<int>(tellResult(
+            UpdateResult().endedWith(
+                ExitCode::failure, "An administrator would have to be asked for a password, and nobody is to be asked.",
+                "Run it as root, or have a rule allow it: see kestrav-commandd(8)."),
+            options->json, console));
+    }
+    std::optional<TextAgent> agent;
+    if (asksTheService(invocation) && !noPrompt) agent.emplace();
     const bool quiet = options != nullptr && options->quiet;
     SyslogSystemLog systemLog("kestravctl");
     QuietSystemLog quietLog;

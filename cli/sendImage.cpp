@@ -9,6 +9,7 @@
 #include "cli/WriteWatch.h"
 #include "cli/complain.h"
 #include "cli/endOfRequest.h"
+#include "cli/lookBeforeSending.h"
 #include "cli/verifyImage.h"
 #include "device/KestravDevice.h"
 #include "device/countReadableBytes.h"
@@ -91,6 +92,7 @@ UpdateResult sendImage(const UpdateInvocation& update, const CommandParts& parts
     const auto ready = readyToSend(update.file, firmware ? kFirmwareBlock : kIconBlock);
     if (!ready) return cannotBeSent(ready.problem());
     const auto& [image, asked] = ready.value();
+    if (auto end = lookBeforeSending(image, asked, true, update.options, parts)) return after(start, *end);
     KestravDevice& device = parts.device;
     parts.watch.expect(asked.bytes);
     const bool handedOver = firmware ? device.firmwareUpdate(image.path()) : device.iconUpdate(image.path());
@@ -106,6 +108,7 @@ UpdateResult sendImage(const PushInvocation& push, const CommandParts& parts) {
     const auto ready = readyToSend(push.file, push.firstBlock);
     if (!ready) return cannotBeSent(ready.problem());
     const auto& [image, asked] = ready.value();
+    if (auto end = lookBeforeSending(image, asked, false, push.options, parts)) return after(start, *end);
     parts.watch.expect(asked.bytes);
     parts.device.pushDevice(push.firstBlock, image.path());
     return after(start, endOf(ready.value(), push.options, parts));

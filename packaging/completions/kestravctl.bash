@@ -12,7 +12,7 @@ _kestravctl() {
     for ((i = 1; i < COMP_CWORD; ++i)); do
         word=${COMP_WORDS[i]}
         case $word in
-            -o | --output | --port | --serial | --disk | --bytes) ((++i)) ;;
+            -o | --output | --port | --serial | --disk | --bytes | --sha256) ((++i)) ;;
             -*) ;;
             *)
                 if [[ -z $command ]]; then
@@ -36,7 +36,7 @@ _kestravctl() {
         --disk) mapfile -t COMPREPLY < <(compgen -W "$(_kestravctl_attached 1)" -- "$cur") && return ;;
         --serial) mapfile -t COMPREPLY < <(compgen -W "$(_kestravctl_attached 2)" -- "$cur") && return ;;
         --port) mapfile -t COMPREPLY < <(compgen -W "$(_kestravctl_attached 3)" -- "$cur") && return ;;
-        --bytes) return ;;
+        --bytes | --sha256) return ;;
     esac
     local words='' files='' chosen='--port --serial --disk'
     case $command$operation in
@@ -44,12 +44,12 @@ _kestravctl() {
         detect) words="--json $chosen --help" ;;
         list | drives | doctor) words='--json --help' ;;
         firmware | icon)
-            words="--verify --json --progress --quiet $chosen --help"
+            words="--verify --json --progress --dry-run --sha256 --check --no-prompt --quiet $chosen --help"
             ((values == 0)) && files='!*.fds'
             [[ $files && $command == icon ]] && files='!*.fif'
             ;;
         push)
-            words="--verify --json --progress --quiet $chosen --help"
+            words="--verify --json --progress --dry-run --sha256 --check --no-prompt --quiet $chosen --help"
             ((values == 1)) && files='-'
             ;;
         write)
