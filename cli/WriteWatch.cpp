@@ -29,10 +29,11 @@ bool isSameWrite(const BoardEntry& one, const std::optional<BoardEntry>& other) 
 
 }  // namespace
 
-WriteWatch::WriteWatch(ServiceAnswers& answers, Show show, BoardReader board)
+WriteWatch::WriteWatch(ServiceAnswers& answers, Show show, BoardReader board, std::filesystem::path disks)
     : answers_(answers),
       show_(std::move(show)),
-      board_(std::move(board)) {}
+      board_(std::move(board)),
+      disks_(std::move(disks)) {}
 
 WriteWatch::~WriteWatch() {
     stop();
@@ -46,7 +47,7 @@ void WriteWatch::asked(std::string_view command, std::span<const std::string> ar
     const std::string_view block = valueOf("seek=", arguments);
     std::from_chars(block.data(), block.data() + block.size(), asked.firstBlock);
     asked.before = board_.read(asked.disk);
-    asked.sectors = writtenSectors(asked.disk);
+    asked.sectors = writtenSectors(asked.disk, disks_);
     const std::scoped_lock lock(mutex_);
     asked_ = std::move(asked);
     phase_ = WritePhase::asking;
@@ -117,7 +118,7 @@ WriteState WriteWatch::measured(const BoardEntry& entry) {
 
 /// Where no board tells it: by what the kernel has written meanwhile, whoever had it written.
 std::optional<WriteState> WriteWatch::counted() const {
-    const auto sectors = writtenSectors(asked_.disk);
+    const auto sectors = writtenSectors(asked_.disk, disks_);
     if (!sectors || !asked_.sectors || *sectors <= *asked_.sectors) return std::nullopt;
     const auto of = static_cast<std::uint64_t>(bytes_);
     const std::uint64_t done = (*sectors - *asked_.sectors) * static_cast<std::uint64_t>(kBlockBytes);

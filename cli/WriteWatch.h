@@ -3,6 +3,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
+#include <filesystem>
 #include <functional>
 #include <mutex>
 #include <optional>
@@ -35,7 +36,9 @@ class WriteWatch final : public AnswerSink {
     };
 
     /// `answers` is not owned and outlives this object. Without `show` nothing is looked at before somebody asks.
-    WriteWatch(ServiceAnswers& answers, Show show, BoardReader board = BoardReader());
+    /// `disks` is where the kernel counts, for tests.
+    WriteWatch(ServiceAnswers& answers, Show show, BoardReader board = BoardReader(),
+               std::filesystem::path disks = "/sys/block");
     ~WriteWatch() override;
     WriteWatch(const WriteWatch&) = delete;
     WriteWatch& operator=(const WriteWatch&) = delete;
@@ -73,6 +76,7 @@ class WriteWatch final : public AnswerSink {
     ServiceAnswers& answers_;
     Show show_;
     BoardReader board_;
+    std::filesystem::path disks_;
     std::int64_t bytes_ = 0;
     std::mutex mutex_;
     std::condition_variable stopped_;

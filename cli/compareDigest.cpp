@@ -31,7 +31,9 @@ std::string digestOf(const OrdinaryFile& image) {
 Outcome<std::string> digestBeside(const OrdinaryFile& image) {
     const std::string path = image.path() + ".sha256";
     const auto text = readWholeFile(path, kLongestFile);
-    if (!text) return refused(path + " can't be read: " + systemWords(text.problem().cause.value()) + ". Make it with sha256sum.");
+    if (!text)
+        return refused(path + " can't be read: " + systemWords(text.problem().cause.value()) +
+                       ". Make it with sha256sum.");
     const std::string digest = text.value().substr(0, text.value().find_first_of(" \t\r\n"));
     if (!isDigest(digest)) return refused(path + " does not begin with a SHA-256. Make it with sha256sum.");
     return digest;

@@ -155,6 +155,25 @@ TEST_F(TheWatch, KnowsNothingWithoutABoard) {
     EXPECT_EQ(watch.follow(), WriteWatch::End::unknown);
 }
 
+TEST_F(TheWatch, CountsWithTheKernelWhereThereIsNoBoard) {
+    const TemporaryFolder disks;
+    std::filesystem::create_directory(disks.path() / "sdzz");
+    const auto count = [&](int sectors) {
+        disks.file("sdzz/stat", "1 0 8 5 2 1 " + std::to_string(sectors) + " 7 0\n");
+    };
+    count(100);
+    WriteWatch watch(answers_, {}, board(), disks.path());
+    watch.expect(2048);
+    ask(watch);
+    EXPECT_EQ(watch.state(), (WriteState{"sdzz", WritePhase::asking}));
+    count(102);
+    EXPECT_EQ(watch.state(), (WriteState{"sdzz", WritePhase::writing, 1024, 2048}));
+    count(200);
+    EXPECT_EQ(watch.state()->done, 2048U) << "somebody else wrote, too";
+    post("checking", 5);
+    EXPECT_EQ(watch.state()->phase, WritePhase::checking) << "a board knows better";
+}
+
 TEST(WrittenSectors, AreTheSeventhNumberOfTheKernelsLine) {
     const TemporaryFolder folder;
     std::filesystem::create_directory(folder.path() / "sdb");

@@ -60,6 +60,15 @@ class Consent(GuestCase):
         self.assertEqual(result.status, 4, str(result))
         self.assert_disk(accessory)
 
+    def test_nobody_is_asked_who_wants_nobody_asked(self):
+        accessory, path = self.plugged(), self.image(512)
+        update = self.anna.start("kestravctl", "firmware", "--no-prompt", path, terminal=True)
+        result = update.wait()
+        self.assertNotIn(PROMPT, result.out)
+        self.assertIn("An administrator would have to be asked for a password", result.out)
+        self.assertEqual(result.status, 1, str(result))
+        self.assert_disk(accessory)
+
     def test_a_user_can_not_open_the_disk(self):
         accessory, path = self.plugged(), self.image(512)
         for words in (["write", "0", path], ["read", "0", "512"]):
