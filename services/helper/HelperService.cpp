@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <memory>
-#include <optional>
-#include <string_view>
 #include <unistd.h>
 #include <utility>
 
@@ -13,15 +11,11 @@
 #include "base/utf8.h"
 #include "protocol/names.h"
 #include "protocol/wire.h"
-#include "services/asker/BusAsker.h"
 #include "services/gate/answerFor.h"
 #include "services/gate/shownCommandLine.h"
-#include "services/helper/readCall.h"
 
 namespace kestrav {
 namespace {
-
-constexpr const char* kBus = "org.freedesktop.DBus";
 
 // Requests of which the bus has not said yet who asks. More than anybody has who behaves; of one connection few, so
 // that it takes many to keep others out.
@@ -30,36 +24,6 @@ constexpr std::size_t kMostWaitingOfOne = 16;
 constexpr std::size_t kMostWaitingBytes = std::size_t{8} << 20U;
 /// In a flood the bus drops its answers to the helper like everybody's messages: such a caller is told to come again.
 constexpr std::uint64_t kBusPatience = 10'000'000;  // microseconds
-
-/// Who made a connection, as the bus knows it from the socket.
-struct Credentials {
-    std::optional<std::uint32_t> uid;
-    std::optional<std::uint32_t> process;
-};
-
-/// Reads "a{sv}".
-int read(sd_bus_message* message, Credentials& credentials) {
-    int result = sd_bus_message_enter_container(message, 'a', "{sv}");
-    while (result > 0 && (result = sd_bus_message_enter_container(message, 'e', "sv")) > 0) {
-        const char* name = nullptr;
-        std::uint32_t number = 0;
-        result = sd_bus_message_read(message, "s", &name);
-        const bool isUser = result > 0 && std::string_view(name) == "UnixUserID";
-        const bool isProcess = result > 0 && std::string_view(name) == "ProcessID";
-        if (result > 0) {
-            result = isUser || isProcess ? sd_bus_message_read(message, "v", "u", &number)
-                                         : sd_bus_message_skip(message, "v");
-        }
-        if (isUser && result > 0) credentials.uid = number;
-        if (isProcess && result > 0) credentials.process = number;
-        if (result >= 0) result = sd_bus_message_exit_container(message);
-    }
-    return result;
-}
-
-bool says(const sd_bus_error* error, const char* name) {
-    return error != nullptr && sd_bus_error_has_name(error, name) > 0;
-}
 
 /// Blocks of a disk aren't text, and the bus carries nothing else.
 std::string carriable(const std::string& answer) {
@@ -80,84 +44,6 @@ Problem isBeingStopped() {
 }
 
 }  // namespace
-
-/// A call of runWithCmd from its arrival to its answer.
-class HelperService::Call final : public Request {
-  public:
-    Call(HelperService& service, sd_bus_message* received, const char* caller, CallText read)
-        : message(sd_bus_message_ref(received)),
-          sender(caller),
-          text(std::move(read)),
-          service_(service),
-          asker_(sender, RequestLog::kUnknown, 0, sd_bus_message_get_allow_interactive_authorization(received) > 0) {
-        service_.calls_.emplace(sender, this);
-    }
-    ~Call() override {
-        const auto [first, last] = service_.calls_.equal_range(sender);
-        service_.calls_.erase(std::find_if(first, last, [this](const auto& entry) { return entry.second == this; }));
-    }
-    Call(const Call&) = delete;
-    Call& operator=(const Call&) = delete;
-
-    /// Asks the bus who calls, without waiting for it: that would take in whatever strangers have sent meanwhile. The
-    /// bus knows it from the socket; nothing in the message is believed.
-    bool askWhoCalls() {
-        sd_bus_slot* raw = nullptr;
-        const int result = sd_bus_call_method_async(service_.bus_.get(), &raw, kBus, "/org/freedesktop/DBus", kBus,
-                                                    "GetConnectionCredentials", onAnswer, this, "s", sender.c_str());
-        question_.reset(raw);
-        return result >= 0;
-    }
-
-    /// Lets the message go, which may be long, and keeps the error to answer it with.
-    void keepRefusalAlone(const char* errorName, const std::string& words) {
-        sd_bus_message* raw = nullptr;
-        sd_bus_message_new_method_errorf(message.get(), &raw, errorName, "%s", words.c_str());
-        message.reset();
-        refusal_.reset(raw);
-    }
-    void refuse(const char* errorName, const std::string& words) const {
-        if (message) {
-            sd_bus_reply_method_errorf(message.get(), errorName, "%s", words.c_str());
-        } else if (refusal_) {
-            sd_bus_send(nullptr, refusal_.get(), nullptr);
-        }
-    }
-
-    Asker& asker() override { return asker_; }
-    uid_t uid() const { return asker_.uid(); }
-    Outcome<CommandLine> read() override { return text.asked; }
-    /// A connection stays up as long as anybody holds it.
-    void leaveService() override { ::close(service_.busSocket_); }
-    void ended(const RequestEnd& end) override { service_.answer(*this, end); }
-
-    SdBusMessagePtr message;
-    const std::string sender;
-    const CallText text;
-    bool callerIsGone = false;
-
-  private:
-    static int onAnswer(sd_bus_message* answer, void* call, sd_bus_error*) {
-        auto& self = *static_cast<Call*>(call);
-        HelperService& service = self.service_;
-        service.jobs_.loop().call([&] { service.proceed(self, self.caller(answer)); });
-        return 1;
-    }
-    Caller caller(sd_bus_message* answer) {
-        Credentials known;
-        const sd_bus_error* error = sd_bus_message_get_error(answer);
-        // The library says that itself when time is up.
-        if (says(error, SD_BUS_ERROR_NO_REPLY)) return Caller::isLostInAFlood;
-        if (::kestrav::read(answer, known) < 0 || !known.uid || !known.process) return Caller::isUnknown;
-        asker_ = BusAsker(sender, *known.uid, static_cast<pid_t>(*known.process), asker_.mayBePrompted());
-        return Caller::isKnown;
-    }
-
-    HelperService& service_;
-    BusAsker asker_;
-    SdBusMessagePtr refusal_;
-    SdBusSlotPtr question_;
-};
 
 const sd_bus_vtable HelperService::kOperations[] = {
     SD_BUS_VTABLE_START(0),
@@ -223,23 +109,42 @@ int HelperService::onCall(sd_bus_message* message, void* self, sd_bus_error*) {
     return 1;
 }
 
+void HelperService::enter(HelperCall& call) {
+    calls_.emplace(call.sender(), &call);
+}
+
+void HelperService::leave(HelperCall& call) noexcept {
+    const auto [first, last] = calls_.equal_range(call.sender());
+    calls_.erase(std::find_if(first, last, [&call](const auto& entry) { return entry.second == &call; }));
+}
+
+/// A connection stays up as long as anybody holds it.
+void HelperService::leaveBus() {
+    ::close(busSocket_);
+}
+
 void HelperService::accept(sd_bus_message* message) {
-    const char* sender = sd_bus_message_get_sender(message);
-    auto call = std::make_unique<Call>(*this, message, sender != nullptr ? sender : "", readCall(message));
-    const std::size_t bytes = call->text.size;
-    const bool isOneTooMany = waiting_.size() >= kMostWaiting || calls_.count(call->sender) > kMostWaitingOfOne ||
+    HelperCall::Service& self = *this;
+    auto call = std::make_unique<HelperCall>(self, message);
+    const CallText& text = call->text();
+    const std::size_t bytes = text.size;
+    const bool isOneTooMany = waiting_.size() >= kMostWaiting || calls_.count(call->sender()) > kMostWaitingOfOne ||
                               waitingBytes_ + bytes > kMostWaitingBytes;
     if (isOneTooMany) return refuse(*call, SD_BUS_ERROR_LIMITS_EXCEEDED, isBusy());
-    if (call->text.trouble) call->keepRefusalAlone(SD_BUS_ERROR_LIMITS_EXCEEDED, answerFor(*call->text.trouble));
-    if (!call->text.isWhole || !call->askWhoCalls()) return refuse(*call, SD_BUS_ERROR_ACCESS_DENIED, isNobody());
+    if (text.trouble) call->keepRefusalAlone(SD_BUS_ERROR_LIMITS_EXCEEDED, answerFor(*text.trouble));
+    if (!text.isWhole || !call->askWhoCalls()) return refuse(*call, SD_BUS_ERROR_ACCESS_DENIED, isNobody());
     waitingBytes_ += bytes;
     waiting_.emplace(call.get(), std::move(call));
 }
 
-void HelperService::proceed(Call& known, Caller caller) {
+void HelperService::proceed(HelperCall& call, sd_bus_message* answer) noexcept {
+    jobs_.loop().call([&] { admit(call, call.learnCaller(answer)); });
+}
+
+void HelperService::admit(HelperCall& known, HelperCall::Caller caller) {
     auto call = std::move(waiting_.extract(&known).mapped());
-    waitingBytes_ -= call->text.size;
-    admit(call, caller);
+    waitingBytes_ -= call->text().size;
+    begin(call, caller);
     if (!isStopping_ && !isNameless_) return;
     // Not from within the bus, which leave() has to have served.
     leaving_ = jobs_.loop().after({}, [this] {
@@ -247,25 +152,26 @@ void HelperService::proceed(Call& known, Caller caller) {
     });
 }
 
-void HelperService::admit(std::unique_ptr<Call>& call, Caller caller) {
+void HelperService::begin(std::unique_ptr<HelperCall>& call, HelperCall::Caller caller) {
+    using Caller = HelperCall::Caller;
     if (caller == Caller::isLostInAFlood) return refuse(*call, SD_BUS_ERROR_LIMITS_EXCEEDED, isBusy());
     if (caller == Caller::isUnknown) return refuse(*call, SD_BUS_ERROR_ACCESS_DENIED, isNobody());
     if (isStopping_) return refuse(*call, SD_BUS_ERROR_FAILED, isBeingStopped());
-    if (call->text.trouble) return refuse(*call, SD_BUS_ERROR_LIMITS_EXCEEDED, *call->text.trouble);
+    if (call->text().trouble) return refuse(*call, SD_BUS_ERROR_LIMITS_EXCEEDED, *call->text().trouble);
     auto place = jobs_.admit(call->uid());
     if (!place) return refuse(*call, SD_BUS_ERROR_LIMITS_EXCEEDED, place.problem());
     idle_.reset();
     jobs_.start(std::move(place.value()), std::move(call));
 }
 
-void HelperService::answer(const Call& call, const RequestEnd& end) {
+void HelperService::answer(const HelperCall& call, const RequestEnd& end) {
     using Kind = RequestEnd::Kind;
     if (call.callerIsGone && !end.begun) {
         log_.refused(call.uid(), shown(call) + ": " + "gone before the request was begun; nothing was done");
     } else if (end.kind == Kind::notStarted) {
         refuse(call, SD_BUS_ERROR_FAILED, refused("no process can be started for the request."));
     } else if (end.kind == Kind::answered) {
-        if (sd_bus_reply_method_return(call.message.get(), "s", carriable(end.text).c_str()) < 0) {
+        if (!call.reply(carriable(end.text))) {
             // Without any answer the caller would wait for ever.
             refuse(call, SD_BUS_ERROR_FAILED, failed("the answer could not be sent; the request was carried out."));
         }
@@ -282,19 +188,19 @@ void HelperService::answer(const Call& call, const RequestEnd& end) {
     beginIdleness();
 }
 
-void HelperService::refuse(const Call& call, const char* errorName, const Problem& problem) {
+void HelperService::refuse(const HelperCall& call, const char* errorName, const Problem& problem) {
     refuse(call, errorName, answerFor(problem));
 }
 
-void HelperService::refuse(const Call& call, const char* errorName, const std::string& text) {
+void HelperService::refuse(const HelperCall& call, const char* errorName, const std::string& text) {
     log_.refused(call.uid(), shown(call) + ": " + text);
     call.refuse(errorName, text);
 }
 
-std::string HelperService::shown(const Call& call) {
+std::string HelperService::shown(const HelperCall& call) {
     const std::string who =
         call.uid() == RequestLog::kUnknown ? "unknown: " : "user " + std::to_string(call.uid()) + ": ";
-    return shownCommandLine(who, call.text.asked.command, call.text.asked.arguments);
+    return shownCommandLine(who, call.text().asked.command, call.text().asked.arguments);
 }
 
 int HelperService::onNameGone(sd_bus_message* message, void* self, sd_bus_error*) {

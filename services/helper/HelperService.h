@@ -7,6 +7,7 @@
 #include <string>
 
 #include "base/SdBusPointers.h"
+#include "services/helper/HelperCall.h"
 #include "services/jobs/JobTable.h"
 
 namespace kestrav {
@@ -19,7 +20,7 @@ namespace kestrav {
 ///
 /// Never waits for the bus, and takes one message at a time: what strangers send stays with the bus until then, and of
 /// a message no more is read than a request may be long.
-class HelperService final : private JobTable::Service {
+class HelperService final : private JobTable::Service, private HelperCall::Service {
   public:
     static constexpr std::chrono::seconds kIdleTime{60};
 
@@ -34,17 +35,18 @@ class HelperService final : private JobTable::Service {
     bool run();
 
   private:
-    class Call;
-    enum class Caller { isKnown, isUnknown, isLostInAFlood };
-
     Outcome<void> open();
     void accept(sd_bus_message* message);
-    void proceed(Call& known, Caller caller);
-    void admit(std::unique_ptr<Call>& call, Caller caller);
-    void answer(const Call& call, const RequestEnd& end);
-    void refuse(const Call& call, const char* errorName, const Problem& problem);
-    void refuse(const Call& call, const char* errorName, const std::string& text);
-    static std::string shown(const Call& call);
+    void admit(HelperCall& known, HelperCall::Caller caller);
+    void begin(std::unique_ptr<HelperCall>& call, HelperCall::Caller caller);
+    void refuse(const HelperCall& call, const char* errorName, const Problem& problem);
+    void refuse(const HelperCall& call, const char* errorName, const std::string& text);
+    static std::string shown(const HelperCall& call);
+    void enter(HelperCall& call) override;
+    void leave(HelperCall& call) noexcept override;
+    void proceed(HelperCall& call, sd_bus_message* answer) noexcept override;
+    void answer(const HelperCall& call, const RequestEnd& end) override;
+    void leaveBus() override;
     bool isDone() const;
     void stop() override;
     void takeNothingMore() noexcept override {}
@@ -62,10 +64,10 @@ class HelperService final : private JobTable::Service {
     bool isNameless_ = false;  ///< the name was given back; what had arrived before is still served
     bool isConnected_ = false;
     SdBusPtr bus_;
-    int busSocket_ = -1;                       ///< the connection's, which owns it
-    std::multimap<std::string, Call*> calls_;  ///< all, by the caller's name on the bus
+    int busSocket_ = -1;                             ///< the connection's, which owns it
+    std::multimap<std::string, HelperCall*> calls_;  ///< all, by the caller's name on the bus
     JobTable jobs_;
-    std::map<Call*, std::unique_ptr<Call>> waiting_;  ///< until the bus has said who calls
+    std::map<HelperCall*, std::unique_ptr<HelperCall>> waiting_;  ///< until the bus has said who calls
     std::size_t waitingBytes_ = 0;
     EventLoop::Watch idle_;
     EventLoop::Watch leaving_;
