@@ -9,11 +9,11 @@
 #include <linux/netlink.h>
 #include <linux/sock_diag.h>
 #include <netinet/tcp.h>
-#include <sstream>
 #include <string>
 #include <sys/socket.h>
 #include <sys/time.h>
 
+#include "base/TcpTableLine.h"
 #include "base/UniqueFd.h"
 
 namespace kestrav {
@@ -88,23 +88,15 @@ std::string writtenEnd(in_addr_t address, in_port_t port) {
     return text.data();
 }
 
-/// The first socket of the table whose ends and state `isTheOne` takes.
+/// The first socket of the table that some process has open and that `isTheOne` takes.
 template <class IsTheOne>
 SocketLook lookInProc(IsTheOne isTheOne) {
     std::ifstream table("/proc/net/tcp");
     std::string line;
     if (!std::getline(table, line)) return {};  // the names of the columns
     while (std::getline(table, line)) {
-        std::istringstream fields(line);
-        std::string skipped;
-        std::string local;
-        std::string remote;
-        unsigned state = 0;
-        TcpSocket socket{};
-        fields >> skipped >> local >> remote >> std::hex >> state >> std::dec;
-        if (!isTheOne(local, remote, state)) continue;
-        fields >> skipped >> skipped >> skipped >> socket.uid >> skipped >> socket.inode;
-        if (fields && socket.inode != 0) return {true, socket};
+        const auto socket = TcpTableLine::parse(line);
+        if (socket && socket->inode != 0 && isTheOne(*socket)) return {true, TcpSocket{socket->uid, socket->inode}};
     }
     return {true, {}};
 }
@@ -116,8 +108,8 @@ SocketLook findConnectedSocket(const sockaddr_in& local, const sockaddr_in& remo
     if (const auto found = askKernel(question)) return lookOf(*found, isTheConnection(*found, question.request.id));
     const std::string wantedLocal = writtenEnd(local.sin_addr.s_addr, local.sin_port);
     const std::string wantedRemote = writtenEnd(remote.sin_addr.s_addr, remote.sin_port);
-    return lookInProc([&](const std::string& here, const std::string& there, unsigned state) {
-        return here == wantedLocal && there == wantedRemote && isConnected(state);
+    return lookInProc([&](const TcpTableLine& socket) {
+        return socket.local == wantedLocal && socket.remote == wantedRemote && isConnected(socket.state);
     });
 }
 
@@ -126,8 +118,8 @@ SocketLook findListeningSocket(const sockaddr_in& local) {
         return lookOf(*found, found->idiag_state == TCP_LISTEN && found->id.idiag_sport == local.sin_port);
     const std::string there = writtenEnd(local.sin_addr.s_addr, local.sin_port);
     const std::string everywhere = writtenEnd(INADDR_ANY, local.sin_port);
-    return lookInProc([&](const std::string& here, const std::string&, unsigned state) {
-        return (here == there || here == everywhere) && state == TCP_LISTEN;
+    return lookInProc([&](const TcpTableLine& socket) {
+        return (socket.local == there || socket.local == everywhere) && socket.state == TCP_LISTEN;
     });
 }
 

@@ -13,6 +13,7 @@
 #include "base/shownText.h"
 #include "base/systemWords.h"
 #include "protocol/names.h"
+#include "services/asker/polkitAnswer.h"
 
 namespace kestrav {
 namespace {
@@ -36,26 +37,8 @@ int append(sd_bus_message* message, const AskingBusName& connection) {
     return sd_bus_message_append(message, "(sa{sv})", "system-bus-name", 1, "name", "s", connection.name.c_str());
 }
 
-Outcome<void> judged(sd_bus_message* answer) {
-    if (const sd_bus_error* error = sd_bus_message_get_error(answer); error != nullptr) {
-        return refused("the authorization service (polkit) could not decide: " +
-                       shownText(error->message != nullptr ? error->message : error->name) + ".");
-    }
-    int authorized = 0;
-    int challenge = 0;
-    if (sd_bus_message_enter_container(answer, 'r', "bba{ss}") < 0 ||
-        sd_bus_message_read(answer, "bb", &authorized, &challenge) < 0) {
-        return refused("the authorization service (polkit) gave an answer that can't be understood.");
-    }
-    if (authorized != 0) return {};
-    if (challenge != 0) {
-        return refused("an administrator has to agree, and there is no way to ask for a password here.");
-    }
-    return deniedByAPerson();
-}
-
 int onAnswer(sd_bus_message* answer, void* question, sd_bus_error*) {
-    static_cast<Question*>(question)->answer = judged(answer);
+    static_cast<Question*>(question)->answer = polkitAnswer(answer);
     return 0;
 }
 

@@ -8,9 +8,12 @@
 #include <iterator>
 #include <linux/kcmp.h>
 #include <memory>
-#include <sstream>
 #include <sys/syscall.h>
 #include <unistd.h>
+
+#include "base/startTimeIn.h"
+#include "services/asker/areAll.h"
+#include "services/asker/fieldIn.h"
 
 namespace kestrav {
 namespace {
@@ -31,6 +34,12 @@ std::vector<pid_t> numbersIn(const std::string& path) {
         if (error == std::errc() && end == name.data() + name.size()) found.push_back(value);
     }
     return found;
+}
+
+/// Empty when it can't be read, as that of a process that has ended.
+std::string contentsOf(const std::string& path) {
+    std::ifstream file(path);
+    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 std::string targetOf(const std::string& link) {
@@ -56,32 +65,15 @@ bool tableHasDescriptorsUnderWay(const std::string& table) {
 }  // namespace
 
 std::string statusField(const std::string& path, std::string_view name) {
-    std::ifstream file(path);
-    for (std::string line; std::getline(file, line);) {
-        if (!line.starts_with(name)) continue;
-        const std::size_t start = line.find_first_not_of(" \t", name.size());
-        return start == std::string::npos ? "" : line.substr(start);
-    }
-    return {};
+    return std::string(fieldIn(contentsOf(path), name));
 }
 
 std::vector<pid_t> ProcessRecord::all() {
     return numbersIn("/proc");
 }
 
-/// Field 22 of /proc/PID/stat, see proc(5). The name in field 2 may hold anything, blanks and parentheses included.
 std::optional<std::uint64_t> ProcessRecord::startTime() const {
-    std::ifstream file(folder_ + "/stat");
-    const std::string stat(std::istreambuf_iterator<char>(file), {});
-    const std::size_t nameEnd = stat.rfind(')');
-    if (nameEnd == std::string::npos) return std::nullopt;
-    std::istringstream fields(stat.substr(nameEnd + 1));
-    std::string skipped;
-    for (int field = 3; field < 22; ++field)
-        fields >> skipped;
-    std::uint64_t time = 0;
-    if (!(fields >> time)) return std::nullopt;
-    return time;
+    return startTimeIn(contentsOf(folder_ + "/stat"));
 }
 
 std::vector<std::string> ProcessRecord::threads() const {
@@ -115,9 +107,7 @@ bool ProcessRecord::runsAs(uid_t uid) const {
     const auto threadRunsAs = [uid](const std::string& thread) {
         const std::string field = statusField(thread + "/status", "Uid:");
         if (field.empty() && ::access(thread.c_str(), F_OK) != 0) return true;  // it has ended meanwhile
-        std::istringstream numbers(field);
-        const std::vector<uid_t> all{std::istream_iterator<uid_t>(numbers), {}};
-        return all.size() == 4 && std::ranges::all_of(all, [uid](uid_t one) { return one == uid; });
+        return areAll(field, uid);
     };
     const auto folders = threads();
     return !folders.empty() && std::ranges::all_of(folders, threadRunsAs);

@@ -2,19 +2,18 @@
 
 #include <algorithm>
 #include <cctype>
-#include <charconv>
 #include <chrono>
 #include <filesystem>
 #include <functional>
 #include <set>
 #include <string_view>
-#include <sys/sysmacros.h>
 #include <system_error>
 #include <unistd.h>
 
 #include "base/shownText.h"
 #include "services/disk/MountinfoLine.h"
 #include "services/disk/forEachLine.h"
+#include "services/disk/isMappingOf.h"
 #include "services/disk/leadsToDevice.h"
 
 namespace kestrav {
@@ -54,23 +53,10 @@ std::vector<std::string> processes() {
     return ids;
 }
 
-/// proc(5): the fourth word of a line in maps is the device in hexadecimal.
-bool isMappingOf(std::string_view line, const Numbers& numbers) {
-    for (int word = 0; word < 3; ++word)
-        line.remove_prefix(std::min(line.find(' '), line.size() - 1) + 1);
-    unsigned majorNumber = 0;
-    unsigned minorNumber = 0;
-    const char* end = line.data() + line.size();
-    const auto [colon, error] = std::from_chars(line.data(), end, majorNumber, 16);
-    if (error != std::errc() || colon == end || *colon != ':') return false;
-    if (std::from_chars(colon + 1, end, minorNumber, 16).ec != std::errc()) return false;
-    return contains(numbers, makedev(majorNumber, minorNumber));
-}
-
 bool maps(const std::string& process, const Numbers& numbers) {
     bool found = false;
     forEachLine(process + "/maps", [&](std::string_view line) {
-        found = !line.empty() && isMappingOf(line, numbers);
+        found = isMappingOf(line, numbers);
         return !found;
     });
     return found;

@@ -1,6 +1,5 @@
 #include "services/gate/BoardNote.h"
 
-#include <charconv>
 #include <cstdlib>
 #include <ctime>
 #include <fcntl.h>
@@ -11,6 +10,7 @@
 #include <unistd.h>
 #include <utility>
 
+#include "base/startTimeIn.h"
 #include "base/wholeFile.h"
 
 namespace kestrav {
@@ -47,18 +47,9 @@ std::string member(std::string_view key, std::string_view word) {
     return "\"" + std::string(key) + "\":\"" + std::string(word) + "\",";
 }
 
-/// When this process was started, as proc(5) counts it: field 22 of its line, behind the name in parentheses.
 std::uint64_t ownStart() {
     const auto line = readWholeFile("/proc/self/stat", kLongestBoard);
-    if (!line) return 0;
-    std::size_t at = line.value().rfind(')');
-    for (int field = 2; field < 22 && at != std::string::npos; ++field)
-        at = line.value().find(' ', at + 1);
-    std::uint64_t start = 0;
-    if (at != std::string::npos) {
-        std::from_chars(line.value().data() + at + 1, line.value().data() + line.value().size(), start);
-    }
-    return start;
+    return line ? startTimeIn(line.value()).value_or(0) : 0;
 }
 
 /// The process that does it, told from a later one of that number by its start.
