@@ -4,12 +4,14 @@
 #include <array>
 #include <cstdio>
 #include <exception>
+#include <utility>
 #include <variant>
 
 #include "base/shownText.h"
 #include "protocol/accessory.h"
 #include "protocol/wire.h"
 #include "services/asker/Asker.h"
+#include "services/asker/Intent.h"
 #include "services/asker/obtainConsent.h"
 #include "services/disk/AccessoryNode.h"
 #include "services/disk/openDisk.h"
@@ -107,6 +109,18 @@ pid_t processOf(Asker& asker) {
     return std::get<AskingBusName>(subject.value()).process;
 }
 
+/// What the request comes to for a person.
+Intent intentOf(const PrivilegedRequest& request, const std::optional<ImageFile>& image) {
+    if (const auto* unmounting = std::get_if<UnmountRequest>(&request)) return {.disk = unmounting->diskName};
+    if (const auto* reading = std::get_if<ReadRequest>(&request))
+        return {.disk = reading->diskName, .firstBlock = std::to_string(reading->firstBlock)};
+    const auto& writing = std::get<WriteRequest>(request);
+    return {.file = writing.imagePath,
+            .bytes = image ? std::to_string(image->size()) : std::string(),
+            .disk = writing.diskName,
+            .firstBlock = std::to_string(writing.firstBlock)};
+}
+
 }  // namespace
 
 Outcome<void> Gate::admit(uid_t uid) const {
@@ -121,16 +135,22 @@ GateAnswer Gate::perform(Asker& asker, std::string_view command, std::span<const
     const auto rights = rightsOf(asker.uid());
     if (!rights) return denied(rights.problem());
     auto request = parsePrivilegedRequest(command, arguments);
+    // Opened before anybody is asked about it: what is written is what was agreed to, of the size that was named.
+    std::optional<ImageFile> image;
+    if (request && needsConsent(asker.uid())) {
+        auto opened = imageOf(request.value(), rights.value());
+        // Nobody is asked to agree to an image that can't be opened.
+        opened ? void(image = std::move(opened.value())) : void(request = opened.problem());
+    }
     BoardNote note = noteFor(asker, request);
     if (request) {
-        const auto intent = intentOf(request.value(), rights.value(), needsConsent(asker.uid()));
-        // Nobody is asked to agree to an image that can't be opened.
-        if (!intent) request = intent.problem();
-        if (intent && needsConsent(asker.uid())) note.ask();
+        if (needsConsent(asker.uid())) note.ask();
         // Later on the board may be the next request's.
-        asker.whenAnswered([&note] { note.end(WriteVerdict::refused); });
-        const auto consent = intent ? obtainConsent(consent_, asker, intent.value()) : Outcome<void>();
-        if (!consent) {
+        asker.whenAnswered([&] {
+            note.end(WriteVerdict::refused);
+            image.reset();
+        });
+        if (const auto consent = obtainConsent(consent_, asker, intentOf(request.value(), image)); !consent) {
             note.end(WriteVerdict::refused);
             return denied(consent.problem());
         }
@@ -140,21 +160,15 @@ GateAnswer Gate::perform(Asker& asker, std::string_view command, std::span<const
         return {GateAnswer::Kind::notBegun, {}};
     }
     const std::string who = "user " + std::to_string(asker.uid()) + ": " + asked + ": ";
-    return {GateAnswer::Kind::answered, answer(rights.value(), request, who, note)};
+    return {GateAnswer::Kind::answered, answer(rights.value(), request, image, who, note)};
 }
 
-Outcome<Intent> Gate::intentOf(const PrivilegedRequest& request, const UserRights& rights, bool withSize) const {
-    if (const auto* unmounting = std::get_if<UnmountRequest>(&request)) return Intent{.disk = unmounting->diskName};
-    if (const auto* reading = std::get_if<ReadRequest>(&request))
-        return Intent{.disk = reading->diskName, .firstBlock = std::to_string(reading->firstBlock)};
-    const auto& writing = std::get<WriteRequest>(request);
-    Intent intent{
-        .file = writing.imagePath, .disk = writing.diskName, .firstBlock = std::to_string(writing.firstBlock)};
-    if (!withSize) return intent;
-    const auto image = ImageFile::open(writing.imagePath, rights, patience_);
+Outcome<std::optional<ImageFile>> Gate::imageOf(const PrivilegedRequest& request, const UserRights& rights) const {
+    const auto* writing = std::get_if<WriteRequest>(&request);
+    if (writing == nullptr) return std::optional<ImageFile>();
+    auto image = ImageFile::open(writing->imagePath, rights, patience_);
     if (!image) return image.problem();
-    intent.bytes = std::to_string(image.value().size());
-    return intent;
+    return std::optional<ImageFile>(std::move(image.value()));
 }
 
 /// Only for a disk that is there and the accessory's: nobody fills the board with names of his own.
@@ -165,11 +179,11 @@ BoardNote Gate::noteFor(Asker& asker, const Outcome<PrivilegedRequest>& request)
     return {board_, {writing->diskName, asker.uid(), processOf(asker), writing->firstBlock}};
 }
 
-std::string Gate::answer(const UserRights& rights, const Outcome<PrivilegedRequest>& request, const std::string& who,
-                         BoardNote& note) {
+std::string Gate::answer(const UserRights& rights, const Outcome<PrivilegedRequest>& request,
+                         std::optional<ImageFile>& image, const std::string& who, BoardNote& note) {
     try {
         const auto outcome =
-            request ? carryOut(rights, request.value(), note) : Outcome<std::string>(request.problem());
+            request ? carryOut(rights, request.value(), image, note) : Outcome<std::string>(request.problem());
         const bool blocks = outcome && std::holds_alternative<ReadRequest>(request.value());
         note.end(verdictOn(outcome));
         std::string text = outcome ? outcome.value() : answerFor(outcome.problem());
@@ -188,9 +202,10 @@ std::string Gate::answer(const UserRights& rights, const Outcome<PrivilegedReque
     }
 }
 
-Outcome<std::string> Gate::carryOut(const UserRights& rights, const PrivilegedRequest& request, BoardNote& note) const {
+Outcome<std::string> Gate::carryOut(const UserRights& rights, const PrivilegedRequest& request,
+                                    std::optional<ImageFile>& image, BoardNote& note) const {
     if (const auto* unmounting = std::get_if<UnmountRequest>(&request)) return unmount(*unmounting);
-    if (const auto* writing = std::get_if<WriteRequest>(&request)) return write(*writing, rights, note);
+    if (const auto* writing = std::get_if<WriteRequest>(&request)) return write(*writing, rights, image, note);
     return read(std::get<ReadRequest>(request));
 }
 
@@ -203,12 +218,14 @@ Outcome<std::string> Gate::unmount(const UnmountRequest& request) const {
     return unmountAnswer(device.name, places.value());
 }
 
-Outcome<std::string> Gate::write(const WriteRequest& request, const UserRights& rights, BoardNote& note) const {
+Outcome<std::string> Gate::write(const WriteRequest& request, const UserRights& rights,
+                                 std::optional<ImageFile>& agreedTo, BoardNote& note) const {
     note.begin();
     const auto node = findDisk(devices_, request.node, request.diskName);
     if (!node) return node.problem();
     const BlockDevice& device = node.value().device;
-    auto file = ImageFile::open(request.imagePath, rights, patience_);
+    auto file =
+        agreedTo ? Outcome<ImageFile>(std::move(*agreedTo)) : ImageFile::open(request.imagePath, rights, patience_);
     if (!file) return file.problem();
     if (const auto room = fits(file.value().size(), request.firstBlock, device); !room) return room.problem();
     const auto family = devices_.diskAndPartitions(device.number);

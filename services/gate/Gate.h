@@ -1,16 +1,17 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 #include <utility>
 
-#include "services/asker/Intent.h"
 #include "services/disk/BlockDevices.h"
 #include "services/disk/MountTable.h"
 #include "services/gate/GateAnswer.h"
 #include "services/gate/PrivilegedRequest.h"
+#include "services/image/ImageFile.h"
 #include "services/image/ImageReader.h"
 #include "services/image/PlacesInMemory.h"
 #include "services/image/UserRights.h"
@@ -52,14 +53,15 @@ class Gate {
     GateAnswer perform(Asker& asker, std::string_view command, std::span<const std::string> arguments);
 
   private:
-    /// What the request comes to for a person; `withSize` opens the image for a moment to measure it.
-    Outcome<Intent> intentOf(const PrivilegedRequest& request, const UserRights& rights, bool withSize) const;
+    Outcome<std::optional<ImageFile>> imageOf(const PrivilegedRequest& request, const UserRights& rights) const;
     BoardNote noteFor(Asker& asker, const Outcome<PrivilegedRequest>& request) const;
-    std::string answer(const UserRights& rights, const Outcome<PrivilegedRequest>& request, const std::string& who,
-                       BoardNote& note);
-    Outcome<std::string> carryOut(const UserRights& rights, const PrivilegedRequest& request, BoardNote& note) const;
+    std::string answer(const UserRights& rights, const Outcome<PrivilegedRequest>& request,
+                       std::optional<ImageFile>& image, const std::string& who, BoardNote& note);
+    Outcome<std::string> carryOut(const UserRights& rights, const PrivilegedRequest& request,
+                                  std::optional<ImageFile>& image, BoardNote& note) const;
     Outcome<std::string> unmount(const UnmountRequest& request) const;
-    Outcome<std::string> write(const WriteRequest& request, const UserRights& rights, BoardNote& note) const;
+    Outcome<std::string> write(const WriteRequest& request, const UserRights& rights,
+                               std::optional<ImageFile>& agreedTo, BoardNote& note) const;
     Outcome<std::string> writeTo(const AccessoryNode& node, std::uint64_t firstBlock, const ImageBytes& image,
                                  BoardNote& note) const;
     Outcome<std::string> read(const ReadRequest& request) const;

@@ -199,6 +199,34 @@ TEST_F(GateOnSimulatedDisk, RefusesAnotherUsersFile) {
     EXPECT_TRUE(accessory_.diskBytes() == before_);
 }
 
+/// Somebody's image, for which a person has to agree.
+class ImageToAgreeTo : public GateOnSimulatedDisk {
+  protected:
+    void SetUp() override {
+        if (::geteuid() != 0) GTEST_SKIP() << "needs root: asks on behalf of another user";
+        std::filesystem::permissions(folder_.path(), std::filesystem::perms(0755));
+    }
+    std::string writeAgreed() {
+        return performAs(kOtherUser, "dd", {"if=" + image_, "of=/dev/rsdzz", "seek=1536", "bs=512"});
+    }
+
+    const std::string image_ = folder_.file("new.fds", patternOf(40000, 3));
+};
+
+TEST_F(ImageToAgreeTo, IsWrittenThoughAnotherOneHasTakenItsName) {
+    consent_.meanwhile = [this] { std::filesystem::rename(folder_.file("other.fds", patternOf(90000, 5)), image_); };
+    EXPECT_THAT(writeAgreed(), StartsWith("Wrote 40000 bytes to sdzz at block 1536"));
+    ASSERT_EQ(consent_.intents.size(), 1U);
+    EXPECT_EQ(consent_.intents.front().bytes, "40000");
+    EXPECT_TRUE(accessory_.diskBytes() == diskWith(patternOf(40000, 3), 1536));
+}
+
+TEST_F(ImageToAgreeTo, IsNotWrittenWhenItHasGrown) {
+    consent_.meanwhile = [this] { std::ofstream(image_, std::ios::app) << patternOf(5000, 9); };
+    EXPECT_EQ(writeAgreed(), "Failed: the image changed while it was read. Nothing was written.");
+    EXPECT_TRUE(accessory_.diskBytes() == before_);
+}
+
 TEST_F(GateOnSimulatedDisk, DoesNotLetAStrangerFillItsLog) {
     for (int i = 0; i < 100; ++i)
         performAs(kOtherUser, "rm", {});
