@@ -8,6 +8,7 @@
 #include <list>
 #include <optional>
 #include <string>
+#include <sys/mount.h>
 #include <sys/prctl.h>
 #include <thread>
 #include <unistd.h>
@@ -318,6 +319,16 @@ TEST_F(CommandsOfAUser, AreRefusedWhenTheBusIsKilledInMidQuestionAndAskedAboutWh
     ASSERT_TRUE(secondAgent.isAsked()) << secondAgent.shown();
     secondAgent.type("secret\n");
     EXPECT_THAT(again.result(), StartsWith("Wrote 40000 bytes"));
+}
+
+TEST_F(CommandsOfAUser, AreToldThatPolkitCannotSeeThemWhereProcIsHidden) {
+    ASSERT_EQ(::mount("proc", "/proc", "proc", 0, "hidepid=2"), 0);
+    start();
+    UserProcess user = writeAs(kAdmin);
+    user.go();
+    EXPECT_EQ(linesSaying(user.result(), "It can't look at the program that asks; /proc must not be hidden"), 1U);
+    EXPECT_EQ(linesSaying(daemon_->log(), ".."), 0U) << daemon_->log();
+    EXPECT_TRUE(diskIsUntouched());
 }
 
 TEST_F(CommandsOfAUser, AreRefusedWithoutABus) {
