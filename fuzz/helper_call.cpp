@@ -1,5 +1,5 @@
 // Calls of runWithCmd as they come over the bus. Of none is more kept than a request may be long, and what is
-// understood of one is what it says: put together again it is the same, byte for byte.
+// understood of one is what it says: its texts stand there, one behind the other.
 //
 // The input's first byte says what the rest is: even, a whole message; odd, the body of a call with a text and a list
 // of texts.
@@ -19,14 +19,22 @@ namespace {
 
 constexpr std::size_t kShown = 256;  // of a text that is too long
 
-std::string bodyOf(const CommandLine& asked) {
-    std::string texts;
+/// Whether that text stands at `at` of a body, which is then behind it.
+bool stands(std::string_view body, std::size_t& at, const std::string& text) {
+    at = (at + 3) / 4 * 4;
+    std::string expected;
+    MessageBytes::append(expected, text);
+    const bool does = at <= body.size() && body.substr(at).starts_with(expected);
+    at += expected.size();
+    return does;
+}
+
+void checkTexts(std::string_view body, const CommandLine& asked) {
+    std::size_t at = 0;
+    require(stands(body, at, asked.command));
+    at = (at + 3) / 4 * 4 + 4;  // the length of the list
     for (const std::string& argument : asked.arguments)
-        MessageBytes::append(texts, argument);
-    std::string body;
-    MessageBytes::append(body, asked.command);
-    MessageBytes::append(body, static_cast<std::uint32_t>(texts.size()));
-    return body + texts;
+        require(stands(body, at, argument));
 }
 
 void checkLimits(const CallText& call) {
@@ -42,7 +50,7 @@ void check(bool isBody, std::string_view bytes) {
     receive(isBody ? MessageBytes{1, "sas", body}.whole() : std::string(bytes), [&](sd_bus_message* message) {
         const CallText call = readCall(message);
         checkLimits(call);
-        if (isBody && call.isWhole && !call.trouble) require(bodyOf(call.asked) == body);
+        if (isBody && call.isWhole && !call.trouble) checkTexts(body, call.asked);
     });
 }
 

@@ -1,5 +1,5 @@
 // polkit's answers as they come over the bus. Consent is nothing but a plain yes: an answer of the right form whose
-// first value is 1. What keeps it from being one is said in one harmless line.
+// first value is not 0. What keeps it from being one is said in one harmless line.
 //
 // The input's first byte says what the rest is. 0: a whole message. 1: the body of an answer of the right form. 2: that
 // of an error. Else the length of a signature, and behind that an answer's body.
@@ -40,9 +40,8 @@ void check(std::uint8_t what, std::string_view bytes) {
         const auto answer = polkitAnswer(arrived);
         if (!answer) return checkRefusal(answer.problem());
         if (what == 0) return require(sd_bus_message_is_method_error(arrived, nullptr) == 0);
-        std::string yes;
-        MessageBytes::append(yes, std::uint32_t{1});
-        require(message.kind == 2 && message.signature.starts_with(kForm) && message.body.starts_with(yes));
+        const bool saysYes = message.body.size() >= 4 && !message.body.starts_with(std::string(4, '\0'));
+        require(message.kind == 2 && message.signature.starts_with(kForm) && saysYes);
     });
 }
 

@@ -1,5 +1,6 @@
 #include "tests/services/soak/Footprint.h"
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <exception>
@@ -65,12 +66,17 @@ Soak soak(const std::string& way, pid_t service, std::size_t exchanges,
     for (int tenth = 1; tenth <= 10; ++tenth) {
         result.failures += exchange(exchanges / 10);
         result.atEnd = Footprint::ofIdle(service, result.atStart.descriptors);
-        if (tenth == 1) result.afterFirst = result.atEnd;
+        if (tenth <= 5) result.grown = std::max(result.grown, result.atEnd.kibibytes);
         const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - begun;
         std::cout << way << ", after " << exchanges / 10 * static_cast<std::size_t>(tenth) << " exchanges and "
                   << static_cast<int>(taken.count()) << " s: " << result.atEnd.text() << std::endl;
     }
     return result;
+}
+
+bool isRight(bool is, const std::string& answer) {
+    if (!is) std::cout << "Wrong: " << (answer.empty() ? "no answer" : answer.substr(0, 200)) << std::endl;
+    return is;
 }
 
 std::size_t inProcesses(unsigned count, const std::function<std::size_t(unsigned number)>& task) {

@@ -24,7 +24,7 @@ struct Footprint {
 /// Ten tenths of many exchanges with a service, and what it holds after each.
 struct Soak {
     Footprint atStart;
-    Footprint afterFirst;  ///< tenth, when the allocator has what it needs
+    std::uint64_t grown = 0;  ///< the most KiB in the first half, after which the allocator has what it needs
     Footprint atEnd;
     std::size_t failures = 0;  ///< exchanges that went wrong
 };
@@ -32,6 +32,9 @@ struct Soak {
 /// `exchange` does so many exchanges and returns how many went wrong. Tells on standard output what came of each tenth.
 Soak soak(const std::string& way, pid_t service, std::size_t exchanges,
           const std::function<std::size_t(std::size_t count)>& exchange);
+
+/// `is`, after telling an answer that is not the right one.
+bool isRight(bool is, const std::string& answer);
 
 /// Does `task` in `count` processes at once, with their numbers from 0 on. The sum of what they return, which is how
 /// often something went wrong; one that ends in another way counts as a thousand.
