@@ -8,6 +8,7 @@
 #include <string>
 
 #include "command/HelperInstallation.h"
+#include "command/SMJError.h"
 #include "command/linux/PolkitAuthorization.h"
 #include "tests/base/RecordingLog.h"
 #include "tests/sandbox/DismissingAgent.h"
@@ -173,6 +174,25 @@ TEST_F(Helper, NeedsNoSecondPasswordAfterTheInstallation) {
     agent.type("secret\n");
     EXPECT_THAT(user.result(), StartsWith("Wrote 40000 bytes"));
     EXPECT_FALSE(agent.isAsked(1)) << "asked twice: " << agent.shown();
+}
+
+TEST_F(Helper, IsInstalledAfterAPromptInThePersonsLanguage) {
+    startDaemons();
+    UserProcess user(kAdmin, [] {
+        PolkitAuthorization authorization(kBless);
+        RecordingLog log;
+        std::optional<AuthorizationRef> authRef;
+        try {
+            HelperInstallation(authorization, log).blessHelper(authRef);
+        } catch (const SMJError& error) {
+            return std::string("dismissed");
+        }
+        return std::string("installed");
+    });
+    DismissingAgent agent(user.pid(), kAdmin, "de_DE.UTF-8");
+    user.go();
+    EXPECT_THAT(agent.message(), StartsWith("Zum Installieren des Hilfsdienstes, der Firmware und Symbole"));
+    EXPECT_EQ(user.result(), "dismissed");
 }
 
 TEST_F(Helper, RefusesAfterAWrongPassword) {
