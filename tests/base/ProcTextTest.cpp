@@ -21,7 +21,8 @@ TEST(StartTimeIn, IsNothingWhereThereIsNoSuchField) {
 
 TEST(TcpTableLine, HasTheEndsTheStateTheUserAndTheInode) {
     const auto socket = TcpTableLine::parse(
-        "   1: 0100007F:2382 0100007F:D2C4 0A 00000000:00000000 00:00000000 00000000  1000        0 531307 1 00 20 4\n");
+        "   1: 0100007F:2382 0100007F:D2C4 0A 00000000:00000000 00:00000000 00000000  1000        0 531307 1 00 20 "
+        "4\n");
     ASSERT_TRUE(socket);
     EXPECT_EQ(socket->local, "0100007F:2382");
     EXPECT_EQ(socket->remote, "0100007F:D2C4");
