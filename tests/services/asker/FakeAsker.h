@@ -1,9 +1,11 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <sys/types.h>
 #include <unistd.h>
+#include <utility>
 
 #include "services/asker/Asker.h"
 
@@ -20,6 +22,7 @@ class FakeAsker final : public Asker {
     bool begins = true;
     std::optional<Problem> notItsTurn;    ///< none: it is
     std::optional<bool> decision;         ///< what it was told came of asking
+    std::function<void()> answered;       ///< to be called where the asker is answered before a decision
     std::optional<Problem> cannotItself;  ///< none: it could
     int lookedUp = 0;                     ///< how often whom to ask about was asked
 
@@ -34,6 +37,7 @@ class FakeAsker final : public Asker {
     Outcome<void> awaitTurn(const ConsentSubject&) override {
         return notItsTurn ? Outcome<void>(*notItsTurn) : Outcome<void>();
     }
+    void whenAnswered(std::function<void()> handler) override { answered = std::move(handler); }
     void tellDecision(const Outcome<void>& told) override { decision = static_cast<bool>(told); }
     bool stillWants() override { return wants; }
     bool mayBegin() override { return begins; }

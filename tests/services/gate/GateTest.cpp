@@ -221,6 +221,22 @@ TEST_F(ImageToAgreeTo, IsWrittenThoughAnotherOneHasTakenItsName) {
     EXPECT_TRUE(accessory_.diskBytes() == diskWith(patternOf(40000, 3), 1536));
 }
 
+TEST_F(ImageToAgreeTo, IsDoneWithOnTheBoardOnceTheAskerHasItsAnswer) {
+    FakeAsker asker(kOtherUser);
+    asker.begins = false;
+    consent_.meanwhile = [&] {
+        EXPECT_THAT(board(), HasSubstr("\"phase\":\"asking\""));
+        asker.answered();
+        EXPECT_THAT(board(), HasSubstr("\"verdict\":\"refused\""));
+        // The next request's by now.
+        std::filesystem::remove(board_ / "sdzz.json");
+    };
+    Gate gate(consent_, devices_, mounts_, requests_, board_);
+    gate.perform(asker, "dd", std::vector<std::string>{"if=" + image_, "of=/dev/rsdzz", "seek=1536", "bs=512"});
+    EXPECT_EQ(consent_.askedAbout.size(), 1U);
+    EXPECT_EQ(board(), "") << "said more than once";
+}
+
 TEST_F(ImageToAgreeTo, IsNotWrittenWhenItHasGrown) {
     consent_.meanwhile = [this] { std::ofstream(image_, std::ios::app) << patternOf(5000, 9); };
     EXPECT_EQ(writeAgreed(), "Failed: the image changed while it was read. Nothing was written.");
