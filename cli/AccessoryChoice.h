@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace kestrav {
@@ -12,6 +13,9 @@ struct AccessoryChoice {
     std::vector<std::string> disks{};    ///< the kernel's names; "/dev/" before one is passed over
     std::vector<std::string> serials{};  ///< serial numbers
     std::vector<std::string> ports{};    ///< for example "1-2.3"
+
+    /// The disk's name without "/dev/" before it.
+    static std::string_view nameOfDisk(std::string_view disk);
 
     /// Whether nothing was chosen.
     bool isEmpty() const { return disks.empty() && serials.empty() && ports.empty(); }

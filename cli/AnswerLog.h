@@ -1,7 +1,9 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "base/SystemLog.h"
 #include "cli/ServiceAnswers.h"
@@ -14,11 +16,13 @@ namespace kestrav {
 class AnswerLog final : public SystemLog, public AnswerSink {
   public:
     /// Nothing is owned; all outlive this object. What is answered goes to `next`, and from there to `answers`, which
-    /// tell what an entry is.
-    AnswerLog(SystemLog& log, AnswerSink& next, const ServiceAnswers& answers)
+    /// tell what an entry is. `told`, where there is one, hears of each exchange when it has ended.
+    AnswerLog(SystemLog& log, AnswerSink& next, const ServiceAnswers& answers,
+              std::function<void(const ServiceAnswers::Exchange&)> told = {})
         : log_(log),
           next_(next),
-          answers_(answers) {}
+          answers_(answers),
+          told_(std::move(told)) {}
     ~AnswerLog() override { passOn(); }
     AnswerLog(const AnswerLog&) = delete;
     AnswerLog& operator=(const AnswerLog&) = delete;
@@ -37,10 +41,12 @@ class AnswerLog final : public SystemLog, public AnswerSink {
         const auto& given = std::get<ServiceAnswers::Given>(answers_.last()->end);
         if (given.answer.meaning == Answer::Meaning::blocks) held_.reset();
         passOn();
+        if (told_) told_(*answers_.last());
     }
     void unanswered(const Unanswered& unanswered) override {
         next_.unanswered(unanswered);
         passOn();
+        if (told_) told_(*answers_.last());
     }
 
   private:
@@ -52,6 +58,7 @@ class AnswerLog final : public SystemLog, public AnswerSink {
     SystemLog& log_;
     AnswerSink& next_;
     const ServiceAnswers& answers_;
+    std::function<void(const ServiceAnswers::Exchange&)> told_;
     std::optional<std::string> held_;
 };
 

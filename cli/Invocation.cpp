@@ -43,6 +43,9 @@ Examples:
 
 'read' puts no bytes on a terminal: redirect it, or name a file.)";
 
+// The command service has as many places for one user.
+constexpr std::int64_t kMostJobs = 48;
+
 /// Decimal digits only: no sign, no 0x, and a leading zero means nothing.
 std::int64_t decimal(const std::string& name, const std::string& text) {
     std::int64_t value = 0;
@@ -83,6 +86,34 @@ void addChoice(CLI::App& command, AccessoryChoice& choice) {
     add("--port", "PORT", choice.ports, "Of several accessories the one that is plugged in there, as in 1-2.3");
     add("--serial", "NUMBER", choice.serials, "The one with this serial number");
     add("--disk", "DISK", choice.disks, "The one with this disk, as in sdb");
+}
+
+// Seconds stand behind a "=", since a word behind a blank is the file.
+void addWaiting(CLI::App& command, FleetOptions& fleet) {
+    command.add_flag("--wait")
+        ->description("Wait for an accessory, or =SECONDS at most; with --all for the next one, too")
+        ->each([&fleet](const std::string& word) {
+            fleet.wait = Waiting{};
+            if (word != "true") fleet.wait->seconds = decimal("--wait", word);
+        });
+}
+
+void addFleetOptions(CLI::App& command, FleetOptions& fleet) {
+    CLI::Option& all = *command.add_flag("--all", fleet.all, "Send it to all accessories, side by side");
+    command
+        .add_option_function<std::string>(
+            "--jobs",
+            [&fleet](const std::string& text) {
+                fleet.jobs = decimal("--jobs", text);
+                if (fleet.jobs < 1 || fleet.jobs > kMostJobs)
+                    throw CLI::ValidationError("--jobs", "'" + text + "' is not a number from 1 to 48");
+            },
+            "How many at a time; 16 unless told otherwise")
+        ->type_name("NUMBER")
+        ->needs(&all);
+    addWaiting(command, fleet);
+    command.add_option("--backup", fleet.backup, "Keep what stands there in a new file of this folder before")
+        ->type_name("FOLDER");
 }
 
 /// The commands of kestravctl; each remembers its own arguments and hands them out as an invocation.
@@ -155,6 +186,7 @@ class CommandLine {
         addFile(command, update.file, "The image, an ordinary file");
         addSendOptions(command, update.options);
         addChoice(command, update.accessory);
+        addFleetOptions(command, update.fleet);
     }
 
     void addSendOptions(CLI::App& command, SendOptions& options) {
@@ -180,6 +212,7 @@ class CommandLine {
         addFile(push, push_.file, "The file to send, an ordinary file");
         addSendOptions(push, push_.options);
         addChoice(push, push_.accessory);
+        addFleetOptions(push, push_.fleet);
 
         CLI::App& pull = addCommand("pull", "Have the command service read blocks", [this] { return pull_; });
         addNumber(pull, "BLOCK", pull_.firstBlock, "First 512-byte block to read");

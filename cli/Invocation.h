@@ -8,6 +8,7 @@
 
 #include "cli/AccessoryChoice.h"
 #include "cli/ExitCode.h"
+#include "cli/FleetOptions.h"
 #include "cli/HelperInvocation.h"
 #include "cli/SendOptions.h"
 
@@ -33,12 +34,14 @@ struct UpdateInvocation {
     std::string file;
     SendOptions options = {};
     AccessoryChoice accessory = {};
+    FleetOptions fleet = {};
 };
 struct PushInvocation {
     std::int64_t firstBlock = 0;  ///< 512-byte blocks
     std::string file;
     SendOptions options = {};
     AccessoryChoice accessory = {};
+    FleetOptions fleet = {};
 };
 struct PullInvocation {
     std::int64_t firstBlock = 0;          ///< 512-byte blocks

@@ -9,7 +9,7 @@
 namespace kestrav {
 
 WatchedEngine::WatchedEngine(const Backends& backends, AccessoryChoice choice, Console console, std::ostream& progress,
-                             WriteWatch::Show show)
+                             WriteWatch::Show show, Told told)
     : console_(console),
       backends_(backends),
       chosen_(backends.registry, std::move(choice),
@@ -17,7 +17,7 @@ WatchedEngine::WatchedEngine(const Backends& backends, AccessoryChoice choice, C
       registry_(chosen_),
       meter_(backends.disks),
       watch_(answers_, std::move(show), backends.board),
-      log_(backends.log, watch_, answers_),
+      log_(backends.log, watch_, answers_, std::move(told)),
       commands_(log_, backends.endpoint, &log_),
       device_(registry_, backends.volumes, meter_, commands_, progress) {
     device_.setParent(std::make_shared<TerminalLog>(progress));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <iosfwd>
 
 #include "cli/AnswerLog.h"
@@ -17,10 +18,13 @@ namespace kestrav {
 /// An engine for one accessory, and all that watches what it does. For one thread; several may work side by side.
 class WatchedEngine {
   public:
+    /// Hears of each exchange with the command service when it has ended.
+    using Told = std::function<void(const ServiceAnswers::Exchange&)>;
+
     /// The references are not owned and outlive this object. The engine's lines go to `progress`; how a write goes on,
     /// to `show`, if somebody wants to know.
     WatchedEngine(const Backends& backends, AccessoryChoice choice, Console console, std::ostream& progress,
-                  WriteWatch::Show show = {});
+                  WriteWatch::Show show = {}, Told told = {});
     WatchedEngine(const WatchedEngine&) = delete;
     WatchedEngine& operator=(const WatchedEngine&) = delete;
 

@@ -23,8 +23,21 @@ std::uint64_t takeNumber(std::string_view& text) {
     return number;
 }
 
+}  // namespace
+
+std::optional<std::vector<UsbDevice>> attachedAccessories(DeviceRegistry& registry) {
+    RegistryAnswer answer = registry.usbDevices(kAccessoryVendor, kAccessoryProduct);
+    if (answer.status > 0 || !answer.devices) return std::nullopt;
+    for (UsbDevice& device : *answer.devices) {
+        device.name = repairedDeviceName(device.name);
+        device.serial = repairedUTF8(device.serial);
+    }
+    std::erase_if(*answer.devices, [](const UsbDevice& device) { return device.name.empty(); });
+    return std::move(answer.devices);
+}
+
 // Numbers within the names count as numbers, all else as it stands.
-bool isBefore(std::string_view left, std::string_view right) {
+bool isPortBefore(std::string_view left, std::string_view right) {
     while (!left.empty() && !right.empty()) {
         if (isDigit(left.front()) && isDigit(right.front())) {
             const std::uint64_t leftNumber = takeNumber(left);
@@ -39,22 +52,9 @@ bool isBefore(std::string_view left, std::string_view right) {
     return left.size() < right.size();
 }
 
-}  // namespace
-
-std::optional<std::vector<UsbDevice>> attachedAccessories(DeviceRegistry& registry) {
-    RegistryAnswer answer = registry.usbDevices(kAccessoryVendor, kAccessoryProduct);
-    if (answer.status > 0 || !answer.devices) return std::nullopt;
-    for (UsbDevice& device : *answer.devices) {
-        device.name = repairedDeviceName(device.name);
-        device.serial = repairedUTF8(device.serial);
-    }
-    std::erase_if(*answer.devices, [](const UsbDevice& device) { return device.name.empty(); });
-    return std::move(answer.devices);
-}
-
 void sortByPort(std::vector<UsbDevice>& accessories) {
     std::stable_sort(accessories.begin(), accessories.end(),
-                     [](const UsbDevice& left, const UsbDevice& right) { return isBefore(left.port, right.port); });
+                     [](const UsbDevice& left, const UsbDevice& right) { return isPortBefore(left.port, right.port); });
 }
 
 std::string inWords(const UsbDevice& accessory) {

@@ -3,12 +3,14 @@
 #include <ostream>
 #include <variant>
 
+#include "cli/awaitAccessory.h"
 #include "cli/complain.h"
 #include "cli/listAccessories.h"
 #include "cli/lookUp.h"
 #include "cli/moveBytes.h"
 #include "cli/pullBlocks.h"
 #include "cli/sendImage.h"
+#include "cli/sendToAll.h"
 #include "cli/tellResult.h"
 
 namespace kestrav {
@@ -21,10 +23,19 @@ struct Families {
     ExitCode operator()(const DetectInvocation& detect) const { return lookUp(detect, parts); }
     ExitCode operator()(const ListInvocation& list) const { return listAccessories(list, parts); }
     ExitCode operator()(const DrivesInvocation& drives) const { return lookUp(drives, parts); }
-    ExitCode operator()(const UpdateInvocation& update) const { return told(sendImage(update, parts), update.options); }
-    ExitCode operator()(const PushInvocation& push) const { return told(sendImage(push, parts), push.options); }
+    ExitCode operator()(const UpdateInvocation& update) const { return sent(update); }
+    ExitCode operator()(const PushInvocation& push) const { return sent(push); }
     ExitCode operator()(const PullInvocation& pull) const {
         return tellResult(pullBlocks(pull, parts), false, parts.console);
+    }
+    template <typename Image>
+    ExitCode sent(const Image& image) const {
+        if (image.fleet.all) {
+            const auto send = [&image](const CommandParts& ofOne) { return sendImage(image, ofOne); };
+            return sendToAll({image.accessory, image.options, image.fleet, send}, parts.backends, parts.console);
+        }
+        if (image.fleet.wait) awaitAccessory(*image.fleet.wait, image.accessory, parts);
+        return told(sendImage(image, parts), image.options);
     }
     ExitCode told(const UpdateResult& result, const SendOptions& options) const {
         if (options.quiet && !options.json && result.status == ExitCode::success) return result.status;

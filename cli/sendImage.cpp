@@ -7,6 +7,7 @@
 #include "cli/ServiceAnswers.h"
 #include "cli/TransferMeter.h"
 #include "cli/WriteWatch.h"
+#include "cli/backUp.h"
 #include "cli/complain.h"
 #include "cli/endOfRequest.h"
 #include "cli/lookBeforeSending.h"
@@ -93,6 +94,8 @@ UpdateResult sendImage(const UpdateInvocation& update, const CommandParts& parts
     if (!ready) return cannotBeSent(ready.problem());
     const auto& [image, asked] = ready.value();
     if (auto end = lookBeforeSending(image, asked, true, update.options, parts)) return after(start, *end);
+    const Backup kept = backUp(update.fleet.backup, asked, parts);
+    if (kept.end) return after(start, *kept.end);
     KestravDevice& device = parts.device;
     parts.watch.expect(asked.bytes);
     const bool handedOver = firmware ? device.firmwareUpdate(image.path()) : device.iconUpdate(image.path());
@@ -100,7 +103,7 @@ UpdateResult sendImage(const UpdateInvocation& update, const CommandParts& parts
         return asked.endedWith(ExitCode::failure, "The image is empty, so nothing was handed over.",
                                "Choose another one.");
     }
-    return after(start, endOf(ready.value(), update.options, parts));
+    return after(start, kept.addedTo(endOf(ready.value(), update.options, parts)));
 }
 
 UpdateResult sendImage(const PushInvocation& push, const CommandParts& parts) {
@@ -109,9 +112,11 @@ UpdateResult sendImage(const PushInvocation& push, const CommandParts& parts) {
     if (!ready) return cannotBeSent(ready.problem());
     const auto& [image, asked] = ready.value();
     if (auto end = lookBeforeSending(image, asked, false, push.options, parts)) return after(start, *end);
+    const Backup kept = backUp(push.fleet.backup, asked, parts);
+    if (kept.end) return after(start, *kept.end);
     parts.watch.expect(asked.bytes);
     parts.device.pushDevice(push.firstBlock, image.path());
-    return after(start, endOf(ready.value(), push.options, parts));
+    return after(start, kept.addedTo(endOf(ready.value(), push.options, parts)));
 }
 
 }  // namespace kestrav

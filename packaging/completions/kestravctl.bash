@@ -12,7 +12,7 @@ _kestravctl() {
     for ((i = 1; i < COMP_CWORD; ++i)); do
         word=${COMP_WORDS[i]}
         case $word in
-            -o | --output | --port | --serial | --disk | --bytes | --sha256) ((++i)) ;;
+            -o | --output | --port | --serial | --disk | --bytes | --sha256 | --jobs | --backup) ((++i)) ;;
             -*) ;;
             *)
                 if [[ -z $command ]]; then
@@ -36,20 +36,25 @@ _kestravctl() {
         --disk) mapfile -t COMPREPLY < <(compgen -W "$(_kestravctl_attached 1)" -- "$cur") && return ;;
         --serial) mapfile -t COMPREPLY < <(compgen -W "$(_kestravctl_attached 2)" -- "$cur") && return ;;
         --port) mapfile -t COMPREPLY < <(compgen -W "$(_kestravctl_attached 3)" -- "$cur") && return ;;
-        --bytes | --sha256) return ;;
+        --bytes | --sha256 | --jobs) return ;;
+        --backup)
+            compopt -o filenames 2>/dev/null
+            mapfile -t COMPREPLY < <(compgen -d -- "$cur")
+            return
+            ;;
     esac
-    local words='' files='' chosen='--port --serial --disk'
+    local words='' files='' chosen='--port --serial --disk' fleet='--all --jobs --wait --backup'
     case $command$operation in
         '') words='detect list drives firmware icon push pull save read write helper doctor --help --version' ;;
         detect) words="--json $chosen --help" ;;
         list | drives | doctor) words='--json --help' ;;
         firmware | icon)
-            words="--verify --json --progress --dry-run --sha256 --check --no-prompt --quiet $chosen --help"
+            words="--verify --json --progress --dry-run --sha256 --check --no-prompt --quiet $chosen $fleet --help"
             ((values == 0)) && files='!*.fds'
             [[ $files && $command == icon ]] && files='!*.fif'
             ;;
         push)
-            words="--verify --json --progress --dry-run --sha256 --check --no-prompt --quiet $chosen --help"
+            words="--verify --json --progress --dry-run --sha256 --check --no-prompt --quiet $chosen $fleet --help"
             ((values == 1)) && files='-'
             ;;
         write)

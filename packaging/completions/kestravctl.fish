@@ -51,6 +51,11 @@ complete -c kestravctl -n '__fish_seen_subcommand_from save' -a 'firmware icon' 
 complete -c kestravctl -n '__fish_seen_subcommand_from save' -l bytes -x -d 'How many bytes'
 complete -c kestravctl -n '__fish_seen_subcommand_from pull read' -s o -l output -r -F -d 'Write to this file'
 
+complete -c kestravctl -n $send -l all -d 'Send it to all accessories'
+complete -c kestravctl -n $send -l jobs -x -d 'How many at a time'
+complete -c kestravctl -n $send -l wait -d 'Wait for an accessory'
+complete -c kestravctl -n $send -l backup -x -a '(__fish_complete_directories)' -d 'Keep what stands there in this folder'
+
 set -l one '__fish_seen_subcommand_from detect firmware icon push pull save read write'
 complete -c kestravctl -n $one -l port -x -a '(__kestravctl_attached 3)' -d 'The accessory that is plugged in there'
 complete -c kestravctl -n $one -l serial -x -a '(__kestravctl_attached 2)' -d 'The accessory with this serial number'

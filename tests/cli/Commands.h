@@ -63,8 +63,13 @@ class Commands : public testing::Test {
     /// As the program does it: with an engine of its own for each call.
     ExitCode carriedOut(const Invocation& invocation) { return carriedOut(invocation, service.port()); }
     ExitCode carriedOut(const Invocation& invocation, std::int32_t port) {
-        const Backends backends{
-            on.registry, on.volumes, on.disks, on.systemLog, {.port = port, .connectSeconds = 5, .readSeconds = 5}};
+        const Backends backends{on.registry,
+                                on.volumes,
+                                on.disks,
+                                on.systemLog,
+                                {.port = port, .connectSeconds = 5, .readSeconds = 20},
+                                BoardReader(std::vector<std::filesystem::path>{}),
+                                [this](const std::string& path) { return path != missingNode; }};
         WatchedEngine engine(backends, choiceOf(invocation), {out, err}, on.console);
         return carryOut(invocation, engine.parts());
     }
@@ -76,6 +81,7 @@ class Commands : public testing::Test {
     }
     std::string pathOf(const std::string& name) const { return folder_ / name; }
 
+    std::string missingNode;  ///< every other one is there
     LoopbackService service;
     EngineOnFakes on;
     std::ostringstream out;

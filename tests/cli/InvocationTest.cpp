@@ -57,6 +57,27 @@ TEST(ParseCommandLine, ReadsWhichAccessoryIsMeantBeforeAndBehindTheOtherWords) {
     EXPECT_EQ(parsedAs<DetectInvocation>({"detect", "--disk", "sdb"}).accessory.disks.size(), 1U);
 }
 
+TEST(ParseCommandLine, ReadsHowSeveralAccessoriesAreServed) {
+    const FleetOptions none = parsedAs<UpdateInvocation>({"firmware", "f"}).fleet;
+    EXPECT_FALSE(none.all || none.wait || none.backup);
+    const auto all = parsedAs<UpdateInvocation>({"firmware", "--all", "--jobs", "3", "--wait", "f", "--backup", "b"});
+    EXPECT_EQ(all.file, "f");
+    EXPECT_TRUE(all.fleet.all);
+    EXPECT_EQ(all.fleet.jobs, 3);
+    ASSERT_TRUE(all.fleet.wait);
+    EXPECT_FALSE(all.fleet.wait->seconds);
+    EXPECT_EQ(all.fleet.backup, "b");
+    const auto push = parsedAs<PushInvocation>({"push", "1", "f", "--wait=70"});
+    ASSERT_TRUE(push.fleet.wait);
+    EXPECT_EQ(push.fleet.wait->seconds, 70);
+    for (const std::vector<const char*>& wrong : {std::vector{"icon", "f", "--jobs", "3"},
+                                                  {"icon", "f", "--all", "--jobs", "0"},
+                                                  {"icon", "f", "--wait=x"},
+                                                  {"icon", "f", "--all", "--jobs", "49"},
+                                                  {"icon", "f", "--wait=-1"}})
+        EXPECT_TRUE(std::holds_alternative<ExitCode>(parse(wrong).result)) << wrong.back();
+}
+
 TEST(ParseCommandLine, ReadsWhereThePulledBlocksGo) {
     EXPECT_FALSE(parsedAs<PullInvocation>({"pull", "1", "2"}).output);
     EXPECT_EQ(parsedAs<PullInvocation>({"pull", "1", "2", "-o", "x"}).output, "x");

@@ -6,7 +6,8 @@ import unittest
 import sentences
 
 # Said to somebody who reads the help, or a piece that means nothing by itself.
-ELSEWHERE = {"Updates the firmware and icon images of the Kestrav USB accessory (USB 10d6:fd01)."}
+ELSEWHERE = {"Updates the firmware and icon images of the Kestrav USB accessory (USB 10d6:fd01).",
+             "Wait for an accessory, or =SECONDS at most; with --all for the next one, too"}
 
 
 def plain(text):
