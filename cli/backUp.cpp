@@ -46,9 +46,13 @@ fs::path freeName(const fs::path& folder, std::int64_t block, const UsbDevice& d
     const std::string ending = isFirmware ? ".fds" : block == kIconBlock ? ".fif" : ".bin";
     const std::string whose = device.serial.empty() ? "port" + device.port : device.serial;
     const std::string name = area + "-" + fitForAName(whose) + "-" + nowInUTC();
-    fs::path path = folder / (name + ending);
+    const auto named = [&](const std::string& addition) {
+        std::string file = name;
+        return folder / file.append(addition).append(ending);
+    };
+    fs::path path = named("");
     for (int number = 2; fs::symlink_status(path).type() != fs::file_type::not_found; ++number)
-        path = folder / (name + "-" + std::to_string(number) + ending);
+        path = named("-" + std::to_string(number));
     return path;
 }
 

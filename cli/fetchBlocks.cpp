@@ -15,7 +15,7 @@ namespace {
 // Asking again does no harm, and an answer in two pieces is a matter of chance.
 constexpr int kTries = 3;
 
-UpdateResult pulled(UpdateResult asked, std::int64_t block, std::int64_t count, const CommandParts& parts) {
+UpdateResult pulled(const UpdateResult& asked, std::int64_t block, std::int64_t count, const CommandParts& parts) {
     for (int left = kTries;; --left) {
         parts.device.pullDevice(block, count);
         UpdateResult end = endOfRequest(asked, parts);
