@@ -8,6 +8,7 @@
 #include "base/utf8.h"
 #include "cli/ChosenDevices.h"
 #include "cli/complain.h"
+#include "cli/tellResult.h"
 #include "device/KestravDevice.h"
 #include "json/tree/dataWithJSONObject.h"
 
@@ -38,8 +39,9 @@ void printDevice(const Console& console, const DeviceObject& device, bool json) 
 ExitCode lookUp(const DetectInvocation& detect, const CommandParts& parts) {
     KestravDevice& device = parts.device;
     if (device.detect(device.vendorID(), device.productID()) != 0) {
-        complain(parts.console, "The device registry can't be reached. Is /sys mounted?");
-        return ExitCode::registryUnreachable;
+        const auto end = UpdateResult().endedWith(ExitCode::registryUnreachable,
+                                                  "The device registry can't be reached.", "Is /sys mounted?");
+        return tellResult(end, detect.json, parts.console);
     }
     if (!device.device.bsdName.empty()) {
         printDevice(parts.console, device.device, detect.json);

@@ -1,9 +1,11 @@
+#include <algorithm>
 #include <filesystem>
 #include <iostream>
 #include <memory>
 #include <new>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <unistd.h>
 #include <variant>
 
@@ -155,7 +157,9 @@ int main(int argc, char** argv) {
         if (const auto* doctor = std::get_if<DoctorInvocation>(&parsed)) return perform(*doctor);
         return perform(std::get<Invocation>(parsed));
     } catch (const std::bad_alloc&) {
-        std::cerr << "kestravctl: There is not enough memory for that. Take a smaller piece at a time.\n";
-        return static_cast<int>(ExitCode::wrongCall);
+        const auto end = UpdateResult().endedWith(
+            ExitCode::wrongCall, "There is not enough memory for that. Take a smaller piece at a time.");
+        const bool json = std::find(argv, argv + argc, std::string_view("--json")) != argv + argc;
+        return static_cast<int>(tellResult(end, json, {std::cout, std::cerr}));
     }
 }

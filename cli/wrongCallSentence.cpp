@@ -1,6 +1,5 @@
 #include "cli/wrongCallSentence.h"
 
-#include <CLI/CLI.hpp>
 #include <vector>
 
 #include "cli/nearestWord.h"

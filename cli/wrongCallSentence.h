@@ -1,11 +1,7 @@
 #pragma once
 
+#include <CLI/CLI.hpp>
 #include <string>
-
-namespace CLI {
-class App;
-class ParseError;
-}  // namespace CLI
 
 namespace kestrav {
 

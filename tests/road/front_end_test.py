@@ -44,7 +44,8 @@ class FrontEnd(RoadTest):
         self.assertIn("ERR: Couldn’t create a master I/O Kit port(%08x)\n ".encode(), result.stdout)
         self.assertIn(b"Is /sys mounted?", result.stderr)
         result = subprocess.run([PROGRAMS / "kestravctl", "detect", "--json"], capture_output=True, timeout=20)
-        self.assertEqual(result.stdout, b"")
+        told = json.loads(result.stdout)
+        self.assertEqual((told["status"], told["problem"]), (5, "The device registry can't be reached. Is /sys mounted?"))
 
     def mount_drives(self):
         """Two file systems below /media, in folders of this case's own; returns their places."""

@@ -198,7 +198,7 @@ class Watch(RoadTest):
 
     # -- Ctrl-C --------------------------------------------------------------------------------------------------
 
-    def interrupted(self, phase, **options):
+    def interrupted(self, phase, *words, **options):
         """A write in that phase, in which Ctrl-C is pressed."""
         def write(peer):
             self.post(phase, 400)
@@ -206,7 +206,7 @@ class Watch(RoadTest):
             self.wait_for("never")
 
         with self.service(write):
-            process = self.start(**options)
+            process = self.start(*words, **options)
             self.wait_until((self.folder / "begun").exists, "the write is not begun", process)
             os.kill(self.asker(), signal.SIGINT)
             return self.ended(process, 130)
@@ -214,6 +214,13 @@ class Watch(RoadTest):
     def test_ctrl_c_says_that_the_service_goes_on(self):
         _, err = self.interrupted("writing")
         self.assertTrue(err.endswith(GOES_ON), err)
+
+    def test_ctrl_c_tells_a_program_the_same(self):
+        out, _ = self.interrupted("flushing", "--json")
+        result = json.loads(out)
+        assert_in_form(result)
+        self.assertEqual((result["status"], result["disk"], result["problem"]),
+                         (130, "sdzz", GOES_ON.removeprefix("kestravctl: ").rstrip("\n")))
 
     def test_ctrl_c_before_anybody_has_agreed_gives_the_request_up(self):
         _, err = self.interrupted("asking")
