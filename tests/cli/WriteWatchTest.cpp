@@ -101,6 +101,15 @@ TEST_F(TheWatch, ShowsHowTheWriteGoesOnAndNoOther) {
     EXPECT_EQ(watch.state(), std::nullopt);
 }
 
+TEST_F(TheWatch, TakesTheWriteBeforeForNoPartOfThisOne) {
+    WriteWatch watch(answers_, {}, board());
+    post("done", 1000, R"(,"verdict":"wrote")", ::getpid(), 1000);
+    ask(watch);
+    EXPECT_EQ(watch.state()->phase, WritePhase::asking);
+    watch.unanswered({Unanswered::Why::noReplyInTime, ""});
+    EXPECT_EQ(watch.follow(), WriteWatch::End::unknown);
+}
+
 TEST_F(TheWatch, LeavesTheWriteOfSomebodyElseAlone) {
     WriteWatch watch(answers_, {}, board());
     watch.asked("dd", Texts{"if=/a", "of=/dev/rsdzz", "seek=77", "bs=512"});
