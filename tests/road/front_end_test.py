@@ -129,7 +129,7 @@ class FrontEnd(RoadTest):
     def test_read_without_an_accessory(self):
         result = self.kestravctl("read", 0, 1, plugged=False)
         self.assertEqual((result.returncode, result.stdout), (1, b""))
-        self.assert_reported(result, "Device not ready yet!")
+        self.assert_reported(result, "No accessory (USB 10d6:fd01) is attached. Plug it in and try again.")
 
     def test_read_onto_a_full_disk(self):
         with open("/dev/full", "wb") as full:
