@@ -66,7 +66,9 @@ Soak soak(const std::string& way, pid_t service, std::size_t exchanges,
     for (int tenth = 1; tenth <= 10; ++tenth) {
         result.failures += exchange(exchanges / 10);
         result.atEnd = Footprint::ofIdle(service, result.atStart.descriptors);
-        if (tenth <= 5) result.grown = std::max(result.grown, result.atEnd.kibibytes);
+        const std::uint64_t now = result.atEnd.kibibytes;
+        if (tenth <= 5) result.grown = std::max(result.grown, now);
+        if (tenth > 5) result.later = tenth == 6 ? now : std::min(result.later, now);
         const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - begun;
         std::cout << way << ", after " << exchanges / 10 * static_cast<std::size_t>(tenth) << " exchanges and "
                   << static_cast<int>(taken.count()) << " s: " << result.atEnd.text() << std::endl;

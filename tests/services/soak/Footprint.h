@@ -25,6 +25,7 @@ struct Footprint {
 struct Soak {
     Footprint atStart;
     std::uint64_t grown = 0;  ///< the most KiB in the first half, after which the allocator has what it needs
+    std::uint64_t later = 0;  ///< the least in the second half: a page more or less at a moment is no growth
     Footprint atEnd;
     std::size_t failures = 0;  ///< exchanges that went wrong
 };
