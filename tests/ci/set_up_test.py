@@ -44,7 +44,7 @@ class SetUp(unittest.TestCase):
 
     def test_only_the_steps_that_run_the_cases_ask_for_a_display(self):
         having = {step for step in STEPS if "xvfb" in self.asked_for(step)}
-        self.assertEqual(having, {"release", "sanitizers", "e2e", "quick"})
+        self.assertEqual(having, {"release", "sanitizers", "e2e", "quick", "soak"})
 
     def test_only_the_emulated_computer_asks_for_an_emulator(self):
         self.assertEqual({step for step in STEPS if "qemu-system-x86" in self.asked_for(step)}, {"e2e"})

@@ -508,7 +508,7 @@ TEST_F(CommandsOfAUser, ThatHaveWaitedLongestGiveWayToAUserWhoHasFewer) {
     start();
     // Stopped, polkitd answers nobody, so every question stays open.
     daemons_.stopPolkitd();
-    const auto waitFor = [this](const std::function<bool()>& condition) {
+    const auto waitFor = [](const std::function<bool()>& condition) {
         for (int i = 0; i < 3000 && !condition(); ++i)
             std::this_thread::sleep_for(10ms);
         return condition();
