@@ -15,11 +15,18 @@ namespace {
 // Asking again does no harm, and an answer in two pieces is a matter of chance.
 constexpr int kTries = 3;
 
+/// Whether the last answer may be the first piece of one.
+bool isShorterThan(std::int64_t count, const ServiceAnswers::Exchange* last) {
+    const auto* given = last != nullptr ? std::get_if<ServiceAnswers::Given>(&last->end) : nullptr;
+    return given != nullptr && std::ssize(given->bytes) < count * kBlockBytes;
+}
+
 UpdateResult pulled(const UpdateResult& asked, std::int64_t block, std::int64_t count, const CommandParts& parts) {
     for (int left = kTries;; --left) {
         parts.device.pullDevice(block, count);
         UpdateResult end = endOfRequest(asked, parts);
-        if (end.status != ExitCode::nobodyKnows || left == 1) return end;
+        const bool mayBeHalf = end.status == ExitCode::nobodyKnows && isShorterThan(count, parts.answers.last());
+        if (!mayBeHalf || left == 1) return end;
     }
 }
 
