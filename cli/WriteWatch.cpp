@@ -125,14 +125,14 @@ std::optional<WriteState> WriteWatch::counted() const {
     return WriteState{asked_.disk, WritePhase::writing, std::min(done, of), of};
 }
 
-WriteWatch::End WriteWatch::follow() {
-    const End end = untilItsEnd();
+WriteWatch::End WriteWatch::follow(const std::function<void()>& waits) {
+    const End end = untilItsEnd(waits);
     stop();
     return end;
 }
 
-WriteWatch::End WriteWatch::untilItsEnd() {
-    for (;; std::this_thread::sleep_for(kPause)) {
+WriteWatch::End WriteWatch::untilItsEnd(const std::function<void()>& waits) {
+    for (bool isWaiting = false;; std::this_thread::sleep_for(kPause)) {
         std::unique_lock lock(mutex_);
         isUnderWay_ = true;
         auto entry = this->entry();
@@ -148,6 +148,7 @@ WriteWatch::End WriteWatch::untilItsEnd() {
         if (isGone) return End::died;
         const WriteState state = measured(*entry);
         lock.unlock();
+        if (!std::exchange(isWaiting, true)) waits();
         if (show_) show_(state);
     }
 }

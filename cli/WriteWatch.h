@@ -49,8 +49,9 @@ class WriteWatch final : public AnswerSink {
     /// How far the write has come that is under way; nothing when none is. May be asked on any thread.
     std::optional<WriteState> state();
 
-    /// Waits for the end of the write that was asked for last, as long as the board says that it goes on.
-    End follow();
+    /// Waits for the end of the write that was asked for last, as long as the board says that it goes on. `waits` is
+    /// called once, where there is something to wait for.
+    End follow(const std::function<void()>& waits);
 
     void asked(std::string_view command, std::span<const std::string> arguments) override;
     void answered(std::string_view bytes) override;
@@ -69,7 +70,7 @@ class WriteWatch final : public AnswerSink {
     std::optional<BoardEntry> entry() const;
     WriteState measured(const BoardEntry& entry);
     std::optional<WriteState> counted() const;
-    End untilItsEnd();
+    End untilItsEnd(const std::function<void()>& waits);
     void look();
     void stop();
 

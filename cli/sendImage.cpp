@@ -47,8 +47,10 @@ UpdateResult cannotBeSent(const Problem& problem) {
 
 /// What the board tells of a write whose answer did not come.
 UpdateResult followed(const UpdateResult& silent, const SendOptions& options, const CommandParts& parts) {
-    if (!options.quiet) complain(parts.console, "No answer has come. What the service's board says is waited for.");
-    switch (parts.watch.follow()) {
+    const auto tell = [&] {
+        if (!options.quiet) complain(parts.console, "No answer has come. What the service's board says is waited for.");
+    };
+    switch (parts.watch.follow(tell)) {
         case WriteWatch::End::wrote:
             return silent.endedWith(ExitCode::success, "The image is on " + silent.disk +
                                                            ": the service's board says that it was written and "

@@ -1,5 +1,6 @@
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <gtest/gtest.h>
 #include <mutex>
 #include <thread>
@@ -66,6 +67,8 @@ class TheWatch : public testing::Test {
     BoardReader board() const { return BoardReader(std::vector{folder_.path()}); }
 
     ServiceAnswers answers_;
+    int waited_ = 0;
+    const std::function<void()> waits_ = [this] { ++waited_; };
 
   private:
     TemporaryFolder folder_;
@@ -107,7 +110,7 @@ TEST_F(TheWatch, TakesTheWriteBeforeForNoPartOfThisOne) {
     ask(watch);
     EXPECT_EQ(watch.state()->phase, WritePhase::asking);
     watch.unanswered({Unanswered::Why::noReplyInTime, ""});
-    EXPECT_EQ(watch.follow(), WriteWatch::End::unknown);
+    EXPECT_EQ(watch.follow(waits_), WriteWatch::End::unknown);
 }
 
 TEST_F(TheWatch, LeavesTheWriteOfSomebodyElseAlone) {
@@ -116,7 +119,7 @@ TEST_F(TheWatch, LeavesTheWriteOfSomebodyElseAlone) {
     post("writing", 400);
     EXPECT_EQ(watch.state()->phase, WritePhase::asking);
     watch.unanswered({Unanswered::Why::noReplyInTime, ""});
-    EXPECT_EQ(watch.follow(), WriteWatch::End::unknown);
+    EXPECT_EQ(watch.follow(waits_), WriteWatch::End::unknown);
 }
 
 TEST_F(TheWatch, WatchesNoUnmounting) {
@@ -140,8 +143,10 @@ TEST_F(TheWatch, FollowsAWriteWithoutAnAnswerToItsEnd) {
             comes([&] { return shown().size() > before; });
             post("done", 1000, R"(,"verdict":")" + std::string(verdict) + "\"", ::getpid(), begun);
         });
-        EXPECT_EQ(watch.follow(), end) << verdict;
+        waited_ = 0;
+        EXPECT_EQ(watch.follow(waits_), end) << verdict;
         service.join();
+        EXPECT_EQ(waited_, 1);
         EXPECT_EQ(shown().back().phase, WritePhase::checking);
         EXPECT_EQ(watch.state(), std::nullopt);
     }
@@ -152,16 +157,17 @@ TEST_F(TheWatch, KnowsWhenWhoWroteIsGone) {
     ask(watch);
     watch.unanswered({Unanswered::Why::closedWithoutAReply, ""});
     post("writing", 500, "", endedProcess());
-    EXPECT_EQ(watch.follow(), WriteWatch::End::died);
+    EXPECT_EQ(watch.follow(waits_), WriteWatch::End::died);
     post("done", 1000, R"(,"verdict":"wrote")", endedProcess());
-    EXPECT_EQ(watch.follow(), WriteWatch::End::wrote);
+    EXPECT_EQ(watch.follow(waits_), WriteWatch::End::wrote);
 }
 
 TEST_F(TheWatch, KnowsNothingWithoutABoard) {
     WriteWatch watch(answers_, {}, board());
     ask(watch);
     watch.unanswered({Unanswered::Why::noReplyInTime, ""});
-    EXPECT_EQ(watch.follow(), WriteWatch::End::unknown);
+    EXPECT_EQ(watch.follow(waits_), WriteWatch::End::unknown);
+    EXPECT_EQ(waited_, 0) << "there is nothing to wait for";
 }
 
 TEST_F(TheWatch, CountsWithTheKernelWhereThereIsNoBoard) {
