@@ -69,7 +69,7 @@ TreeListNode* TreeListNode::own(Tree& list, std::size_t more) {
 TreeListNode* TreeListNode::makeBased(TreeListNode* base) {
     const std::size_t words = wordsOfBits(base->size);
     const std::size_t bytes =
-        sizeof(TreeListNode) + base->size * sizeof(Tree) + sizeof(TreeListNode*) + words * sizeof(std::uint64_t);
+        sizeof(TreeListNode) + base->size * sizeof(Tree) + sizeof(void*) + words * sizeof(std::uint64_t);
     auto* node = new (::operator new(bytes)) TreeListNode();
     node->size = node->capacity = base->size;
     for (std::size_t at = 0; at < base->size; ++at)

@@ -107,7 +107,7 @@ TreeMapNode* TreeMapNode::own(Tree& map, std::size_t more) {
 Tree* TreeMapNode::findAmongMany(const TreeKey& wanted) noexcept {
     const std::size_t slots = slotCount(capacity);
     if (slots == 0) {
-        for (Tree* part = parts(); part != parts() + 2 * size; part += 2)
+        for (Tree* part = parts(); part != parts() + std::size_t{2} * size; part += 2)
             if (wanted.names(*part)) return part + 1;
         return nullptr;
     }
@@ -185,7 +185,7 @@ void TreeMapNode::leave(std::size_t position) noexcept {
 
 void TreeMapNode::remove(std::size_t position) noexcept {
     leave(position);
-    std::move(parts() + 2 * position + 2, parts() + 2 * size, parts() + 2 * position);
+    std::move(parts() + 2 * position + 2, parts() + std::size_t{2} * size, parts() + 2 * position);
     --size;
     key(size).~Tree();
     value(size).~Tree();

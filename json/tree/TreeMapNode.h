@@ -32,7 +32,7 @@ struct TreeMapNode : TreeContainerNode {
     /// takes a handful of comparisons.
     Tree* find(const TreeKey& wanted) noexcept {
         if (capacity > kUnindexed || !TreeNodes::isShortText(wanted.words)) return findAmongMany(wanted);
-        for (Tree* part = parts(); part != parts() + 2 * size; part += 2) {
+        for (Tree* part = parts(); part != parts() + std::size_t{2} * size; part += 2) {
             const TreeWords words = TreeNodes::words(*part);
             if (words.meta == wanted.words.meta && words.payload == wanted.words.payload) return part + 1;
         }

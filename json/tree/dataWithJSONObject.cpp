@@ -24,7 +24,7 @@ Level levelOf(const Tree& container) {
     if (container.isMap()) {
         auto* node = TreeNodes::node<TreeMapNode>(container);
         if (node == nullptr) return {nullptr, nullptr, true};
-        return {node->parts(), node->parts() + 2 * node->size, true};
+        return {node->parts(), node->parts() + std::size_t{2} * node->size, true};
     }
     auto* node = TreeNodes::node<TreeListNode>(container);
     if (node == nullptr) return {nullptr, nullptr, false};

@@ -36,7 +36,7 @@ Tree shallowCopy(TreeNodes::Form form, TreeNode* node) {
 std::span<Tree> partsOf(const Tree& container) {
     if (container.isMap()) {
         auto* map = TreeNodes::node<TreeMapNode>(container);
-        return {map->parts(), 2 * map->size};
+        return {map->parts(), std::size_t{2} * map->size};
     }
     auto* list = TreeNodes::node<TreeListNode>(container);
     return {list->elements(), list->size};

@@ -30,7 +30,7 @@ class Asker {
     virtual void tellDecision(const Outcome<void>&) {}
     /// `handler` is called when the asker is answered before a person has decided, and the question goes on without
     /// the request.
-    virtual void whenAnswered(std::function<void()>) {}
+    virtual void whenAnswered(const std::function<void()>&) {}
     /// Whether the answer is still wanted; asked again and again while a person thinks about it.
     virtual bool stillWants() = 0;
     /// Asked once, at the last moment at which nothing has happened yet. May wait. After `false` nothing happens.

@@ -31,7 +31,7 @@ class AskerOfJob final : public Asker {
     bool mayBePrompted() const override { return asker_.mayBePrompted(); }
     Outcome<void> awaitTurn(const ConsentSubject& subject) override;
     void tellDecision(const Outcome<void>& decision) override;
-    void whenAnswered(std::function<void()> handler) override { whenAnswered_ = std::move(handler); }
+    void whenAnswered(const std::function<void()>& handler) override { whenAnswered_ = handler; }
     bool stillWants() override;
     bool mayBegin() override;
 

@@ -58,7 +58,7 @@ class Several(RoadTest):
                    'rm -r "$UMOCKDEV_DIR"/sys/devices/pci0000:00/0000:00:14.0/usb1/1-2/1-2.6')
         result = self.together("firmware", "--all", "--json", self.image(70000), before=trouble)
         self.assertEqual(result.returncode, 4, result.stdout + result.stderr)
-        self.assertEqual(self.written(), "aceghijklmnopqrst")
+        self.assertEqual(self.written(), "aceghijklmnopqrst", result.stdout + result.stderr)
         told = json.loads(result.stdout)
         self.assertEqual(told["status"], 4)
         self.assertEqual({end["disk"]: end["status"] for end in told["accessories"] if end["status"] != 0},

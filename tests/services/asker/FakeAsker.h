@@ -37,7 +37,7 @@ class FakeAsker final : public Asker {
     Outcome<void> awaitTurn(const ConsentSubject&) override {
         return notItsTurn ? Outcome<void>(*notItsTurn) : Outcome<void>();
     }
-    void whenAnswered(std::function<void()> handler) override { answered = std::move(handler); }
+    void whenAnswered(const std::function<void()>& handler) override { answered = handler; }
     void tellDecision(const Outcome<void>& told) override { decision = static_cast<bool>(told); }
     bool stillWants() override { return wants; }
     bool mayBegin() override { return begins; }
