@@ -4,8 +4,8 @@
 #include <iterator>
 #include <utility>
 
-#include "cli/attachedAccessories.h"
 #include "device/DiskNodes.h"
+#include "device/attachedAccessories.h"
 
 namespace kestrav {
 namespace {

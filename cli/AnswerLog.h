@@ -6,8 +6,8 @@
 #include <utility>
 
 #include "base/SystemLog.h"
-#include "cli/ServiceAnswers.h"
 #include "command/AnswerSink.h"
+#include "outcome/ServiceAnswers.h"
 
 namespace kestrav {
 

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "base/utf8.h"
-#include "cli/attachedAccessories.h"
+#include "device/attachedAccessories.h"
 #include "device/repairedDeviceName.h"
 #include "protocol/accessory.h"
 

@@ -7,10 +7,10 @@
 #include <sstream>
 
 #include "base/shownText.h"
-#include "cli/attachedAccessories.h"
 #include "cli/complain.h"
 #include "cli/resultObject.h"
 #include "cli/textTable.h"
+#include "device/attachedAccessories.h"
 #include "json/tree/Tree.h"
 #include "json/tree/dataWithJSONObject.h"
 #include "protocol/accessory.h"

@@ -7,11 +7,11 @@
 #include "cli/Backends.h"
 #include "cli/ChosenDevices.h"
 #include "cli/CommandParts.h"
-#include "cli/ServiceAnswers.h"
 #include "cli/TransferMeter.h"
-#include "cli/WatchedRegistry.h"
-#include "cli/WriteWatch.h"
 #include "device/KestravDevice.h"
+#include "device/WatchedRegistry.h"
+#include "outcome/ServiceAnswers.h"
+#include "outcome/WriteWatch.h"
 
 namespace kestrav {
 

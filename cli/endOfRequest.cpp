@@ -1,10 +1,10 @@
 #include "cli/endOfRequest.h"
 
 #include "cli/ChosenDevices.h"
-#include "cli/ServiceAnswers.h"
-#include "cli/WatchedRegistry.h"
-#include "cli/judgeExchange.h"
+#include "cli/resultOfExchange.h"
 #include "device/KestravDevice.h"
+#include "device/WatchedRegistry.h"
+#include "outcome/ServiceAnswers.h"
 
 namespace kestrav {
 
@@ -24,7 +24,7 @@ UpdateResult endOfRequest(UpdateResult asked, const CommandParts& parts) {
     }
     const ServiceAnswers::Exchange* last = parts.answers.last();
     if (last == nullptr) return asked.endedWith(ExitCode::failure, "Nothing was handed over.");
-    UpdateResult end = judgeExchange(*last, asked);
+    UpdateResult end = resultOfExchange(*last, asked);
     if (hasDisk(device) || end.status != ExitCode::wentWrong) return end;
     return end.endedWith(ExitCode::wentWrong, "The accessory has no disk yet, so nothing was done.",
                          "Wait some seconds and try again; if that does not help, plug it in once more.");

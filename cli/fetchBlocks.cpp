@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <string>
 
-#include "cli/ServiceAnswers.h"
 #include "cli/endOfRequest.h"
 #include "device/KestravDevice.h"
+#include "outcome/ServiceAnswers.h"
 #include "protocol/accessory.h"
 #include "protocol/wire.h"
 

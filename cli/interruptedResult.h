@@ -1,7 +1,7 @@
 #pragma once
 
 #include "cli/UpdateResult.h"
-#include "cli/WriteState.h"
+#include "outcome/WriteState.h"
 
 namespace kestrav {
 

@@ -4,13 +4,13 @@
 #include "cli/Backends.h"
 #include "cli/ChosenDevices.h"
 #include "cli/OrdinaryFile.h"
-#include "cli/ServiceAnswers.h"
 #include "cli/compareDigest.h"
 #include "cli/complain.h"
 #include "cli/endOfRequest.h"
 #include "cli/warningsAbout.h"
 #include "command/CommandService.h"
 #include "device/KestravDevice.h"
+#include "outcome/ServiceAnswers.h"
 #include "protocol/accessory.h"
 
 namespace kestrav {

@@ -18,11 +18,12 @@
 #include "cli/LogBesideProgress.h"
 #include "cli/ProgressLine.h"
 #include "cli/WatchedEngine.h"
-#include "cli/WriteWatch.h"
 #include "cli/carryOut.h"
 #include "cli/carryOutHelper.h"
 #include "cli/examine.h"
 #include "cli/interruptedResult.h"
+#include "cli/progressObject.h"
+#include "cli/progressWords.h"
 #include "cli/tellResult.h"
 #include "command/HelperInstallation.h"
 #include "command/linux/HelperPresence.h"
@@ -34,6 +35,7 @@
 #include "device/linux/MountinfoVolumes.h"
 #include "device/linux/PosixDiskCalls.h"
 #include "device/linux/UdevDeviceRegistry.h"
+#include "outcome/WriteWatch.h"
 #include "protocol/names.h"
 
 namespace {

@@ -4,9 +4,7 @@
 
 #include "base/stopProcess.h"
 #include "cli/OrdinaryFile.h"
-#include "cli/ServiceAnswers.h"
 #include "cli/TransferMeter.h"
-#include "cli/WriteWatch.h"
 #include "cli/backUp.h"
 #include "cli/complain.h"
 #include "cli/endOfRequest.h"
@@ -14,6 +12,8 @@
 #include "cli/verifyImage.h"
 #include "device/KestravDevice.h"
 #include "device/countReadableBytes.h"
+#include "outcome/ServiceAnswers.h"
+#include "outcome/WriteWatch.h"
 #include "protocol/accessory.h"
 
 namespace kestrav {

@@ -17,7 +17,7 @@
 #include "cli/FleetReport.h"
 #include "cli/WatchedEngine.h"
 #include "cli/WorkQueue.h"
-#include "cli/attachedAccessories.h"
+#include "device/attachedAccessories.h"
 
 namespace kestrav {
 namespace {

@@ -14,7 +14,7 @@ import re
 import sys
 from pathlib import Path
 
-ROOMS = ("protocol", "base", "json", "socket", "command", "device", "app", "cli", "services")
+ROOMS = ("protocol", "base", "json", "socket", "command", "outcome", "device", "app", "cli", "services")
 
 # Headers of several things that are only ever wanted together, with the reason.
 GROUPS = {

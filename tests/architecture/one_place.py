@@ -10,7 +10,7 @@ import re
 import sys
 from pathlib import Path
 
-ROOMS = ("base", "json", "socket", "command", "device", "app", "cli", "services")
+ROOMS = ("base", "json", "socket", "command", "outcome", "device", "app", "cli", "services")
 
 # What must not be written outside of protocol/, and what to write instead.
 VALUES = {

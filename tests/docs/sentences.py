@@ -4,7 +4,7 @@ import re
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[2]
-FOLDERS = ("app", "base", "cli", "command", "device", "services", "socket")
+FOLDERS = ("app", "base", "cli", "command", "device", "outcome", "services", "socket")
 
 # What says something to a person: refusals, failures, log lines, alerts, and the functions that put them together.
 SAYS = re.compile(r"""\b(?:refused|failed|cannot|refuse|complain|wrongCall|log|log_\.write|log\.write|write|systemProblem

@@ -1,4 +1,4 @@
-#include "cli/attachedAccessories.h"
+#include "device/attachedAccessories.h"
 
 #include <algorithm>
 #include <charconv>

@@ -1,4 +1,4 @@
-#include "cli/WriteWatch.h"
+#include "outcome/WriteWatch.h"
 
 #include <algorithm>
 #include <charconv>
@@ -6,7 +6,7 @@
 #include <unistd.h>
 #include <utility>
 
-#include "cli/writtenSectors.h"
+#include "outcome/writtenSectors.h"
 #include "protocol/accessory.h"
 
 namespace kestrav {

@@ -1,7 +1,6 @@
-#include "cli/WriteState.h"
+#include "cli/progressWords.h"
 
 #include "base/stopProcess.h"
-#include "json/tree/dataWithJSONObject.h"
 
 namespace kestrav {
 namespace {
@@ -41,16 +40,6 @@ std::string progressWords(const WriteState& state) {
             return "Checking" + share(state) + speed(state) + kStayPlugged;
     }
     stopProcess();
-}
-
-std::string progressObject(const WriteState& state) {
-    Tree object = Tree::map();
-    object.setMember("disk", Tree(state.disk));
-    object.setMember("phase", Tree(kWritePhaseWords.at(static_cast<std::size_t>(state.phase))));
-    object.setMember("done", Tree(state.done));
-    object.setMember("of", Tree(state.of));
-    object.setMember("bytesPerSecond", Tree(state.bytesASecond));
-    return dataWithJSONObject(object);
 }
 
 }  // namespace kestrav

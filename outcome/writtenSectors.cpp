@@ -1,4 +1,4 @@
-#include "cli/writtenSectors.h"
+#include "outcome/writtenSectors.h"
 
 #include <fstream>
 #include <string>

@@ -2,7 +2,7 @@
 #include <string>
 #include <vector>
 
-#include "cli/judgeExchange.h"
+#include "cli/resultOfExchange.h"
 
 namespace kestrav {
 namespace {
@@ -35,14 +35,14 @@ struct AnsweredRow {
     std::string lastLine;
 };
 
-class JudgeAnswer : public testing::TestWithParam<AnsweredRow> {};
+class ResultOfAnswer : public testing::TestWithParam<AnsweredRow> {};
 
-TEST_P(JudgeAnswer, SaysWhatItMeansAndWhatToDo) {
+TEST_P(ResultOfAnswer, SaysWhatItMeansAndWhatToDo) {
     const AnsweredRow& row = GetParam();
     ServiceAnswers answers;
     ask(answers, row.question);
     answers.answered(row.answer);
-    const UpdateResult result = judgeExchange(*answers.last(), asked(row.question));
+    const UpdateResult result = resultOfExchange(*answers.last(), asked(row.question));
     EXPECT_EQ(result.status, row.status);
     EXPECT_EQ(result.lastLine(), row.lastLine);
     EXPECT_EQ(result.verified, row.question == Question::write && row.status == ExitCode::success);
@@ -60,7 +60,7 @@ const std::string kAnother =
     "The answer is about another write, so nobody knows what the accessory holds. Send the image again.";
 
 INSTANTIATE_TEST_SUITE_P(
-    Rows, JudgeAnswer,
+    Rows, ResultOfAnswer,
     testing::Values(
         AnsweredRow{"Verified", Question::write, "Wrote 1000 bytes to sdzz at block 1536, verified, 11.3 MB/s.",
                     ExitCode::success, "The image is on sdzz: 1000 bytes from block 1536 on, read back and equal."},
@@ -107,15 +107,15 @@ struct UnansweredRow {
     std::string ofARead;
 };
 
-class JudgeSilence : public testing::TestWithParam<UnansweredRow> {};
+class ResultOfSilence : public testing::TestWithParam<UnansweredRow> {};
 
-TEST_P(JudgeSilence, SaysWhatItMeansAndWhatToDo) {
+TEST_P(ResultOfSilence, SaysWhatItMeansAndWhatToDo) {
     const UnansweredRow& row = GetParam();
     for (const Question question : {Question::write, Question::read}) {
         ServiceAnswers answers;
         ask(answers, question);
         answers.unanswered({row.why, "It is somebody else."});
-        const UpdateResult result = judgeExchange(*answers.last(), asked(question));
+        const UpdateResult result = resultOfExchange(*answers.last(), asked(question));
         EXPECT_EQ(result.status, row.status);
         EXPECT_EQ(result.lastLine(), question == Question::write ? row.lastLine : row.ofARead);
         EXPECT_FALSE(result.verified);
@@ -132,7 +132,7 @@ const std::string kSomebodyElse = "It is somebody else. 'ss -tlnpe sport = :9090
 using Why = Unanswered::Why;
 
 INSTANTIATE_TEST_SUITE_P(
-    Rows, JudgeSilence,
+    Rows, ResultOfSilence,
     testing::Values(
         UnansweredRow{"HostNotFound", Why::hostNotFound, ExitCode::failure, kUnreachable, kUnreachable},
         UnansweredRow{"ConnectingFailed", Why::connectingFailed, ExitCode::failure, kUnreachable, kUnreachable},
@@ -150,13 +150,13 @@ INSTANTIATE_TEST_SUITE_P(
         UnansweredRow{"NotTheService", Why::notTheService, ExitCode::nobodyKnows, kSomebodyElse, kSomebodyElse}),
     [](const auto& row) { return row.param.name; });
 
-TEST(JudgeAnswer, KeepsItWhenItIsText) {
+TEST(ResultOfAnswer, KeepsItWhenItIsText) {
     ServiceAnswers answers;
     ask(answers, Question::write);
     answers.answered("Refused: no.");
-    EXPECT_EQ(judgeExchange(*answers.last(), asked(Question::write)).answer, "Refused: no.");
+    EXPECT_EQ(resultOfExchange(*answers.last(), asked(Question::write)).answer, "Refused: no.");
     answers.answered("\xff");
-    EXPECT_EQ(judgeExchange(*answers.last(), asked(Question::write)).answer, "");
+    EXPECT_EQ(resultOfExchange(*answers.last(), asked(Question::write)).answer, "");
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "cli/ServiceAnswers.h"
+#include "outcome/ServiceAnswers.h"
 
 #include "base/utf8.h"
 

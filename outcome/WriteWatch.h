@@ -10,10 +10,10 @@
 #include <string>
 #include <thread>
 
-#include "cli/ServiceAnswers.h"
-#include "cli/WriteState.h"
 #include "command/AnswerSink.h"
 #include "command/BoardReader.h"
+#include "outcome/ServiceAnswers.h"
+#include "outcome/WriteState.h"
 
 namespace kestrav {
 

@@ -2,7 +2,7 @@
 #include <string>
 #include <vector>
 
-#include "cli/ServiceAnswers.h"
+#include "outcome/ServiceAnswers.h"
 
 namespace kestrav {
 namespace {

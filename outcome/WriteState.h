@@ -18,10 +18,4 @@ struct WriteState {
     bool operator==(const WriteState&) const = default;
 };
 
-/// For one line on a terminal; empty where there is nothing to be said.
-std::string progressWords(const WriteState& state);
-
-/// For programs: one JSON object without a line's end. docs/kestravctl.schema.json describes it.
-std::string progressObject(const WriteState& state);
-
 }  // namespace kestrav
