@@ -6,8 +6,8 @@
 
 namespace kestrav {
 
-/// The text of the window's log, which only grows. May be used on any thread: a call returns when the text has changed,
-/// or has been shown, on the main one.
+/// The text of the window's log, which only grows. May be used on any thread: a call returns when the text has changed
+/// on the main one, which shows it then or a moment later.
 class LogText {
   public:
     virtual ~LogText() = default;
@@ -19,7 +19,7 @@ class LogText {
     /// log can't be read any more.
     [[nodiscard]] virtual bool append(std::string_view text) = 0;
 
-    /// Brings the newest line into view and paints it.
+    /// Brings the newest line into view.
     virtual void scrollToEndOfDocument() = 0;
 };
 

@@ -10,6 +10,7 @@
 #include <QShortcut>
 #include <QTextBlock>
 #include <algorithm>
+#include <chrono>
 #include <memory>
 
 #include "base/shownText.h"
@@ -17,7 +18,12 @@
 namespace kestrav {
 namespace {
 
+using namespace std::chrono_literals;
+
 constexpr std::string_view kLineEnd = "\r\n";
+
+/// A screen shows sixty pictures a second. Painting costs more than everything else about a line.
+constexpr std::chrono::milliseconds kBetweenPaintings = 16ms;
 
 QString fromUtf8(std::string_view text) {
     return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
@@ -51,9 +57,13 @@ LogTextEdit::LogTextEdit(QWidget* parent) : QPlainTextEdit(parent) {
     setTabChangesFocus(true);
     const auto* save = new QShortcut(QKeySequence::Save, this, nullptr, nullptr, Qt::WidgetShortcut);
     connect(save, &QShortcut::activated, this, &LogTextEdit::saveAs);
+    nextPainting_.setSingleShot(true);
+    nextPainting_.setTimerType(Qt::PreciseTimer);
+    connect(&nextPainting_, &QTimer::timeout, this, &LogTextEdit::paintNow);
 }
 
 void LogTextEdit::append(std::string_view text) {
+    paintSoon();
     QTextCursor end(document());
     end.movePosition(QTextCursor::End);
     end.beginEditBlock();
@@ -73,9 +83,27 @@ void LogTextEdit::append(std::string_view text) {
 }
 
 void LogTextEdit::scrollToEnd() {
+    paintSoon();
     verticalScrollBar()->setValue(verticalScrollBar()->maximum());
-    // Painted at once instead of by the event loop, because the engine's thread waits until the line is on the screen.
+    if (untilPainting() == 0ms) paintNow();
+}
+
+std::chrono::milliseconds LogTextEdit::untilPainting() const {
+    if (!sincePainted_.isValid()) return 0ms;
+    return std::max(0ms, kBetweenPaintings - std::chrono::milliseconds(sincePainted_.elapsed()));
+}
+
+/// Keeps back what the text's own changes ask for: a painting each.
+void LogTextEdit::paintSoon() {
+    viewport()->setUpdatesEnabled(false);
+    if (!nextPainting_.isActive()) nextPainting_.start(untilPainting());
+}
+
+void LogTextEdit::paintNow() {
+    nextPainting_.stop();
+    viewport()->setUpdatesEnabled(true);
     viewport()->repaint();
+    sincePainted_.start();
 }
 
 void LogTextEdit::saveAs() {

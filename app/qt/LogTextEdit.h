@@ -1,6 +1,9 @@
 #pragma once
 
+#include <QElapsedTimer>
 #include <QPlainTextEdit>
+#include <QTimer>
+#include <chrono>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -12,6 +15,9 @@ namespace kestrav {
 /// The content is kept byte for byte. What is shown differs from it in characters that mislead alone, which have
 /// pictures instead, so that no text from outside can pretend to be lines of its own, or to read otherwise. Copying and
 /// saving give the content.
+///
+/// A line is there for everybody who asks as soon as it is appended. It is painted at once if nothing was for a moment;
+/// the lines that follow faster than a screen changes are painted together.
 class LogTextEdit final : public QPlainTextEdit {
   public:
     explicit LogTextEdit(QWidget* parent = nullptr);
@@ -19,6 +25,7 @@ class LogTextEdit final : public QPlainTextEdit {
     const std::string& content() const { return content_; }
     /// Costs what `text` costs. A line ends at "\r\n".
     void append(std::string_view text);
+    /// Brings the newest line into view, and paints it now or, from the event loop, a moment later.
     void scrollToEnd();
 
     /// Asks for a file's name and writes the content into it.
@@ -32,9 +39,14 @@ class LogTextEdit final : public QPlainTextEdit {
 
   private:
     QString lineText(int line) const;
+    std::chrono::milliseconds untilPainting() const;
+    void paintSoon();
+    void paintNow();
 
     std::string content_;
     std::vector<std::size_t> lineStarts_{0};  ///< where each shown line begins in the content
+    QElapsedTimer sincePainted_;              ///< since lines were painted
+    QTimer nextPainting_;                     ///< runs while lines wait for being painted
 };
 
 }  // namespace kestrav
