@@ -18,6 +18,12 @@ class SetUp(unittest.TestCase):
         self.program("apt-get", 'shift $(( $# > 0 )); printf "%s\\n" "$@" >>"$ASKED_FOR"')
         self.program("sudo", 'exec "$@"')
 
+        self.known("")
+
+    def known(self, pattern):
+        """The packages that apt has; no pattern means all."""
+        self.program("apt-cache", f'case "$2" in {pattern or "*"}) echo "Package: $2" ;; esac')
+
     def program(self, name, script):
         (self.folder / name).write_text(f"#!/bin/sh\n{script}\n", encoding="utf-8")
         (self.folder / name).chmod(0o755)
@@ -34,6 +40,14 @@ class SetUp(unittest.TestCase):
     def test_asks_for_nothing_where_all_is_there(self):
         for step in STEPS:
             self.assertEqual(self.asked_for(step, "installed"), set(), step)
+
+    def test_asks_for_the_package_that_the_release_has(self):
+        self.assertEqual(self.boost(), {"libboost-json-dev"})
+        self.known("*1.81*")
+        self.assertEqual(self.boost(), {"libboost-json1.81-dev"})
+
+    def boost(self):
+        return {word for word in self.asked_for("release") if "boost" in word}
 
     def test_formatting_takes_one_package(self):
         self.assertEqual(self.asked_for("format"), {"clang-format"})
