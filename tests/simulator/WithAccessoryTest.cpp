@@ -195,6 +195,21 @@ TEST_F(WithAccessory, GivesTheSecondOfTwoAccessoriesTheImage) {
     EXPECT_EQ(bytesAt(0, 1), "B");
 }
 
+TEST_F(WithAccessory, WorksFromTheRootFolder) {
+    const std::string relative = image().substr(1);
+    const ShellRun seen("cd / && " + simulator + "/with-accessory --disk '" + relative +
+                        "' sh -c 'udevadm info -q property /dev/sdzz | grep ^DEVNAME && cmp /etc/passwd etc/passwd' 2>&1");
+    EXPECT_EQ(seen.output, "DEVNAME=/dev/sdzz\n");
+    EXPECT_EQ(seen.status, 0);
+    EXPECT_EQ(filesLeft(), 0);
+}
+
+TEST_F(WithAccessory, IsRefusedInTheFoldersThatAreSimulated) {
+    const ShellRun refused("cd /sys/class && " + simulator + "/with-accessory true 2>&1");
+    EXPECT_EQ(refused.status, 125);
+    EXPECT_THAT(refused.output, HasSubstr("start it in another folder"));
+}
+
 class WrongCall : public WithAccessory, public ::testing::WithParamInterface<std::string> {};
 
 TEST_P(WrongCall, IsRefusedInASentence) {
