@@ -197,8 +197,9 @@ TEST_F(WithAccessory, GivesTheSecondOfTwoAccessoriesTheImage) {
 
 TEST_F(WithAccessory, WorksFromTheRootFolder) {
     const std::string relative = image().substr(1);
-    const ShellRun seen("cd / && " + simulator + "/with-accessory --disk '" + relative +
-                        "' sh -c 'udevadm info -q property /dev/sdzz | grep ^DEVNAME && cmp /etc/passwd etc/passwd' 2>&1");
+    const ShellRun seen(
+        "cd / && " + simulator + "/with-accessory --disk '" + relative +
+        "' sh -c 'udevadm info -q property /dev/sdzz | grep ^DEVNAME && cmp /etc/passwd etc/passwd' 2>&1");
     EXPECT_EQ(seen.output, "DEVNAME=/dev/sdzz\n");
     EXPECT_EQ(seen.status, 0);
     EXPECT_EQ(filesLeft(), 0);
