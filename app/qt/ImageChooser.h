@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoreApplication>
 #include <QFileDialog>
 #include <QString>
 #include <QStringList>
@@ -13,6 +14,8 @@ namespace kestrav {
 /// The toolkit's own chooser, in which a folder can be chosen as well as a file of the allowed types. Opening a folder
 /// looks into it; choosing one takes a button of its own.
 class ImageChooserDialog final : public QFileDialog {
+    Q_DECLARE_TR_FUNCTIONS(ImageChooserDialog)
+
   public:
     ImageChooserDialog(QWidget* parent, QStringList types, bool withFolders);
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QPlainTextEdit>
 #include <QTimer>
@@ -19,6 +20,8 @@ namespace kestrav {
 /// A line is there for everybody who asks as soon as it is appended. It is painted at once if nothing was for a moment;
 /// the lines that follow faster than a screen changes are painted together.
 class LogTextEdit final : public QPlainTextEdit {
+    Q_DECLARE_TR_FUNCTIONS(LogTextEdit)
+
   public:
     explicit LogTextEdit(QWidget* parent = nullptr);
 

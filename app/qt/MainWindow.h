@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoreApplication>
 #include <QMainWindow>
 #include <functional>
 #include <memory>
@@ -22,6 +23,8 @@ class ViewController;
 
 /// The only window: two buttons, the log, the indicator and the newest line of the system log.
 class MainWindow final : public QMainWindow, public MainView {
+    Q_DECLARE_TR_FUNCTIONS(MainWindow)
+
   public:
     /// Brings the window up.
     MainWindow();

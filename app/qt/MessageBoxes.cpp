@@ -1,6 +1,7 @@
 #include "app/qt/MessageBoxes.h"
 
 #include <QAbstractButton>
+#include <QCoreApplication>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
@@ -26,7 +27,7 @@ void setTexts(QMessageBox& box, const std::string& text, const std::string& info
 std::int32_t MessageBoxes::runModal(const Alert& alert) {
     QMessageBox box(&window_);
     box.setIcon(QMessageBox::Warning);
-    box.setWindowTitle(QObject::tr("Kestrav"));
+    box.setWindowTitle(QCoreApplication::translate("MessageBoxes", "Kestrav"));
     setTexts(box, alert.messageText, alert.informativeText);
     QVector<QAbstractButton*> buttons;
     for (const std::string& title : alert.buttons) {
@@ -43,7 +44,7 @@ std::int32_t MessageBoxes::runModal(const Alert& alert) {
 bool MessageBoxes::presentError(const ApplicationError& error) {
     QMessageBox box(&window_);
     box.setIcon(QMessageBox::Critical);
-    box.setWindowTitle(QObject::tr("Kestrav"));
+    box.setWindowTitle(QCoreApplication::translate("MessageBoxes", "Kestrav"));
     std::string details = error.failureReason.value_or("");
     if (error.underlying) details += (details.empty() ? "" : "\n\n") + error.underlying->localizedDescription;
     setTexts(box, error.localizedDescription, details);

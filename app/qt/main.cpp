@@ -1,8 +1,6 @@
 #include <QApplication>
 #include <QIcon>
-#include <QLibraryInfo>
 #include <QStandardPaths>
-#include <QTranslator>
 #include <fontconfig/fontconfig.h>
 #include <iostream>
 #include <optional>
@@ -16,6 +14,7 @@
 #include "app/qt/ProgramResources.h"
 #include "app/qt/StatusLine.h"
 #include "app/qt/StatusLineAnswers.h"
+#include "app/qt/installTranslations.h"
 #include "base/SystemLog.h"
 #include "command/CommandService.h"
 #include "command/HelperInstallation.h"
@@ -30,21 +29,16 @@ namespace kestrav {
 namespace {
 
 /// What the desktop has to know of the program, and in which language and direction to speak.
-void introduce(QApplication& application) {
+void introduce() {
     QCoreApplication::setApplicationName(QStringLiteral("kestrav"));
     QGuiApplication::setDesktopFileName(QString::fromLatin1(kApplicationName));
     QGuiApplication::setWindowIcon(QIcon(QStringLiteral(":/kestrav-64.png")));
     QGuiApplication::setLayoutDirection(QLocale().textDirection());
-    // The translations of the texts that Qt's own dialogs bring along.
-    auto* translator = new QTranslator(&application);
-    if (translator->load(QLocale(), QStringLiteral("qtbase"), QStringLiteral("_"),
-                         QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
-        QCoreApplication::installTranslator(translator);
-    }
+    installTranslations();
 }
 
 int run(QApplication& application) {
-    introduce(application);
+    introduce();
     const ProgramResources resources;
     MainWindow window;
     SyslogSystemLog log("kestrav");
