@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <csignal>
 #include <filesystem>
 #include <iostream>
 #include <memory>
@@ -45,6 +46,18 @@ bool asksTheService(const kestrav::Invocation& invocation) {
     using namespace kestrav;
     return std::holds_alternative<UpdateInvocation>(invocation) || std::holds_alternative<PushInvocation>(invocation) ||
            std::holds_alternative<PullInvocation>(invocation) || std::holds_alternative<SaveInvocation>(invocation);
+}
+
+/// Whether an end in the middle would leave something half done, such as a disk that is unmounted and not written.
+bool changesTheDisk(const kestrav::Invocation& invocation) {
+    using namespace kestrav;
+    return sendOptionsOf(invocation) != nullptr || std::holds_alternative<WriteInvocation>(invocation);
+}
+
+/// From now on a line that nobody reads any more is lost, and the process goes on: `kestravctl ... 2>&1 | head -1`.
+/// Where data are printed it rather ends, as other programs do.
+void outliveWhoeverReads() {
+    std::signal(SIGPIPE, SIG_IGN);
 }
 
 kestrav::HelperState helperState() {
@@ -122,6 +135,7 @@ int perform(const kestrav::Invocation& invocation) {
     }
     std::optional<TextAgent> agent;
     if (asksTheService(invocation) && !noPrompt) agent.emplace();
+    if (changesTheDisk(invocation)) outliveWhoeverReads();
     const bool quiet = options != nullptr && options->quiet;
     SyslogSystemLog systemLog("kestravctl");
     QuietSystemLog quietLog;

@@ -36,8 +36,10 @@ class CommandService {
     /// `log` and `answers` are not owned and outlive this object. Without `answers` nobody listens.
     explicit CommandService(SystemLog& log, CommandEndpoint endpoint = {}, AnswerSink* answers = nullptr);
 
-    /// Has the service run `command` with `arguments`, each one element without any shell quoting, and waits for its
-    /// reply, at most `connectSeconds` + `readSeconds`. Always returns the empty text.
+    /// Has the service run `command` with `arguments`, each one element without any shell quoting. Waits at most
+    /// `connectSeconds` for the connection and at most `readSeconds` for the reply. Sending has no limit of its own: a
+    /// request goes into the connection's memory at once, but one of megabytes waits as long as its reader does.
+    /// Always returns the empty text.
     /// Stops the process when the request can't be written as JSON, that is when a text is not valid UTF-8.
     std::string runWithCommand(std::string_view command, std::span<const std::string> arguments);
 

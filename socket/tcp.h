@@ -22,8 +22,9 @@ std::int32_t tcp_read_with_timeout(std::int32_t fd, void* buffer, std::int32_t l
 /// one write fails; what went before it stays sent. A peer that is gone is such a failure and raises no SIGPIPE.
 std::int32_t tcp_write_all(std::int32_t fd, const void* buffer, std::int32_t length);
 
-/// Listens on `address`, a dotted text, with a backlog of 128. Port 0 lets the system choose.
-/// Returns the descriptor, -1 if it can't be bound, -2 if it can't listen; on failure the descriptor is not closed.
+/// Listens on `address`, a dotted text, with a backlog of 128. Port 0 lets the system choose. A text that is not
+/// dotted, a name for one, means 255.255.255.255: that succeeds on Linux, and nobody reaches it. Returns the
+/// descriptor, -1 if it can't be bound, -2 if it can't listen; on failure the descriptor is not closed.
 std::int32_t tcp_listen(const char* address, std::int32_t port);
 
 /// Takes the next connection, waiting without limit. Returns its descriptor, or -1 on failure; descriptor 0 is taken

@@ -1,6 +1,10 @@
 """Updates that succeed, and what the disk holds afterwards."""
 
-from road import BLOCK, FINISH, FIRMWARE, ICON, MIB, PRELUDE, RoadTest, content, loaded, on_disk
+import os
+import signal
+import subprocess
+
+from road import BLOCK, FINISH, FIRMWARE, ICON, MIB, PRELUDE, PROGRAMS, RoadTest, content, loaded, on_disk
 
 
 class Update(RoadTest):
@@ -54,6 +58,27 @@ class Update(RoadTest):
         self.assertEqual(result.returncode, 0)
         self.assert_only_changed(before, FIRMWARE, content(262145))
         self.assert_reported(result, "icon area")
+
+    def test_it_goes_on_when_nobody_reads_what_it_says(self):
+        self.start_service()
+        before = self.disk.read_bytes()
+        for both in (True, False):
+            with self.subTest(both=both):
+                reader, writer = os.pipe()
+                os.close(reader)
+                command = self.plugged_in([PROGRAMS / "kestravctl", "firmware", "--verify", self.image(70001 - both)])
+                ended = subprocess.run(command, stdout=writer if both else subprocess.PIPE, stderr=writer, timeout=90)
+                os.close(writer)
+                # What could not be said is told by the status alone.
+                self.assertEqual(ended.returncode, 2 if both else 0)
+                self.assert_only_changed(before, FIRMWARE, content(70001 - both))
+
+    def test_a_list_ends_when_nobody_reads_it(self):
+        reader, writer = os.pipe()
+        os.close(reader)
+        ended = self.kestravctl("list", stdout=writer)
+        os.close(writer)
+        self.assertIn(ended.returncode, (-signal.SIGPIPE, 128 + signal.SIGPIPE))
 
     def test_verification_agrees(self):
         self.start_service()
