@@ -10,8 +10,8 @@ namespace kestrav {
 /// What the socket classes have in common: an IPv4 endpoint and, while open, a descriptor. One object is one endpoint:
 /// it can be moved but not copied, and belongs to one thread at a time.
 ///
-/// Not an owner in the usual sense: the destructor does not close `fd`. Whoever opens closes, where there is a
-/// `close`; the command exchange depends on being able to leave a descriptor open.
+/// Not an owner in the usual sense: neither the destructor nor an assignment closes `fd`. Whoever opens closes, where
+/// there is a `close`; the command exchange depends on being able to leave a descriptor open.
 class Socket {
   public:
     /// An endpoint, not opened yet.
@@ -32,7 +32,13 @@ class Socket {
         : address(std::move(other.address)),
           port(other.port),
           fd(std::exchange(other.fd, std::nullopt)) {}
-    Socket& operator=(Socket&& other) = delete;
+    Socket& operator=(Socket&& other) noexcept {
+        if (this == &other) return *this;
+        address = std::move(other.address);
+        port = other.port;
+        fd = std::exchange(other.fd, std::nullopt);
+        return *this;
+    }
     // frozen: F53
     ~Socket() = default;
 };

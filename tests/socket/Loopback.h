@@ -126,6 +126,20 @@ class DescriptorLimit {
     rlimit before_{};
 };
 
+/// Descriptor 0 is free for the life of this object: the next one opened is it. Closes what has taken it by then.
+class DescriptorZeroFree {
+  public:
+    DescriptorZeroFree() : before_(::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 3)) { ::close(STDIN_FILENO); }
+    ~DescriptorZeroFree() {
+        if (before_) ::dup2(before_.get(), STDIN_FILENO);
+    }
+    DescriptorZeroFree(const DescriptorZeroFree&) = delete;
+    DescriptorZeroFree& operator=(const DescriptorZeroFree&) = delete;
+
+  private:
+    UniqueFd before_;
+};
+
 /// Every descriptor below `end` is taken for the life of this object: the next one opened is `end`.
 class DescriptorsTaken {
   public:

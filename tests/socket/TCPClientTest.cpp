@@ -202,6 +202,23 @@ TEST(TCPClient, HandsItsDescriptorOnWhenMoved) {
     other.close();
 }
 
+TEST(TCPClient, HandsItsDescriptorOverInAnAssignment) {
+    Connection connection;
+    Connection replaced;
+    const UniqueFd before(*replaced.client.fd);
+    const int fd = *connection.client.fd;
+    replaced.client = std::move(connection.client);
+    EXPECT_EQ(replaced.client.fd, fd);
+    EXPECT_FALSE(connection.client.fd);  // NOLINT(bugprone-use-after-move): that it is closed is the contract
+    EXPECT_TRUE(isOpen(before.get())) << "an assignment closes as little as the destructor does";
+    replaced.client.send("hello");
+    EXPECT_EQ(connection.received(), "hello");
+    TCPClient& itself = replaced.client;
+    replaced.client = std::move(itself);
+    EXPECT_EQ(replaced.client.fd, fd);
+    EXPECT_EQ(replaced.client.address, "127.0.0.1");
+}
+
 class TCPClientDeathTest : public ::testing::TestWithParam<std::int64_t> {};
 
 TEST_P(TCPClientDeathTest, StopsTheProcessWhenASizeOrTimeDoesNotFit) {

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <utility>
 
 #include "socket/SocketError.h"
 #include "socket/TCPServer.h"
@@ -42,6 +43,39 @@ TEST(TCPServer, RaisesUnknownErrorOnATakenPort) {
         EXPECT_EQ(exception.error(), SocketError::unknownError);
     }
     EXPECT_FALSE(server.fd);
+}
+
+TEST(TCPServer, TakesANameForTheAddressOfEverybody) {
+    TCPServer server("localhost", 0);
+    server.listen();
+    const UniqueFd owner(server.fd.value());
+    EXPECT_EQ(endpointOf(owner.get()).sin_addr.s_addr, INADDR_NONE);
+}
+
+TEST(TCPServer, TakesDescriptorZeroForAFailure) {
+    TCPServer server("127.0.0.1", 0);
+    const DescriptorZeroFree free;
+    try {
+        server.listen();
+        ADD_FAILURE() << "listened on descriptor 0";
+    } catch (const SocketException& exception) {
+        EXPECT_EQ(exception.error(), SocketError::unknownError);
+    }
+    EXPECT_TRUE(isOpen(STDIN_FILENO)) << "another descriptor was tried";
+    EXPECT_FALSE(server.fd);
+}
+
+TEST(TCPServer, HandsItsDescriptorOverInAnAssignment) {
+    TCPServer first("127.0.0.1", 0);
+    first.listen();
+    ASSERT_TRUE(first.fd);
+    const UniqueFd owner(*first.fd);
+    TCPServer second("127.0.0.9", 9);
+    second = std::move(first);
+    EXPECT_EQ(second.address, "127.0.0.1");
+    EXPECT_EQ(second.port, 0);
+    EXPECT_EQ(second.fd, owner.get());
+    EXPECT_FALSE(first.fd);  // NOLINT(bugprone-use-after-move): it is closed, and that is what is looked at
 }
 
 TEST(TCPServer, AcceptsNothingOnADescriptorThatIsNoListener) {

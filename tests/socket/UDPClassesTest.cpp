@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "socket/SocketError.h"
 #include "socket/UDPClient.h"
@@ -57,6 +58,43 @@ TEST(UDPClient, KeepsItsEndpointWhenNoSocketCanBeMade) {
     EXPECT_EQ(client.address, "127.0.0.1");
     EXPECT_EQ(client.port, 4242);
     EXPECT_FALSE(client.fd);
+}
+
+TEST(UDPClient, TakesDescriptorZeroForAFailure) {
+    const DescriptorZeroFree free;
+    const UDPClient client("127.0.0.1", 4242);
+    EXPECT_TRUE(isOpen(STDIN_FILENO)) << "another descriptor was tried";
+    EXPECT_FALSE(client.fd);
+}
+
+TEST(UDPServer, TakesDescriptorZeroForAFailure) {
+    const DescriptorZeroFree free;
+    const UDPServer server("", 0);
+    EXPECT_TRUE(isOpen(STDIN_FILENO)) << "another descriptor was tried";
+    EXPECT_FALSE(server.fd);
+}
+
+TEST(UDPClient, HandsItsDescriptorOverInAnAssignment) {
+    UDPClient first("127.0.0.1", 4242);
+    const UniqueFd owner(first.fd.value());
+    UDPClient second("127.0.0.9", 9);
+    const UniqueFd replaced(second.fd.value());
+    second = std::move(first);
+    EXPECT_EQ(second.address, "127.0.0.1");
+    EXPECT_EQ(second.port, 4242);
+    EXPECT_EQ(second.fd, owner.get());
+    EXPECT_FALSE(first.fd);  // NOLINT(bugprone-use-after-move): it is closed, and that is what is looked at
+    EXPECT_TRUE(isOpen(replaced.get())) << "an assignment closes as little as the destructor does";
+}
+
+TEST(UDPServer, HandsItsDescriptorOverInAnAssignment) {
+    UDPServer first("", 0);
+    const UniqueFd owner(first.fd.value());
+    UDPServer second("", 0);
+    const UniqueFd replaced(second.fd.value());
+    second = std::move(first);
+    EXPECT_EQ(second.fd, owner.get());
+    EXPECT_FALSE(first.fd);  // NOLINT(bugprone-use-after-move): it is closed, and that is what is looked at
 }
 
 TEST(UDPClient, SendsTextsUpToTheirFirstNulAndBytesWhole) {
