@@ -204,8 +204,9 @@ TEST(RunWithCommand, LogsARefusalAtOnce) {
     const std::size_t before = openDescriptors();
     RecordingLog log;
     const Clock::time_point start = Clock::now();
-    EXPECT_EQ(CommandService(log, patient(portOf(nobodyListens.get()))).runWithCommand("dd", Texts{"x"}), "");
-    EXPECT_LT(secondsSince(start), 5.0);
+    CommandService client(log, {.port = portOf(nobodyListens.get()), .connectSeconds = 60});
+    EXPECT_EQ(client.runWithCommand("dd", Texts{"x"}), "");
+    EXPECT_LT(secondsSince(start), 30);
     EXPECT_THAT(log.entries(), ElementsAre(StartsWith("SocketError.unknownError: ")));
     EXPECT_EQ(openDescriptors(), before);
 }
@@ -239,7 +240,7 @@ TEST(RunWithCommand, GivesUpOnAServiceThatNeverAnswersAndCloses) {
     EXPECT_EQ(CommandService(log, impatient(service.port())).runWithCommand("dd", Texts{"x"}), "");
     EXPECT_GE(secondsSince(start), 1.0);
     EXPECT_THAT(log.entries(), IsEmpty());
-    EXPECT_EQ(peerClosed.get_future().wait_for(std::chrono::seconds(5)), std::future_status::ready);
+    EXPECT_EQ(peerClosed.get_future().wait_for(std::chrono::seconds(60)), std::future_status::ready);
 }
 
 TEST(RunWithCommand, SaysNothingWhenTheServiceClosesAtOnce) {

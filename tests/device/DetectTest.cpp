@@ -104,6 +104,8 @@ INSTANTIATE_TEST_SUITE_P(Rows, DiskName,
                                            DiskRow{"TheWordInTheMiddle", "diOptional(sk3", "disk3"},
                                            // Taken out once, from front to back: what comes together by that stays.
                                            DiskRow{"TheWordInsideTheWord", "OptOptional(ional(x", "Optional(x"},
+                                           // A bracket that parts the word keeps it: brackets go last.
+                                           DiskRow{"ABracketInTheWord", "Optional)(x", "Optional(x"},
                                            DiskRow{"SeveralWords", "Optional(aOptional(Optional(b))", "ab"}),
                          [](const auto& row) { return row.param.title; });
 

@@ -191,8 +191,26 @@ void PrintTo(const Transfer& transfer, std::ostream* out) {
 
 class RawIO : public ::testing::TestWithParam<Transfer> {};
 
-TEST_P(RawIO, NeedsADisk) {
+TEST_P(RawIO, NeedsADiskAndLeavesOtherDrivesMountedWithoutOne) {
     EngineOnFakes on;
+    on.volumes.mounted = {"/media/somebody"};
+    EXPECT_FALSE(GetParam().succeeds(on.engine));
+    EXPECT_THAT(on.lines(), ElementsAre("Device not ready yet!"));
+    EXPECT_THAT(on.disks.journal, IsEmpty());
+}
+
+TEST_P(RawIO, LeavesOtherDrivesMountedWhenTheRegistryIsOutOfReach) {
+    EngineWithDisk on;
+    on.volumes.mounted = {"/media/somebody"};
+    on.registry.breakDown();
+    EXPECT_FALSE(GetParam().succeeds(on.engine));
+    EXPECT_THAT(on.disks.journal, IsEmpty());
+}
+
+TEST_P(RawIO, NeedsADiskWithAName) {
+    EngineOnFakes on;
+    on.volumes.mounted = {"/media/somebody"};
+    on.plugIn("");
     EXPECT_FALSE(GetParam().succeeds(on.engine));
     EXPECT_THAT(on.lines(), ElementsAre("Device not ready yet!"));
     EXPECT_THAT(on.disks.journal, IsEmpty());

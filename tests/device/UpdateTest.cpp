@@ -72,6 +72,26 @@ TEST_P(EitherUpdate, HandsOverUmountAndDdAndSaysWhatItDoes) {
     EXPECT_THAT(on_.disks.journal, IsEmpty());
 }
 
+/// Notes beside each line how many commands the service had been asked for by then.
+class LinesBetweenCommands final : public LogSink {
+  public:
+    explicit LinesBetweenCommands(const LoopbackService& service) : service_(service) {}
+    void log(std::string_view) override { commandsBefore.push_back(service_.requests().size()); }
+
+    std::vector<std::size_t> commandsBefore;
+
+  private:
+    const LoopbackService& service_;
+};
+
+TEST_P(EitherUpdate, SaysThatItWritesBeforeItDoesAndTheRestAfterwards) {
+    const auto between = std::make_shared<LinesBetweenCommands>(service_);
+    on_.engine.setParent(between);
+    on_.plugIn("disk2");
+    EXPECT_TRUE(update(imageOf("f")));
+    EXPECT_THAT(between->commandsBefore, ElementsAre(0U, 0U, 2U, 2U));
+}
+
 TEST_P(EitherUpdate, TakesASingleByte) {
     const std::string path = imageOf("f");
     on_.plugIn("disk2");

@@ -17,6 +17,7 @@ TEST(TcpListen, ListensOnTheAddress) {
     EXPECT_EQ(endpointOf(fd.get()).sin_addr.s_addr, htonl(INADDR_LOOPBACK));
     EXPECT_EQ(option(fd.get(), SO_ACCEPTCONN), 1);
     EXPECT_EQ(option(fd.get(), SO_REUSEADDR), 1);
+    EXPECT_EQ(::fcntl(fd.get(), F_GETFD) & FD_CLOEXEC, FD_CLOEXEC);
 }
 
 TEST(TcpListen, ListensOnThePort) {

@@ -1,5 +1,4 @@
 #include <array>
-#include <chrono>
 #include <cstdint>
 #include <gtest/gtest.h>
 #include <limits>
@@ -7,14 +6,16 @@
 #include <thread>
 
 #include "socket/tcp.h"
+#include "tests/base/isAsleep.h"
 #include "tests/socket/Loopback.h"
 
 namespace kestrav {
 namespace {
 
+/// Sends from another thread as soon as this one has to wait for something.
 std::thread later(int fd, const char* text) {
-    return std::thread([fd, text] {
-        std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    return std::thread([fd, text, waiting = ::gettid()] {
+        EXPECT_TRUE(waitUntilAsleep(waiting));
         ::send(fd, text, std::strlen(text), MSG_NOSIGNAL);
     });
 }
@@ -32,7 +33,7 @@ TEST_P(ReadWaits, ForDataToArrive) {
 
 // 0 and less wait without limit; thousandths of the large ones don't fit 32 bits.
 INSTANTIATE_TEST_SUITE_P(Seconds, ReadWaits,
-                         ::testing::Values(10, 0, -1, std::numeric_limits<std::int32_t>::min(), 2147484,
+                         ::testing::Values(120, 0, -1, std::numeric_limits<std::int32_t>::min(), 2147484,
                                            std::numeric_limits<std::int32_t>::max()));
 
 TEST(TcpRead, ReturnsZeroWhenTheTimeIsOver) {
@@ -41,7 +42,7 @@ TEST(TcpRead, ReturnsZeroWhenTheTimeIsOver) {
     const Clock::time_point start = Clock::now();
     EXPECT_EQ(tcp_read_with_timeout(here.get(), buffer.data(), 4, 1), 0);
     EXPECT_GE(secondsSince(start), 1.0);
-    EXPECT_LT(secondsSince(start), 2.5);
+    EXPECT_LT(secondsSince(start), 30);
     EXPECT_EQ(std::string(buffer.data(), 4), "kept");
 }
 
@@ -90,10 +91,10 @@ TEST_P(ReadWithoutADescriptor, FailsAtOnce) {
     const Clock::time_point start = Clock::now();
     EXPECT_EQ(tcp_read_with_timeout(number, &byte, 1, GetParam()), -1);
     EXPECT_EQ(tcp_read_with_timeout(-1, &byte, 1, GetParam()), -1);
-    EXPECT_LT(secondsSince(start), 1.0);
+    EXPECT_LT(secondsSince(start), 30);
 }
 
-INSTANTIATE_TEST_SUITE_P(Seconds, ReadWithoutADescriptor, ::testing::Values(0, 10));
+INSTANTIATE_TEST_SUITE_P(Seconds, ReadWithoutADescriptor, ::testing::Values(0, 60));
 
 TEST(TcpRead, FailsWithANegativeLength) {
     const auto [here, there] = connectedPair();

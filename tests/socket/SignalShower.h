@@ -5,11 +5,14 @@
 #include <csignal>
 #include <pthread.h>
 #include <thread>
+#include <unistd.h>
+
+#include "tests/base/isAsleep.h"
 
 namespace kestrav {
 
-/// Interrupts the thread that made it every few milliseconds with a signal whose handler is installed without
-/// SA_RESTART, so that each blocking call of that thread fails with EINTR again and again.
+/// Interrupts the thread that made it, every few milliseconds and whenever it is asleep, with a signal whose handler is
+/// installed without SA_RESTART, so that each blocking call of that thread fails with EINTR again and again.
 class SignalShower {
   public:
     SignalShower() {
@@ -17,12 +20,7 @@ class SignalShower {
         struct sigaction action {};
         action.sa_handler = [](int) { ++handled(); };
         ::sigaction(SIGUSR1, &action, &before_);
-        showering_ = std::thread([this, target = ::pthread_self()] {
-            while (!over_) {
-                ::pthread_kill(target, SIGUSR1);
-                std::this_thread::sleep_for(std::chrono::milliseconds(5));
-            }
-        });
+        showering_ = std::thread([this, target = ::pthread_self(), thread = ::gettid()] { shower(target, thread); });
     }
     ~SignalShower() {
         over_ = true;
@@ -34,7 +32,26 @@ class SignalShower {
 
     int interruptions() const { return handled(); }
 
+    /// Returns when the thread has been interrupted so often that a call that doesn't stand it has ended. Its caller is
+    /// another thread. Gives up after a minute.
+    void waitForMany() const {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+        while (handled() < kMany && std::chrono::steady_clock::now() < end)
+            std::this_thread::sleep_for(kPause);
+    }
+
+    static constexpr int kMany = 10;
+
   private:
+    static constexpr std::chrono::milliseconds kPause{5};
+
+    void shower(pthread_t target, pid_t thread) const {
+        while (!over_) {
+            if (isAsleep(thread)) ::pthread_kill(target, SIGUSR1);
+            std::this_thread::sleep_for(kPause);
+        }
+    }
+
     static std::atomic<int>& handled() {
         static std::atomic<int> count = 0;
         return count;

@@ -1,9 +1,7 @@
 #include <fcntl.h>
 #include <fstream>
 #include <gtest/gtest.h>
-#include <signal.h>
 #include <sys/stat.h>
-#include <sys/time.h>
 #include <thread>
 
 #include "base/UniqueFd.h"
@@ -13,6 +11,7 @@
 #include "tests/device/fakes/bytes.h"
 #include "tests/device/linux/PrivateMounts.h"
 #include "tests/simulator/ShellRun.h"
+#include "tests/socket/SignalShower.h"
 
 namespace kestrav {
 namespace {
@@ -81,32 +80,19 @@ TEST_F(PosixDisks, KeepNodesFromChildrenAndCloseThem) {
     EXPECT_EQ(::fcntl(descriptor, F_GETFD), -1);
 }
 
-int alarms = 0;
-
 TEST_F(PosixDisks, OpenInSpiteOfSignals) {
     const std::string path = folder_.path() / "pipe";
     ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
-    struct sigaction former {};
-    struct sigaction counting {};
-    counting.sa_handler = [](int) { ++alarms; };
-    ASSERT_EQ(::sigaction(SIGALRM, &counting, &former), 0);
-    // Opening a pipe waits for its other end, which comes after some alarms.
-    const itimerval often{{0, 20000}, {0, 20000}};
-    const itimerval never{};
-    std::thread writer([&path] {
-        sigset_t all;
-        ::sigfillset(&all);
-        ::pthread_sigmask(SIG_BLOCK, &all, nullptr);
-        std::this_thread::sleep_for(std::chrono::milliseconds(150));
+    // Opening a pipe waits for its other end, which comes after many signals.
+    const SignalShower shower;
+    std::thread writer([&] {
+        shower.waitForMany();
         // For reading too: that never waits, so a reader that has given up doesn't hang the test.
         const UniqueFd otherEnd(::open(path.c_str(), O_RDWR | O_CLOEXEC));
     });
-    ASSERT_EQ(::setitimer(ITIMER_REAL, &often, nullptr), 0);
     const int descriptor = disks_.open(path, DiskAccess::readOnly);
-    ::setitimer(ITIMER_REAL, &never, nullptr);
     writer.join();
-    ::sigaction(SIGALRM, &former, nullptr);
-    EXPECT_GT(alarms, 0);
+    EXPECT_GE(shower.interruptions(), SignalShower::kMany);
     EXPECT_GT(descriptor, 0);
     disks_.close(descriptor);
 }

@@ -117,6 +117,20 @@ TEST_F(UdevRegistry, TakesTheFirstOfTwoDisks) {
     EXPECT_THAT(found(), ElementsAre(usbDevice(0x3007f, "Two", "sdze")));
 }
 
+TEST_F(UdevRegistry, TakesTheFirstOfManyDisksInWhicheverOrderTheyCame) {
+    bed_.plugIn(
+        "P: /devices/usb1/1-7\nE: SUBSYSTEM=usb\nE: DEVTYPE=usb_device\n"
+        "A: idVendor=10d6\nA: idProduct=fd01\nA: product=Many\nA: busnum=3\nA: devnum=127\n");
+    // Each next one comes before all others. A folder lists them in the order of their making, or against it, or in
+    // none.
+    for (int disk = 9; disk >= 0; --disk) {
+        const std::string digit = std::to_string(disk);
+        bed_.plugIn("P: /devices/usb1/1-7/1-7:1.0/host1/1:0:0:" + digit + "/block/sdz" + digit +
+                    "\nE: SUBSYSTEM=block\nE: DEVTYPE=disk\n");
+        EXPECT_THAT(found(), ElementsAre(usbDevice(0x3007f, "Many", "sdz" + digit)));
+    }
+}
+
 // A description of an accessory at port 1-7, of its disk sdzd and of two partitions.
 constexpr const char* kAccessoryWithSerial =
     "P: /devices/usb1/1-7\nE: SUBSYSTEM=usb\nE: DEVTYPE=usb_device\n"

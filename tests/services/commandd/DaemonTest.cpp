@@ -170,7 +170,7 @@ TEST_F(Daemon, GivesSilentAndSlowPeersFiveSeconds) {
     const Client silent(daemon_.port());
     const Client slow(daemon_.port());
     std::thread dripping([&slow] {
-        for (int i = 0; i < 8 && slow.send(i == 0 ? "{" : " "); ++i)
+        for (int i = 0; i < 40 && slow.send(i == 0 ? "{" : " "); ++i)
             std::this_thread::sleep_for(1s);
     });
     EXPECT_EQ(nothing(), nothingDone);  // nobody else waits for them
@@ -179,7 +179,7 @@ TEST_F(Daemon, GivesSilentAndSlowPeersFiveSeconds) {
     EXPECT_EQ(slow.readOnce(), late);
     const auto taken = Clock::now() - start;
     EXPECT_GE(taken, 4900ms);
-    EXPECT_LT(taken, 8s);
+    EXPECT_LT(taken, 35s);  // not as long as the slow one goes on
     dripping.join();
 }
 

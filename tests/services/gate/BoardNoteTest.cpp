@@ -256,10 +256,17 @@ TEST_F(BoardNoteTest, TakesAwayWhatItCannotReplace) {
     EXPECT_FALSE(fs::exists(board_ / "sdb.json")) << board();
 }
 
+/// What this thread has used; unlike the time of day it is the same beside other programs.
+std::chrono::nanoseconds processorTime() {
+    timespec used{};
+    ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &used);
+    return std::chrono::seconds(used.tv_sec) + std::chrono::nanoseconds(used.tv_nsec);
+}
+
 TEST_F(BoardNoteTest, CostsAWriteNothingThatCouldBeMeasured) {
     BoardNote writing = note();
     writing.begin();
-    const auto start = std::chrono::steady_clock::now();
+    const auto start = processorTime();
     for (const WritePhase phase : {WritePhase::reading, WritePhase::writing, WritePhase::checking}) {
         writing.enter(phase, std::uint64_t{64} << 20U);
         for (std::uint64_t piece = 1; piece <= 64; ++piece)
@@ -267,7 +274,7 @@ TEST_F(BoardNoteTest, CostsAWriteNothingThatCouldBeMeasured) {
     }
     writing.end(WriteVerdict::wrote);
     // 64 MiB take a second on a fast accessory.
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(100));
+    EXPECT_LT(processorTime() - start, std::chrono::milliseconds(100));
 }
 
 }  // namespace

@@ -196,6 +196,17 @@ TEST_F(Bless, TrustsNoEnvironment) {
     EXPECT_EQ(modeOf(kProgram), 0755U);
 }
 
+TEST_F(Bless, ForgetsTheEnvironmentThatItWasGiven) {
+    const ProgramRun run =
+        bless("install", {.uid = 0,
+                          .environment = {std::string("LD_PRELOAD=") + KESTRAV_ENVIRONMENT_AT_END, "HOME=/nonexistent",
+                                          "ASAN_OPTIONS=verify_asan_link_order=0"},
+                          .input = {}});
+    ASSERT_EQ(run.exitStatus, 0) << run.err;
+    ASSERT_TRUE(fs::exists("/run/environment-at-end"));
+    EXPECT_EQ(contents("/run/environment-at-end"), "");
+}
+
 TEST_F(Bless, GivesTheSameAccessUnderAnyUmask) {
     // The narrow one first: the folders are made but once.
     const mode_t before = ::umask(077);
