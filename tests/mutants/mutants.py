@@ -13,6 +13,8 @@ path names the source; each line below it that begins with four blanks is one ch
 The text of today stands exactly once in that source. "⏎" means the end of a line with the blanks and empty lines that follow.
 Lines that begin with "#" are for the reader. --only picks the changes whose "FILE: OLD  =>  NEW" matches.
 
+The report has a line for each change that was tried; those that it has already are not tried again.
+
 A change that no test noticed has survived. Exit status 0: none has, but those that the table explains, and none of those
 was noticed after all; 1: some have; 2: the table does not fit.
 """
@@ -26,6 +28,7 @@ import shutil
 import signal
 import subprocess
 import sys
+import time
 from pathlib import Path
 from typing import NamedTuple
 
@@ -34,7 +37,7 @@ TABLE = Path(__file__).resolve().parent / "table"
 AT_LEAST = 300
 ARROW = "  =>  "
 SHARDS = 4
-PATIENCE = 300  # seconds for the cases of one process
+PATIENCE = 600  # seconds for the cases of a folder as long as nobody knows how long they take
 NO_EFFECT = re.compile(r"  \(no effect: (.+)\)$")
 LINE_END = "⏎"
 
@@ -170,6 +173,7 @@ class Copy:
         if not self.said("cmake", "--preset", "dev", "-DCMAKE_GTEST_DISCOVER_TESTS_DISCOVERY_MODE=PRE_TEST"):
             raise WrongTable(f"the copy can't be configured; see {self.log}")
         self.commands = {}
+        self.patience = {}  # seconds for the cases of a folder, once they have been run without a change
         self.environment = dict(os.environ)
 
     def said(self, *command):
@@ -192,8 +196,13 @@ class Copy:
     def failing_case(self, folder):
         """The first case that fails, or None if all hold."""
         running = [process for name in TESTS[folder] for process in self.started(self.commands[name])]
+        begun = time.monotonic()
+        over = begun + self.patience.get(folder, PATIENCE)
         try:
-            return next(filter(None, map(self.why_ended, running)), None)
+            case = next(filter(None, (self.why_ended(process, over) for process in running)), None)
+            # A change may have a case wait or turn for ever.
+            self.patience.setdefault(folder, 60 + 10 * (time.monotonic() - begun))
+            return case
         finally:
             for process in running:
                 end(process)
@@ -207,9 +216,9 @@ class Copy:
                                    stderr=subprocess.STDOUT, text=True, errors="replace", start_new_session=True)
 
     @staticmethod
-    def why_ended(process):
+    def why_ended(process, over):
         try:
-            said, _ = process.communicate(timeout=PATIENCE)
+            said, _ = process.communicate(timeout=max(0, over - time.monotonic()))
         except subprocess.TimeoutExpired:
             return "(takes too long)"
         if process.returncode == 0:
@@ -256,14 +265,18 @@ def run(only, report, place):
         if case := copy.failing_case(folder):
             print(f"{folder}: {case} fails without any change")
             return 2
+    told = report.read_text(encoding="utf-8") if report.exists() else ""
     counts = {"killed": 0, "survived": 0, "explained": 0, "wrong": 0}
     for change in wanted:
+        if f" {change}   [" in told:
+            continue
         outcome = copy.outcome(change)
         kind = outcome.split()[0] if outcome.startswith("killed") else "survived" if outcome == "survived" else "wrong"
         if change.harmless:
             kind = "explained" if kind == "survived" else "wrong"
         counts[kind] += 1
-        print(f"{kind:9} {change}   [{outcome}]", file=report, flush=True)
+        with open(report, "a", encoding="utf-8") as lines:
+            print(f"{kind:9} {change}   [{outcome}]", file=lines)
         if kind in ("survived", "wrong"):
             print(f"{kind.upper()}: {change.line}: {change}   [{outcome}]", flush=True)
     print(f"{counts['killed']} killed, {counts['survived']} survived, {counts['explained']} explained, "
@@ -275,7 +288,7 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("what", choices=("check", "run"))
     parser.add_argument("--only", default="", metavar="REGEX")
-    parser.add_argument("--report", type=argparse.FileType("a", encoding="utf-8"), default=sys.stdout)
+    parser.add_argument("--report", type=Path, default=ROOT / "build/mutants.report")
     parser.add_argument("--place", type=Path, default=ROOT / "build/mutants")
     given = parser.parse_args()
     try:
