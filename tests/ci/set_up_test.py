@@ -5,7 +5,8 @@ import unittest
 from pathlib import Path
 
 SET_UP = Path(__file__).resolve().parents[2] / ".ci/set-up"
-STEPS = ("format", "release", "sanitizers", "tidy", "threads", "fuzz", "package", "e2e", "installation", "soak", "quick")
+STEPS = ("format", "release", "sanitizers", "tidy", "threads", "fuzz", "package", "e2e", "installation", "soak", "mutants",
+         "stress", "coverage", "quick")
 
 
 class SetUp(unittest.TestCase):
@@ -54,11 +55,11 @@ class SetUp(unittest.TestCase):
 
     def test_only_the_steps_with_clang_ask_for_it(self):
         having = {step for step in STEPS if "clang" in self.asked_for(step)}
-        self.assertEqual(having, {"sanitizers", "tidy", "threads", "fuzz", "quick"})
+        self.assertEqual(having, {"sanitizers", "tidy", "threads", "fuzz", "coverage", "quick"})
 
     def test_only_the_steps_that_run_the_cases_ask_for_a_display(self):
         having = {step for step in STEPS if "xvfb" in self.asked_for(step)}
-        self.assertEqual(having, {"release", "sanitizers", "e2e", "quick", "soak"})
+        self.assertEqual(having, {"release", "sanitizers", "e2e", "quick", "soak", "mutants", "stress", "coverage"})
 
     def test_only_the_emulated_computer_asks_for_an_emulator(self):
         self.assertEqual({step for step in STEPS if "qemu-system-x86" in self.asked_for(step)}, {"e2e"})
