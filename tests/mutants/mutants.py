@@ -289,7 +289,7 @@ def main():
     parser.add_argument("what", choices=("check", "run"))
     parser.add_argument("--only", default="", metavar="REGEX")
     parser.add_argument("--report", type=Path, default=ROOT / "build/mutants.report")
-    parser.add_argument("--place", type=Path, default=ROOT / "build/mutants")
+    parser.add_argument("--place", type=lambda path: Path(path).resolve(), default=ROOT / "build/mutants")
     given = parser.parse_args()
     try:
         return check() if given.what == "check" else run(given.only, given.report, given.place)
