@@ -20,7 +20,7 @@ AppDelegate::AppDelegate(ApplicationServices services)
 void AppDelegate::applicationDidFinishLaunching() {
     try {
         // A person may take minutes to answer the password prompt, and the window has to be painted meanwhile.
-        services_.view.whileBusy([this] { blessHelper(); });
+        services_.view.whileAsking([this] { blessHelper(); });
     } catch (const std::exception& error) {
         // frozen: F68
         services_.alerts.runModal({std::string("Authorization failure: ") + error.what(), {}, {}});

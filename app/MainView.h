@@ -22,6 +22,10 @@ class MainView {
     /// to it has any effect, then or afterwards. `task` may run on another thread than the caller's; what it throws is
     /// thrown here.
     virtual void whileBusy(const std::function<void()>& task) = 0;
+
+    /// The same for a task in which a person is asked for something elsewhere. It may take as long as the person likes,
+    /// so the window may be closed meanwhile, which ends the process; nothing else has any effect.
+    virtual void whileAsking(const std::function<void()>& task) = 0;
 };
 
 }  // namespace kestrav

@@ -8,6 +8,7 @@
 #include "app/LogText.h"
 #include "app/MainView.h"
 #include "app/OpenPanel.h"
+#include "app/UpdateObserver.h"
 #include "base/stopProcess.h"
 #include "command/HelperInstallation.h"
 #include "device/KestravDevice.h"
@@ -102,6 +103,7 @@ void ViewController::browseFile(const Button& sender) {
 }
 
 void ViewController::process(const Flow& flow, const Button& sender) {
+    if (observer_ != nullptr) observer_->updateBegins(sender, targetFilename_.value_or(""));
     setButtonsEnabled(false);
     present(loaderBar())->startAnimation(sender);
     log(flow.beginning);
@@ -111,6 +113,7 @@ void ViewController::process(const Flow& flow, const Button& sender) {
     log(flow.end);
     setButtonsEnabled(true);
     present(loaderBar())->stopAnimation(sender);
+    if (observer_ != nullptr) observer_->updateEnded(sender, targetFilename_.value_or(""));
 }
 
 void ViewController::setButtonsEnabled(bool enabled) {

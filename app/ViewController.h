@@ -23,6 +23,7 @@ class LogText;
 class MainView;
 class MountedVolumes;
 class OpenPanel;
+class UpdateObserver;
 
 /// What an engine is made of. Nothing is owned.
 struct EngineParts {
@@ -64,6 +65,9 @@ class ViewController final : public LogSink, public std::enable_shared_from_this
     bool bless() const { return bless_; }
     void setBless(bool value) { bless_ = value; }
 
+    /// Who hears of updates beside the log; not owned, outlives this object or is taken away with null.
+    void setObserver(UpdateObserver* observer) { observer_ = observer; }
+
     /// Called once, when the view and all that is in it exist.
     void viewDidLoad();
 
@@ -88,6 +92,7 @@ class ViewController final : public LogSink, public std::enable_shared_from_this
     MainView& view_;
     HelperInstallation& installation_;
     std::ostream& console_;
+    UpdateObserver* observer_ = nullptr;
 
     std::weak_ptr<LogBox> logBox_;
     std::shared_ptr<LogText> logText_;

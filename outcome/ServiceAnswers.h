@@ -33,6 +33,9 @@ class ServiceAnswers final : public AnswerSink {
     /// The one that ended last, which is the write of an update; null before the first.
     const Exchange* last() const { return exchanges_.empty() ? nullptr : &exchanges_.back(); }
 
+    /// As before the first.
+    void forget() { exchanges_.clear(); }
+
     void asked(std::string_view command, std::span<const std::string> arguments) override;
     void answered(std::string_view bytes) override;
     void unanswered(const Unanswered& unanswered) override;

@@ -52,6 +52,7 @@ void WriteWatch::asked(std::string_view command, std::span<const std::string> ar
     asked_ = std::move(asked);
     phase_ = WritePhase::asking;
     isUnderWay_ = true;
+    isGivenUp_ = false;
     if (!show_) return;
     show_({asked_.disk, WritePhase::asking});
     looking_ = std::thread([this] { look(); });
@@ -132,8 +133,9 @@ WriteWatch::End WriteWatch::follow(const std::function<void()>& waits) {
 }
 
 WriteWatch::End WriteWatch::untilItsEnd(const std::function<void()>& waits) {
-    for (bool isWaiting = false;; std::this_thread::sleep_for(kPause)) {
+    for (bool isWaiting = false;;) {
         std::unique_lock lock(mutex_);
+        if (isGivenUp_) return End::unknown;
         isUnderWay_ = true;
         auto entry = this->entry();
         // Its last word may have come between the two looks.
@@ -150,7 +152,17 @@ WriteWatch::End WriteWatch::untilItsEnd(const std::function<void()>& waits) {
         lock.unlock();
         if (!std::exchange(isWaiting, true)) waits();
         if (show_) show_(state);
+        lock.lock();
+        stopped_.wait_for(lock, kPause, [this] { return isGivenUp_; });
     }
+}
+
+void WriteWatch::giveUp() {
+    {
+        const std::scoped_lock lock(mutex_);
+        isGivenUp_ = true;
+    }
+    stopped_.notify_all();
 }
 
 }  // namespace kestrav

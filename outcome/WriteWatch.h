@@ -53,6 +53,9 @@ class WriteWatch final : public AnswerSink {
     /// called once, where there is something to wait for.
     End follow(const std::function<void()>& waits);
 
+    /// Has follow() come back soon, with `unknown`, until something is asked for again. May be called on any thread.
+    void giveUp();
+
     void asked(std::string_view command, std::span<const std::string> arguments) override;
     void answered(std::string_view bytes) override;
     void unanswered(const Unanswered& unanswered) override;
@@ -82,6 +85,7 @@ class WriteWatch final : public AnswerSink {
     std::mutex mutex_;
     std::condition_variable stopped_;
     bool isUnderWay_ = false;
+    bool isGivenUp_ = false;
     Asked asked_;
     WritePhase phase_ = WritePhase::asking;  ///< seen last, for the speed in it
     std::uint64_t doneAtFirst_ = 0;          ///< of that phase

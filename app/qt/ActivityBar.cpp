@@ -21,10 +21,7 @@ double placeAt(qint64 milliseconds) {
 ActivityBar::ActivityBar(QWidget* parent) : QProgressBar(parent) {
     setRange(0, 0);
     setTextVisible(false);
-    QSizePolicy place(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    // The layout keeps the bar's room free while it is hidden. Otherwise the log would move whenever the bar appears.
-    place.setRetainSizeWhenHidden(true);
-    setSizePolicy(place);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     frames_.setInterval(kFrame);
     connect(&frames_, &QTimer::timeout, this, QOverload<>::of(&QWidget::update));
 }

@@ -68,6 +68,7 @@ void ImageChooser::setUp(QFileDialog& dialog) const {
     dialog.setOption(QFileDialog::ReadOnly, !canCreateDirectories_);
     if (allowsMultipleSelection_) dialog.setFileMode(QFileDialog::ExistingFiles);
     dialog.setDirectory(folder_);
+    if (!preselected_.isEmpty()) dialog.selectFile(preselected_);
 }
 
 std::int32_t ImageChooser::runModal() {

@@ -36,7 +36,11 @@ class ImageChooserDialog final : public QFileDialog {
 class ImageChooser final : public OpenPanel {
   public:
     /// `folder` is where the chooser opens; a confirmed choice leaves its own folder there. Outlives this object.
-    ImageChooser(QWidget* parent, QString& folder) : parent_(parent), folder_(folder) {}
+    /// A `preselected` file is the one that is chosen at first, if it is still there.
+    ImageChooser(QWidget* parent, QString& folder, QString preselected = {})
+        : parent_(parent),
+          folder_(folder),
+          preselected_(std::move(preselected)) {}
 
     void setAllowedFileTypes(std::span<const std::string_view> types) override;
     void setTitle(std::string_view title) override;
@@ -54,6 +58,7 @@ class ImageChooser final : public OpenPanel {
 
     QWidget* parent_;
     QString& folder_;
+    QString preselected_;
     QStringList types_;
     QString title_;
     bool showsResizeIndicator_ = false;

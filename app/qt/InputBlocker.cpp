@@ -43,7 +43,7 @@ bool isInput(QEvent::Type type) {
 
 }  // namespace
 
-InputBlocker::InputBlocker() {
+InputBlocker::InputBlocker(Closing closing) : closing_(closing) {
     QCoreApplication::instance()->installEventFilter(this);
     QGuiApplication::setOverrideCursor(QCursor(Qt::WaitCursor));
 }
@@ -55,6 +55,8 @@ InputBlocker::~InputBlocker() {
 
 bool InputBlocker::eventFilter(QObject* /*receiver*/, QEvent* event) {
     if (!isInput(event->type())) return false;
+    const bool closes = event->type() == QEvent::Close || event->type() == QEvent::Quit;
+    if (closes && closing_ == Closing::allowed) return false;
     // A close event that stays accepted closes the window, even if it was filtered out before the window got it.
     event->ignore();
     return true;

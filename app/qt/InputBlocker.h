@@ -8,7 +8,10 @@ namespace kestrav {
 /// close are taken out of the event stream and not kept for later. Painting, timers and resizing go on.
 class InputBlocker final : public QObject {
   public:
-    InputBlocker();
+    /// Whether the window may be closed all the same.
+    enum class Closing { blocked, allowed };
+
+    explicit InputBlocker(Closing closing = Closing::blocked);
     /// Also throws away what the person did until now and what is still on its way from the display.
     ~InputBlocker() override;
     InputBlocker(const InputBlocker&) = delete;
@@ -16,6 +19,9 @@ class InputBlocker final : public QObject {
 
   protected:
     bool eventFilter(QObject* receiver, QEvent* event) override;
+
+  private:
+    Closing closing_;
 };
 
 }  // namespace kestrav

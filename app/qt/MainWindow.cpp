@@ -16,17 +16,24 @@
 
 #include "app/LogBox.h"
 #include "app/ViewController.h"
+#include "app/qt/AccessoryLine.h"
 #include "app/qt/ActivityBar.h"
 #include "app/qt/ActivityBarOutlet.h"
+#include "app/qt/FittingColumn.h"
 #include "app/qt/ImageChooser.h"
 #include "app/qt/InputBlocker.h"
 #include "app/qt/LogTextEdit.h"
 #include "app/qt/LogTextOutlet.h"
+#include "app/qt/OutcomePanel.h"
 #include "app/qt/PushButtonOutlet.h"
 #include "app/qt/StatusLine.h"
 
 namespace kestrav {
 namespace {
+
+constexpr int kReadableColumns = 120;
+constexpr int kFewestLogLines = 4;
+constexpr int kTextMargin = 4;  // what a text leaves free around itself
 
 /// Disables a widget for as long as one exists, on top of what its parts are told; the focus comes back afterwards.
 class Disabled {
@@ -75,9 +82,9 @@ void MainWindow::makeParts() {
     progress_ = new ActivityBar(this);
     progress_->setAccessibleName(tr("Update in progress"));
     progress_->hide();
-    statusLine_ = new StatusLine(this);
-    statusLine_->setAccessibleName(tr("System message"));
-    statusLine_->setAccessibleDescription(tr("The newest line that went to the system log"));
+    accessoryLine_ = new AccessoryLine(this);
+    panel_ = new OutcomePanel(this);
+    panel_->takeIndicator(progress_);
 }
 
 void MainWindow::makeOutlets() {
@@ -103,16 +110,24 @@ QPushButton* MainWindow::makeButton(const QString& name, const QString& text, co
 
 void MainWindow::layOut() {
     auto* content = new QWidget;
+    auto* column = new FittingColumn;
     buttons_ = new QWidget;
     auto* row = new QHBoxLayout(buttons_);
     row->setContentsMargins({});
     row->addWidget(firmwareButton_);
     row->addWidget(iconButton_);
-    auto* all = new QVBoxLayout(content);
+    auto* all = new QVBoxLayout(column);
+    all->setContentsMargins(9, 6, 9, 9);
+    all->addWidget(accessoryLine_);
     all->addWidget(buttons_);
+    all->addWidget(panel_);
     all->addWidget(log_, 1);
-    all->addWidget(progress_);
-    all->addWidget(statusLine_);
+    // Lines across a whole wide screen are hard to read.
+    log_->setMinimumHeight(fontMetrics().lineSpacing() * kFewestLogLines + 2 * (log_->frameWidth() + kTextMargin));
+    column->setMaximumWidth(fontMetrics().averageCharWidth() * kReadableColumns);
+    auto* middle = new QHBoxLayout(content);
+    middle->setContentsMargins({});
+    middle->addWidget(column, 1);
     setCentralWidget(content);
     content->show();
     firmwareButton_->setFocus();
@@ -138,7 +153,11 @@ void MainWindow::setPreferredContentSize(int width, int height) {
 }
 
 std::unique_ptr<OpenPanel> MainWindow::makeOpenPanel() {
-    return std::make_unique<ImageChooser>(this, folder_);
+    return std::make_unique<ImageChooser>(this, folder_, std::exchange(preselected_, {}));
+}
+
+StatusLine& MainWindow::statusLine() {
+    return panel_->statusLine();
 }
 
 void MainWindow::whileBusy(const std::function<void()>& task) {
@@ -146,7 +165,19 @@ void MainWindow::whileBusy(const std::function<void()>& task) {
     const Disabled disabled(*buttons_);
     const InputBlocker blocker;
     // The service may write no entry at all. The entry of the previous update must not be taken for its answer.
-    statusLine_->clear();
+    statusLine().clear();
+    runInTheBackground(task);
+}
+
+void MainWindow::whileAsking(const std::function<void()>& task) {
+    const Disabled disabled(*buttons_);
+    const InputBlocker blocker(InputBlocker::Closing::allowed);
+    isAsking_ = true;
+    runInTheBackground(task);
+    isAsking_ = false;
+}
+
+void MainWindow::runInTheBackground(const std::function<void()>& task) {
     QEventLoop loop;
     std::exception_ptr failure;
     std::thread worker([&] {
@@ -169,6 +200,7 @@ void MainWindow::paintEvent(QPaintEvent* event) {
 
 void MainWindow::closeEvent(QCloseEvent* event) {
     event->setAccepted(mayClose_());
+    if (event->isAccepted() && isAsking_) closedWhileAsking_();
 }
 
 }  // namespace kestrav

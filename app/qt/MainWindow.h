@@ -12,16 +12,18 @@ class QPushButton;
 
 namespace kestrav {
 
+class AccessoryLine;
 class ActivityBar;
 class ActivityIndicator;
 class Button;
 class LogBox;
 class LogText;
 class LogTextEdit;
+class OutcomePanel;
 class StatusLine;
 class ViewController;
 
-/// The only window: two buttons, the log, the indicator and the newest line of the system log.
+/// The only window: the accessory, two buttons, how the newest update stands, and the log.
 class MainWindow final : public QMainWindow, public MainView {
     Q_DECLARE_TR_FUNCTIONS(MainWindow)
 
@@ -32,19 +34,27 @@ class MainWindow final : public QMainWindow, public MainView {
 
     /// Gives the controller the window's parts and the buttons their action. Both live as long as this object.
     void connectTo(ViewController& controller);
+    /// Has the chooser that comes up next open on that file.
+    void preselect(const std::string& path) { preselected_ = QString::fromStdString(path); }
     /// Asked when the person wants to close the window, which stays open on false.
     void setMayClose(std::function<bool()> mayClose) { mayClose_ = std::move(mayClose); }
 
     /// Called once, from the event loop, when the person can see the window.
     void setOnceVisible(std::function<void()> onceVisible) { onceVisible_ = std::move(onceVisible); }
 
-    StatusLine& statusLine() { return *statusLine_; }
+    AccessoryLine& accessoryLine() { return *accessoryLine_; }
+    OutcomePanel& panel() { return *panel_; }
+    /// The panel's part for what the service itself says.
+    StatusLine& statusLine();
 
     void setPreferredContentSize(int width, int height) override;
     std::unique_ptr<OpenPanel> makeOpenPanel() override;
     /// Runs `task` on a thread of its own. Both buttons are shown as disabled meanwhile, and earlier
     /// messages have gone.
     void whileBusy(const std::function<void()>& task) override;
+    void whileAsking(const std::function<void()>& task) override;
+    /// Called when the window was closed while a person was asked elsewhere; ends the process.
+    void setClosedWhileAsking(std::function<void()> closed) { closedWhileAsking_ = std::move(closed); }
 
   protected:
     void closeEvent(QCloseEvent* event) override;
@@ -55,16 +65,21 @@ class MainWindow final : public QMainWindow, public MainView {
     void makeParts();
     void makeOutlets();
     void layOut();
+    void runInTheBackground(const std::function<void()>& task);
 
     QWidget* buttons_ = nullptr;
     QPushButton* firmwareButton_ = nullptr;
     QPushButton* iconButton_ = nullptr;
     LogTextEdit* log_ = nullptr;
     ActivityBar* progress_ = nullptr;
-    StatusLine* statusLine_ = nullptr;
+    AccessoryLine* accessoryLine_ = nullptr;
+    OutcomePanel* panel_ = nullptr;
     QString folder_;
+    QString preselected_;
     std::function<void()> onceVisible_;
     std::function<bool()> mayClose_ = [] { return true; };
+    std::function<void()> closedWhileAsking_ = [] {};
+    bool isAsking_ = false;
 
     std::shared_ptr<LogBox> logBoxOutlet_;
     std::shared_ptr<LogText> logTextOutlet_;

@@ -5,8 +5,8 @@
 
 namespace kestrav {
 
-/// Shows one line of text, which can be selected and copied; a long one is folded and scrolled. Used on the main
-/// thread.
+/// Shows one line of text, which can be selected and copied; a long one is folded in two, and scrolled beyond that.
+/// Used on the main thread.
 class StatusLine final : public QPlainTextEdit {
   public:
     explicit StatusLine(QWidget* parent = nullptr);
@@ -19,9 +19,13 @@ class StatusLine final : public QPlainTextEdit {
 
   protected:
     void changeEvent(QEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
   private:
     void takeWindowColours();
+    void countLines();
+
+    int lines_ = 1;
 };
 
 }  // namespace kestrav

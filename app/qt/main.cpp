@@ -7,22 +7,29 @@
 #include <thread>
 
 #include "app/AppDelegate.h"
+#include "app/BothAnswerSinks.h"
 #include "app/ViewController.h"
+#include "app/qt/AccessoryLine.h"
+#include "app/qt/AccessoryWatch.h"
 #include "app/qt/DisplayCheck.h"
 #include "app/qt/MainWindow.h"
 #include "app/qt/MessageBoxes.h"
+#include "app/qt/OutcomePanel.h"
 #include "app/qt/ProgramResources.h"
 #include "app/qt/StatusLine.h"
 #include "app/qt/StatusLineAnswers.h"
+#include "app/qt/UpdatePresenter.h"
 #include "app/qt/installTranslations.h"
 #include "base/SystemLog.h"
 #include "command/CommandService.h"
 #include "command/HelperInstallation.h"
 #include "command/linux/PolkitAuthorization.h"
 #include "device/KestravDevice.h"
+#include "device/WatchedRegistry.h"
 #include "device/linux/MountinfoVolumes.h"
 #include "device/linux/PosixDiskCalls.h"
 #include "device/linux/UdevDeviceRegistry.h"
+#include "device/linux/UdevEvents.h"
 #include "protocol/names.h"
 
 namespace kestrav {
@@ -42,10 +49,18 @@ int run(QApplication& application) {
     const ProgramResources resources;
     MainWindow window;
     SyslogSystemLog log("kestrav");
-    StatusLineAnswers answers(window.statusLine());
     MessageBoxes alerts(window);
 
-    UdevDeviceRegistry registry;
+    UdevDeviceRegistry udev;
+    WatchedRegistry registry(udev);
+    UpdatePresenter presenter(window.panel(), registry);
+    StatusLineAnswers ownWords(window.statusLine());
+    BothAnswerSinks answers(presenter.record(), ownWords);
+    UdevEvents events;
+    AccessoryWatch accessories(udev, events, [&](const AccessoryWatch::Accessories& attached) {
+        window.accessoryLine().showAccessories(attached);
+        presenter.takeAccessories(attached);
+    });
     MountinfoVolumes volumes;
     PosixDiskCalls disks;
     CommandService commands(log, {}, &answers);
@@ -55,7 +70,14 @@ int run(QApplication& application) {
     const auto controller = std::make_shared<ViewController>(window, EngineParts{registry, volumes, disks, commands},
                                                              installation, std::cout);
     window.connectTo(*controller);
+    controller->setObserver(&presenter);
     controller->viewDidLoad();
+    presenter.setFound([&] { return controller->driver()->device; });
+    presenter.setSendAgain([&](const Button& sender, const std::string& path) {
+        window.preselect(path);
+        controller->browseFile(sender);
+    });
+    presenter.setLookAgain([&] { accessories.look(); });
 
     const QString data = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
     AppDelegate delegate({installation, window, alerts, resources, log, data.toStdString(), std::cout});
@@ -64,9 +86,10 @@ int run(QApplication& application) {
     QObject::connect(&application, &QCoreApplication::aboutToQuit, [&] { delegate.applicationWillTerminate(); });
 
     window.setOnceVisible([&] {
+        window.panel().showAsking();
         delegate.applicationDidFinishLaunching();
         // It doesn't return from a failure.
-        window.statusLine().showSentence(kInstalledSentence);
+        window.panel().showReady();
     });
     const int status = QApplication::exec();
     controller->driver()->setParent(nullptr);

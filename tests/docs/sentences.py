@@ -9,7 +9,7 @@ FOLDERS = ("app", "base", "cli", "command", "device", "outcome", "services", "so
 # What says something to a person: refusals, failures, log lines, alerts, and the functions that put them together.
 SAYS = re.compile(r"""\b(?:refused|failed|cannot|refuse|complain|wrongCall|log|log_\.write|log\.write|write|systemProblem
                       |breakOff|fail|errorHandler_|runModal|verificationFailed|withStatus|partly|StoreFailure
-                      |endedWith|good|bad|note|stranger|description|describe|authorizationSentence|kind)\(""", re.X)
+                      |endedWith|translatable|good|bad|note|stranger|description|describe|authorizationSentence|kind)\(""", re.X)
 LITERAL = re.compile(r'"((?:[^"\\\n]|\\.)*)"')
 RETURNED = re.compile(r'\breturn (?:"|[^;]*?[+(] ?")[^;]*;|\b\w+ [+]?= "[^;]*;|\{"[^;]*;')
 

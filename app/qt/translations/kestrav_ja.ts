@@ -2,6 +2,33 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="ja" sourcelanguage="en">
 <context>
+    <name>AccessoryLine</name>
+    <message>
+        <source>The accessory that an update will take</source>
+        <translation>更新の対象になるアクセサリ</translation>
+    </message>
+    <message>
+        <source>The computer doesn&apos;t tell which devices are attached.</source>
+        <translation>接続されている機器をコンピュータから取得できません。</translation>
+    </message>
+    <message>
+        <source>Plug the accessory in.</source>
+        <translation>アクセサリを接続してください。</translation>
+    </message>
+    <message>
+        <source>%1 accessories are plugged in. The update takes %2</source>
+        <translation>%1 台のアクセサリが接続されています。更新の対象: %2</translation>
+    </message>
+    <message>
+        <source>no disk yet</source>
+        <translation>ディスクはまだありません</translation>
+    </message>
+    <message>
+        <source>serial number %1</source>
+        <translation>シリアル番号 %1</translation>
+    </message>
+</context>
+<context>
     <name>ImageChooserDialog</name>
     <message>
         <source>Images (%1)</source>
@@ -81,20 +108,292 @@
         <source>Update in progress</source>
         <translation>更新中</translation>
     </message>
-    <message>
-        <source>System message</source>
-        <translation>システムメッセージ</translation>
-    </message>
-    <message>
-        <source>The newest line that went to the system log</source>
-        <translation>システムログに送られた最新の行</translation>
-    </message>
 </context>
 <context>
     <name>MessageBoxes</name>
     <message>
         <source>Kestrav</source>
         <translation>Kestrav</translation>
+    </message>
+</context>
+<context>
+    <name>OutcomePanel</name>
+    <message>
+        <source>Send &amp;Again…</source>
+        <translation>再送信(&amp;A)…</translation>
+    </message>
+    <message>
+        <source>Send Again…</source>
+        <translation>再送信…</translation>
+    </message>
+    <message>
+        <source>Choose the same image once more</source>
+        <translation>同じイメージをもう一度選びます</translation>
+    </message>
+    <message>
+        <source>System message</source>
+        <translation>システムメッセージ</translation>
+    </message>
+    <message>
+        <source>What the service itself said last</source>
+        <translation>サービス自身からの最後のメッセージ</translation>
+    </message>
+    <message>
+        <source>Nothing has been sent yet.</source>
+        <translation>まだ何も送信していません。</translation>
+    </message>
+    <message>
+        <source>Choose an image with one of the buttons.</source>
+        <translation>ボタンでイメージを選んでください。</translation>
+    </message>
+    <message>
+        <source>Waiting for an administrator&apos;s password.</source>
+        <translation>管理者のパスワードを待っています。</translation>
+    </message>
+    <message>
+        <source>It lets the helper be installed that may reach the accessory&apos;s disk. You may close the window instead.</source>
+        <translation>アクセサリのディスクに触れることができるヘルパーをインストールするためのものです。代わりにウィンドウを閉じてもかまいません。</translation>
+    </message>
+</context>
+<context>
+    <name>Progress</name>
+    <message>
+        <source>Asking for an administrator&apos;s consent.</source>
+        <translation>管理者の同意を求めています。</translation>
+    </message>
+    <message>
+        <source>Unmounting.</source>
+        <translation>マウントを解除しています。</translation>
+    </message>
+    <message>
+        <source>Reading the image.</source>
+        <translation>イメージを読み込んでいます。</translation>
+    </message>
+    <message>
+        <source>Writing.</source>
+        <translation>書き込んでいます。</translation>
+    </message>
+    <message>
+        <source>Writing: waiting until the accessory has kept it.</source>
+        <translation>書き込み: アクセサリが保存し終えるのを待っています。</translation>
+    </message>
+    <message>
+        <source>Checking: reading back and comparing.</source>
+        <translation>確認: 読み戻して比較しています。</translation>
+    </message>
+    <message>
+        <source>Done: waiting for the service&apos;s answer.</source>
+        <translation>完了: サービスの応答を待っています。</translation>
+    </message>
+    <message>
+        <source>%1 %, %2 of %3</source>
+        <translation>%1 %、%3 中 %2</translation>
+    </message>
+</context>
+<context>
+    <name>Report</name>
+    <message>
+        <source>The firmware is on the accessory, read back and equal.</source>
+        <translation>ファームウェアはアクセサリにあり、読み戻して一致しました。</translation>
+    </message>
+    <message>
+        <source>You may unplug it.</source>
+        <translation>取り外してもかまいません。</translation>
+    </message>
+    <message>
+        <source>It reaches into the icon area: send the icon again, too.</source>
+        <translation>アイコンの領域にまで達しています。アイコンも送り直してください。</translation>
+    </message>
+    <message>
+        <source>The icon is on the accessory, read back and equal.</source>
+        <translation>アイコンはアクセサリにあり、読み戻して一致しました。</translation>
+    </message>
+    <message>
+        <source>The image is on the accessory: it was written and compared.</source>
+        <translation>イメージはアクセサリにあります。書き込まれ、比較されました。</translation>
+    </message>
+    <message>
+        <source>Not written: the computer doesn&apos;t tell which devices are attached.</source>
+        <translation>書き込まれていません: 接続されている機器をコンピュータから取得できません。</translation>
+    </message>
+    <message>
+        <source>Is /sys mounted? Mount it, then send the image again.</source>
+        <translation>/sys はマウントされていますか。マウントしてから、イメージを送り直してください。</translation>
+    </message>
+    <message>
+        <source>Not written: the image is empty.</source>
+        <translation>書き込まれていません: イメージが空です。</translation>
+    </message>
+    <message>
+        <source>Choose another one.</source>
+        <translation>別のものを選んでください。</translation>
+    </message>
+    <message>
+        <source>Not written: no accessory is plugged in.</source>
+        <translation>書き込まれていません: アクセサリが接続されていません。</translation>
+    </message>
+    <message>
+        <source>Plug it in, wait some seconds, then send the image again.</source>
+        <translation>接続して数秒待ってから、イメージを送り直してください。</translation>
+    </message>
+    <message>
+        <source>Not written: nothing was handed over.</source>
+        <translation>書き込まれていません: 何も渡されませんでした。</translation>
+    </message>
+    <message>
+        <source>The log says why. Put that right, then send the image again.</source>
+        <translation>理由はログにあります。解決してから、イメージを送り直してください。</translation>
+    </message>
+    <message>
+        <source>Not written: the service can&apos;t be reached.</source>
+        <translation>書き込まれていません: サービスに接続できません。</translation>
+    </message>
+    <message>
+        <source>Is the loopback interface up? &apos;ip link set lo up&apos;, then send the image again.</source>
+        <translation>ループバックインターフェイスは有効ですか。&apos;ip link set lo up&apos; を実行してから、イメージを送り直してください。</translation>
+    </message>
+    <message>
+        <source>Not written: the service is not running.</source>
+        <translation>書き込まれていません: サービスが動いていません。</translation>
+    </message>
+    <message>
+        <source>&apos;systemctl start kestrav-commandd.socket&apos;, then send the image again.</source>
+        <translation>&apos;systemctl start kestrav-commandd.socket&apos; を実行してから、イメージを送り直してください。</translation>
+    </message>
+    <message>
+        <source>Not written: the service does not take the request.</source>
+        <translation>書き込まれていません: サービスが要求を受け付けません。</translation>
+    </message>
+    <message>
+        <source>&apos;systemctl restart kestrav-commandd&apos;, then send the image again.</source>
+        <translation>&apos;systemctl restart kestrav-commandd&apos; を実行してから、イメージを送り直してください。</translation>
+    </message>
+    <message>
+        <source>Not written: the connection to the service broke off.</source>
+        <translation>書き込まれていません: サービスへの接続が切れました。</translation>
+    </message>
+    <message>
+        <source>Send the image again.</source>
+        <translation>イメージを送り直してください。</translation>
+    </message>
+    <message>
+        <source>Not written: the accessory is not plugged in.</source>
+        <translation>書き込まれていません: アクセサリが接続されていません。</translation>
+    </message>
+    <message>
+        <source>Plug it in, then send the image again.</source>
+        <translation>接続してから、イメージを送り直してください。</translation>
+    </message>
+    <message>
+        <source>Not written: the accessory has no disk yet.</source>
+        <translation>書き込まれていません: アクセサリにはまだディスクがありません。</translation>
+    </message>
+    <message>
+        <source>Wait some seconds and try again; if that does not help, plug it in once more.</source>
+        <translation>数秒待ってからもう一度試してください。それでもだめなら接続し直してください。</translation>
+    </message>
+    <message>
+        <source>Not written: the service refused.</source>
+        <translation>書き込まれていません: サービスが拒否しました。</translation>
+    </message>
+    <message>
+        <source>It says why below. Put that right, then send the image again.</source>
+        <translation>理由は下にあります。解決してから、イメージを送り直してください。</translation>
+    </message>
+    <message>
+        <source>Not written whole: the accessory was unplugged in the middle.</source>
+        <translation>全部は書き込まれていません: 途中でアクセサリが取り外されました。</translation>
+    </message>
+    <message>
+        <source>It may hold a mixture now: plug it in and send the image again.</source>
+        <translation>中身が混ざっているかもしれません。接続してイメージを送り直してください。</translation>
+    </message>
+    <message>
+        <source>Not written whole: it went wrong on the way.</source>
+        <translation>全部は書き込まれていません: 途中で問題が起きました。</translation>
+    </message>
+    <message>
+        <source>Unplug the accessory, plug it in again and send the image again.</source>
+        <translation>アクセサリを取り外し、接続し直して、イメージを送り直してください。</translation>
+    </message>
+    <message>
+        <source>Not written as it is: the image changed meanwhile.</source>
+        <translation>そのままでは書き込まれていません: イメージが途中で変わりました。</translation>
+    </message>
+    <message>
+        <source>Wait until nothing writes the file any more, then send it again.</source>
+        <translation>ファイルへの書き込みが終わってから、送り直してください。</translation>
+    </message>
+    <message>
+        <source>Not written: the service refused, and its answer did not come.</source>
+        <translation>書き込まれていません: サービスが拒否し、その応答は届きませんでした。</translation>
+    </message>
+    <message>
+        <source>&apos;journalctl -t kestrav-commandd&apos; tells why.</source>
+        <translation>理由は &apos;journalctl -t kestrav-commandd&apos; でわかります。</translation>
+    </message>
+    <message>
+        <source>Not written whole: it failed, and the answer did not come.</source>
+        <translation>全部は書き込まれていません: 失敗し、応答は届きませんでした。</translation>
+    </message>
+    <message>
+        <source>Nobody knows: it was written, and could not be read back.</source>
+        <translation>結果は不明です: 書き込まれましたが、読み戻せませんでした。</translation>
+    </message>
+    <message>
+        <source>Unplug the accessory, plug it in again and send the image once more.</source>
+        <translation>アクセサリを取り外し、接続し直して、イメージをもう一度送ってください。</translation>
+    </message>
+    <message>
+        <source>Nobody knows: the answer is about another write.</source>
+        <translation>結果は不明です: 応答は別の書き込みについてのものです。</translation>
+    </message>
+    <message>
+        <source>Don&apos;t unplug; send the image again.</source>
+        <translation>取り外さずに、イメージを送り直してください。</translation>
+    </message>
+    <message>
+        <source>Nobody knows: only a part of the service&apos;s answer came.</source>
+        <translation>結果は不明です: サービスの応答は一部しか届きませんでした。</translation>
+    </message>
+    <message>
+        <source>Nobody knows: another program answers in the service&apos;s place.</source>
+        <translation>結果は不明です: サービスの代わりに別のプログラムが応答しています。</translation>
+    </message>
+    <message>
+        <source>End it (&apos;kestravctl doctor&apos; names it), then send the image again.</source>
+        <translation>それを終了してから (&apos;kestravctl doctor&apos; で名前がわかります)、イメージを送り直してください。</translation>
+    </message>
+    <message>
+        <source>Nobody knows: the service gave no answer in time.</source>
+        <translation>結果は不明です: サービスが時間内に応答しませんでした。</translation>
+    </message>
+    <message>
+        <source>Nobody knows: the service gave no answer.</source>
+        <translation>結果は不明です: サービスが応答しませんでした。</translation>
+    </message>
+    <message>
+        <source>Nobody knows: the service died while it wrote.</source>
+        <translation>結果は不明です: 書き込み中にサービスが停止しました。</translation>
+    </message>
+</context>
+<context>
+    <name>UpdatePresenter</name>
+    <message>
+        <source>Reading the image.</source>
+        <translation>イメージを読み込んでいます。</translation>
+    </message>
+    <message>
+        <source>Asking the service to unmount; an administrator may be asked for consent.</source>
+        <translation>サービスにマウント解除を依頼しています。管理者の同意を求められることがあります。</translation>
+    </message>
+    <message>
+        <source>No answer has come, and the service goes on. Don&apos;t unplug the accessory.</source>
+        <translation>応答はまだありませんが、サービスは続けています。アクセサリを取り外さないでください。</translation>
+    </message>
+    <message>
+        <source>Don&apos;t unplug the accessory.</source>
+        <translation>アクセサリを取り外さないでください。</translation>
     </message>
 </context>
 </TS>

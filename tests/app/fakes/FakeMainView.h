@@ -153,6 +153,8 @@ class FakeMainView final : public MainView {
         journal.emplace_back("idle");
     }
 
+    void whileAsking(const std::function<void()>& task) override { whileBusy(task); }
+
     /// A person picks this file whenever a chooser opens.
     void choose(std::string path) {
         choice.response = OpenPanel::kResponseOK;

@@ -10,6 +10,7 @@
 #include <QTextLayout>
 #include <QThread>
 #include <QTimer>
+#include <algorithm>
 #include <atomic>
 #include <ctime>
 #include <fstream>
@@ -54,7 +55,11 @@ class Window : public ::testing::Test {
 
     QPushButton& firmwareButton() { return *window_.findChild<QPushButton*>("firmwareBtn"); }
     QPushButton& iconButton() { return *window_.findChild<QPushButton*>("iconBtn"); }
-    LogTextEdit& logEdit() { return *dynamic_cast<LogTextEdit*>(window_.findChildren<QPlainTextEdit*>().first()); }
+    LogTextEdit& logEdit() {
+        const auto texts = window_.findChildren<QPlainTextEdit*>();
+        const auto isLog = [](const QPlainTextEdit* text) { return dynamic_cast<const LogTextEdit*>(text) != nullptr; };
+        return *dynamic_cast<LogTextEdit*>(*std::ranges::find_if(texts, isLog));
+    }
     QProgressBar& bar() { return *window_.findChild<QProgressBar*>(); }
 
     /// Does `action` on the main thread while the window is busy, then lets the rest of the queue through.
@@ -99,7 +104,8 @@ TEST_F(Window, NamesEverythingForAScreenReader) {
 }
 
 TEST_F(Window, IsReachedWithTheTabKeyInItsOrder) {
-    const std::vector<const QWidget*> order{&firmwareButton(), &iconButton(), &logEdit(), &window_.statusLine(),
+    window_.statusLine().showSentence("Refused: no.");
+    const std::vector<const QWidget*> order{&firmwareButton(), &iconButton(), &window_.statusLine(), &logEdit(),
                                             &firmwareButton()};
     window_.activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&window_));

@@ -140,7 +140,7 @@ class Consent(DesktopTest):
         self.assertFalse(self.is_in_state(("push button", "Update Firmware…"), "SENSITIVE"))
         self.type_password(PASSWORD)
         self.wait_until_usable()
-        self.assertEqual(self.status_line(), "Installed successfully!")
+        self.wait_until_installed()
         self.assertEqual(HELPER.stat().st_uid, 0)
         path = self.image(3000)
         self.click(self.firmware_button())

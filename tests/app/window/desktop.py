@@ -89,10 +89,12 @@ class DesktopTest(RoadTest):
         self.known = {}
         self.window = self.launch(plugged)
         if ready:
-            self.wait_until(lambda: self.status_line() == "Installed successfully!", "nothing was installed",
-                            self.window)
+            self.wait_until_installed()
             self.wait_until_usable()
         return self.window
+
+    def wait_until_installed(self):
+        self.wait_until(lambda: self.panel().startswith("Nothing has been sent yet."), "nothing was installed", self.window)
 
     def wait_until_usable(self):
         """What comes earlier is thrown away, as it is while an update runs."""
@@ -205,6 +207,17 @@ class DesktopTest(RoadTest):
 
     def status_line(self):
         return self.text_of("text", "System message")
+
+    def panel(self):
+        """What the window says of the newest update, as a screen reader reads it out."""
+        node = self.look_for("notification")
+        try:
+            return "" if node is None else node.get_name()
+        except Exception:  # pylint: disable=broad-except
+            return ""
+
+    def wait_for_panel(self, words):
+        self.wait_until(lambda: words in self.panel(), f"the panel does not say {words!r}")
 
     def wait_for_log(self, lines):
         expected = "".join(line + "\n" for line in lines)

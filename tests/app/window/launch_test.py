@@ -39,7 +39,7 @@ class Launch(DesktopTest):
         go_on.touch()
         self.wait_until_usable()
         self.assertEqual(len(self.windows()), 1)
-        self.assertEqual(self.status_line(), "Installed successfully!")
+        self.wait_until_installed()
         self.keys("alt+i")
         self.dismiss("Choose a icon image")
 

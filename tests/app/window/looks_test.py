@@ -85,10 +85,12 @@ class Looks(DesktopTest):
         (self.home / ".config").mkdir()
         (self.home / ".config/kdeglobals").write_text("[General]\nfont=DejaVu Sans,20,-1,5,50,0,0,0,0,0\n")
         self.restart_with(XDG_CURRENT_DESKTOP="KDE", KDE_FULL_SESSION="true", KDE_SESSION_VERSION="5")
+        self.run_an_update()
+        self.wait_for_panel("read back and equal")
         self.picture("window")
         frame = self.frame()
         for role, name in (("push button", "Update Firmware…"), ("push button", "Update Icon…"), ("text", "Log"),
-                           ("text", "System message")):
+                           ("text", "System message"), ("notification", self.panel())):
             x, y, width, height = self.box(self.find(role, name))
             self.assertGreaterEqual(x, frame[0])
             self.assertLessEqual(x + width, frame[0] + frame[2])

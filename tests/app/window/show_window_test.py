@@ -21,7 +21,7 @@ class ShowWindow(DesktopTest):
         with open(self.folder / "service.log", "wb") as log:
             self.window = self.start(command, stdin=subprocess.DEVNULL, stdout=log, stderr=log, start_new_session=True)
         self.addCleanup(self.end_all, self.window.pid)
-        self.wait_until(lambda: self.status_line() == "Installed successfully!", "nothing was installed", self.window)
+        self.wait_until_installed()
         self.wait_until_usable()
         self.click(self.firmware_button())
         self.choose(path, "Choose a firmware image")

@@ -30,6 +30,10 @@ class Testbed {
         if (umockdev_testbed_add_from_string(bed_.get(), description.c_str(), nullptr) == 0)
             throw std::runtime_error("a description that isn't one");
     }
+    /// Has udev tell that something became of the device at `path`: "add", "change" or "remove".
+    void announce(const std::string& path, const std::string& action) {
+        umockdev_testbed_uevent(bed_.get(), path.c_str(), action.c_str());
+    }
     void unplug(const std::string& path) { umockdev_testbed_remove_device(bed_.get(), path.c_str()); }
 
     std::filesystem::path root() const {

@@ -1,0 +1,106 @@
+"""What the window says of an update at a glance: how it ended, how it goes on, and what a screen reader is told of it."""
+
+import subprocess
+import sys
+
+from desktop import DesktopTest
+from road import AnsweringService
+
+TITLE = "Choose a firmware image"
+
+# Says each notification that comes to be shown, as a screen reader would speak it out.
+READER = """
+import gi
+gi.require_version("Atspi", "2.0")
+from gi.repository import Atspi
+def heard(event):
+    if event.detail1 and event.source.get_role_name() == "notification":
+        print(event.source.get_name(), flush=True)
+listener = Atspi.EventListener.new(heard)
+listener.register("object:state-changed:showing")
+print("ready", flush=True)
+Atspi.event_main()
+"""
+
+
+class Panel(DesktopTest):
+    def send(self, image=None):
+        self.click(self.firmware_button())
+        self.choose(image or self.image(3000), TITLE)
+
+    def assert_told(self, answers, words, sentence):
+        """What the panel says when the service says this first to the unmounting and then to the write."""
+        turns = iter(answers)
+        with AnsweringService(lambda peer: peer.sendall(next(turns))):
+            self.send()
+            self.wait_for_panel(words)
+        self.wait_until_usable()
+        self.wait_until(lambda: self.status_line() == sentence, f"the service's sentence is not {sentence!r}")
+
+    def test_a_success(self):
+        self.start_service()
+        self.open_window()
+        self.send()
+        self.wait_for_panel("The firmware is on the accessory, read back and equal. You may unplug it.")
+        self.assertIn("verified", self.status_line())
+        self.assertIsNone(self.look_for("push button", "Send Again…"))
+
+    def test_what_is_no_success_is_never_one(self):
+        self.open_window()
+        unmounted = b"sdzz1 was not mounted."
+        self.assert_told([unmounted, b"Refused: the disk sdzz is write-protected."], "Not written: the service refused.",
+                         "Refused: the disk sdzz is write-protected.")
+        self.assert_told([unmounted, b"Wrote 3000 bytes to sdzz at blo"], "Nobody knows: only a part",
+                         "Wrote 3000 bytes to sdzz at blo")
+        self.assert_told([unmounted, b"HTTP/1.1 400 Bad Request"], "Nobody knows: another program answers",
+                         "HTTP/1.1 400 Bad Request")
+        self.assert_told([unmounted, b""], "Nobody knows: the service gave no answer.", unmounted.decode())
+        self.assert_told([unmounted, unmounted], "Nobody knows: another program answers", unmounted.decode())
+        self.assertTrue(self.log().endswith("Finished writing to device.\nEnd firmware processing.\n"))
+
+    def test_a_service_that_does_not_run(self):
+        self.open_window()
+        self.send()
+        self.wait_for_panel("Not written: the service is not running. 'systemctl start kestrav-commandd.socket'")
+
+    def test_an_accessory_that_is_not_there(self):
+        self.open_window(plugged=False)
+        self.find("label", "Plug the accessory in.")
+        self.send()
+        self.wait_for_panel("Not written: no accessory is plugged in.")
+        self.assertIsNone(self.look_for("push button", "Send Again…"))
+
+    def test_sending_again_opens_the_chooser_on_the_same_file(self):
+        self.open_window()
+        path = self.image(3000, "the same.fds")
+        self.image(3000, "another.fds")
+        self.send(path)
+        self.wait_for_panel("Not written: the service is not running.")
+        self.wait_until_usable()
+        self.start_service()
+        self.click(self.find("push button", "Send Again…"))
+        self.find("dialog", TITLE)
+        self.wait_until(lambda: self.text_of("text", "File name:") == path.name, "the file is not chosen")
+        self.wait_until(lambda: self.is_in_state(("text", "File name:"), "FOCUSED"), "the chooser has no focus")
+        self.keys("Return")
+        self.wait_for_panel("The firmware is on the accessory")
+
+    def a_screen_reader_is_told_of_the_end(self):
+        self.open_window()
+        reader = self.start([sys.executable, "-c", READER], stdout=subprocess.PIPE, text=True)
+        self.addCleanup(reader.stdout.close)
+        self.assertEqual(reader.stdout.readline(), "ready\n")
+        heard = []
+        self.send()
+        while not (heard and heard[-1].startswith("Not written: the service is not running.")):
+            heard.append(reader.stdout.readline())
+            self.assertTrue(heard[-1], "the reader has ended")
+        self.assertTrue(any("Don't unplug" in said for said in heard[:-1]), heard)
+
+    def test_maximised_it_keeps_a_readable_width(self):
+        self.open_window()
+        window = self.xdotool("search", "--onlyvisible", "--name", "^Kestrav$").split()[-1]
+        self.xdotool("windowsize", window, "1500", "900")
+        self.wait_until(lambda: self.box(self.find("frame", "Kestrav"))[2] > 1400, "the window does not grow")
+        self.wait_until(lambda: 500 < self.box(self.find("text", "Log"))[2] < 1000, "the lines get too long")
+        self.picture("wide")
