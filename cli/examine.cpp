@@ -137,7 +137,7 @@ Finding consent(const DoctorParts& parts) {
     if (serviceIsOurOwn()) return good("consent", "The service runs as you: nobody is asked for a password.");
     if (!parts.busHas("org.freedesktop.PolicyKit1"))
         return bad("consent", "polkit, by which an administrator is asked, is not there:", "apt install polkitd");
-    const bool inTerminal = ::isatty(STDIN_FILENO) == 1 && isThere("/usr/bin/pkttyagent");
+    const bool inTerminal = ::isatty(STDIN_FILENO) == 1 && isThere(KESTRAV_PKTTYAGENT);
     const bool onDesktop = std::getenv("DISPLAY") != nullptr || std::getenv("WAYLAND_DISPLAY") != nullptr;
     if (inTerminal || onDesktop) return good("consent", "An administrator can be asked for a password.");
     return bad("consent", "Nobody can be asked for an administrator's password here.",

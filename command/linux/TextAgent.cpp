@@ -17,7 +17,7 @@
 namespace kestrav {
 namespace {
 
-constexpr const char* kAgent = "/usr/bin/pkttyagent";
+constexpr const char* kAgent = KESTRAV_PKTTYAGENT;
 constexpr int kReadyFd = 3;
 constexpr int kPatience = 5000;  // milliseconds; the agent is usually ready in a few of them
 
