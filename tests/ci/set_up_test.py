@@ -5,8 +5,8 @@ import unittest
 from pathlib import Path
 
 SET_UP = Path(__file__).resolve().parents[2] / ".ci/set-up"
-STEPS = ("format", "release", "sanitizers", "tidy", "threads", "fuzz", "package", "e2e", "installation", "soak", "mutants",
-         "stress", "coverage", "quick")
+STEPS = ("format", "release", "sanitizers", "tidy", "threads", "fuzz", "package", "e2e", "installation", "rpm", "soak",
+         "mutants", "stress", "coverage", "quick")
 
 
 class SetUp(unittest.TestCase):
