@@ -71,5 +71,5 @@ class SetUpElsewhere(unittest.TestCase):
         table = (ROOT / ".ci/set-up-elsewhere").read_text(encoding="utf-8")
         spec = (ROOT / "packaging/rpm/kestrav.spec").read_text(encoding="utf-8")
         for capability in re.findall(r"^BuildRequires: +((?:cmake|pkgconfig)\(.*\))", spec, re.M):
-            if capability not in {"pkgconfig(systemd)", "pkgconfig(udev)"}:  # the spec's alone: where files belong
+            if capability not in {"pkgconfig(systemd)", "pkgconfig(udev)"}:  # asked there alone: where files belong
                 self.assertIn(f"| {capability} ", table)
