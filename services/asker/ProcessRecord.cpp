@@ -4,19 +4,22 @@
 #include <array>
 #include <charconv>
 #include <dirent.h>
-#include <fstream>
-#include <iterator>
 #include <linux/kcmp.h>
 #include <memory>
 #include <sys/syscall.h>
 #include <unistd.h>
+#include <utility>
 
 #include "base/startTimeIn.h"
+#include "base/wholeFile.h"
 #include "services/asker/areAll.h"
 #include "services/asker/fieldIn.h"
 
 namespace kestrav {
 namespace {
+
+/// A status with as many groups as a process may have is shorter.
+constexpr std::size_t kLongestFile = std::size_t{1} << 20U;
 
 struct CloseFolder {
     void operator()(DIR* folder) const noexcept { ::closedir(folder); }
@@ -36,10 +39,11 @@ std::vector<pid_t> numbersIn(const std::string& path) {
     return found;
 }
 
-/// Empty when it can't be read, as that of a process that has ended.
+/// Empty when it can't be read, as that of a process or a thread that ends at any moment: between the opening of its file
+/// and the reading, too.
 std::string contentsOf(const std::string& path) {
-    std::ifstream file(path);
-    return {std::istreambuf_iterator<char>(file), {}};
+    auto file = readWholeFile(path, kLongestFile);
+    return file ? std::move(file.value()) : std::string();
 }
 
 std::string targetOf(const std::string& link) {

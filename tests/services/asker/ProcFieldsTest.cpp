@@ -1,7 +1,13 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <string>
+#include <unistd.h>
 
+#include "base/UniqueFd.h"
+#include "services/asker/ProcessRecord.h"
 #include "services/asker/areAll.h"
 #include "services/asker/fieldIn.h"
+#include "tests/sandbox/ChildProcess.h"
 
 namespace kestrav {
 namespace {
@@ -13,6 +19,22 @@ TEST(FieldIn, IsWhatStandsBehindTheNameAtTheBeginningOfALine) {
     EXPECT_EQ(fieldIn(kStatus, "Gid:"), "");
     EXPECT_EQ(fieldIn("scm_fds: 2", "scm_fds:"), "2");
     EXPECT_EQ(fieldIn("", "Uid:"), "");
+}
+
+// A file under /proc can be opened while its process lives, and can't be read once that has ended.
+TEST(StatusField, IsEmptyWhenTheProcessEndsBeforeTheReading) {
+    ChildProcess child(::fork());
+    if (child.pid() == 0) {
+        ::pause();
+        ::_exit(0);
+    }
+    const UniqueFd status(::open(("/proc/" + std::to_string(child.pid()) + "/status").c_str(), O_RDONLY | O_CLOEXEC));
+    ASSERT_TRUE(status);
+    const std::string path = "/proc/self/fd/" + std::to_string(status.get());
+    EXPECT_NE(statusField(path, "Uid:"), "");
+    child.end();
+    ASSERT_EQ(::access(path.c_str(), R_OK), 0) << "nothing is left to be opened";
+    EXPECT_EQ(statusField(path, "Uid:"), "");
 }
 
 TEST(AreAll, IsTrueOfFourTimesTheUser) {
