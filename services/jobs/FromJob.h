@@ -11,6 +11,7 @@ enum class FromJob : char {
     answered = 'A',      ///< the gate's answer, which follows
     denied = 'R',        ///< the gate's denial up to a NUL; behind it stands what was asked
     notBegun = 'N',
+    failed = 'X',  ///< something that nobody foresaw, in words for the log; its process ends without an answer
 };
 
 }  // namespace kestrav

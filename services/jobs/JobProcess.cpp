@@ -2,6 +2,7 @@
 
 #include <array>
 #include <csignal>
+#include <exception>
 #include <string_view>
 #include <sys/prctl.h>
 #include <sys/socket.h>
@@ -9,6 +10,7 @@
 #include <variant>
 
 #include "base/retry.h"
+#include "base/shownText.h"
 #include "services/gate/Gate.h"
 #include "services/gate/answerFor.h"
 #include "services/gate/shownCommandLine.h"
@@ -55,6 +57,7 @@ std::optional<GateAnswer::Kind> kindOf(FromJob word) {
         case FromJob::hasAsked:
         case FromJob::wasDenied:
         case FromJob::wantsToBegin:
+        case FromJob::failed:
             break;
     }
     return std::nullopt;
@@ -64,6 +67,15 @@ GateAnswer answerIn(GateAnswer::Kind kind, std::string_view text) {
     const std::size_t end = kind == GateAnswer::Kind::denied ? text.find('\0') : std::string_view::npos;
     if (end == std::string_view::npos) return {kind, std::string(text), {}};
     return {kind, std::string(text.substr(0, end)), std::string(text.substr(end + 1))};
+}
+
+/// Memory may be what is missing, and nothing can be said then.
+[[noreturn]] void endFor(int channel, const char* reason) noexcept {
+    try {
+        say(channel, FromJob::failed, shownText(reason));
+    } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): nowhere is left to say it
+    }
+    ::_exit(1);
 }
 
 [[noreturn]] void runInChild(int channel, pid_t parent, Request& request, Gate& gate) {
@@ -77,8 +89,11 @@ GateAnswer answerIn(GateAnswer::Kind kind, std::string_view text) {
         const GateAnswer answer = carriedOut(request, asker, gate);
         const bool isDenied = answer.kind == GateAnswer::Kind::denied;
         say(channel, wordFor(answer.kind), isDenied ? answer.text + '\0' + answer.asked : answer.text);
+    } catch (const std::exception& error) {
+        // The service answers; its own way of ending is not for this process.
+        endFor(channel, error.what());
     } catch (...) {
-        ::_exit(1);  // the service answers; its own way of ending is not for this process
+        endFor(channel, "an unknown exception");
     }
     ::_exit(0);
 }
@@ -108,6 +123,8 @@ std::vector<JobProcess::Message> JobProcess::listen() {
         const std::string_view text(bytes.data() + 1, static_cast<std::size_t>(got) - 1);
         if (const auto kind = kindOf(word)) {
             answer_ = answerIn(*kind, text);
+        } else if (word == FromJob::failed) {
+            trouble_ = text;
         } else {
             messages.push_back({word, std::string(text)});
         }

@@ -47,12 +47,15 @@ class JobProcess {
     void kill() const;
     /// Its answer; nothing if it ended without one.
     const std::optional<GateAnswer>& answer() const { return answer_; }
+    /// What nobody foresaw and kept it from an answer, as far as it could tell; in one harmless line.
+    const std::string& trouble() const { return trouble_; }
 
   private:
     pid_t pid_ = -1;
     UniqueFd channel_;
     bool begun_ = false;
     std::optional<GateAnswer> answer_;
+    std::string trouble_;
 };
 
 }  // namespace kestrav

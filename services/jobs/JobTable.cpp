@@ -14,9 +14,16 @@
 #include "services/gate/Gate.h"
 #include "services/jobs/blockEndingSignals.h"
 #include "services/jobs/endLastForWantOfMemory.h"
+#include "services/jobs/howEnded.h"
 
 namespace kestrav {
 namespace {
+
+/// It stays to be collected.
+void awaitEnd(pid_t child) {
+    siginfo_t end{};
+    retry([&] { return ::waitid(P_PID, static_cast<id_t>(child), &end, WEXITED | WNOWAIT); });
+}
 
 void collect(pid_t child) {
     retry([child] { return ::waitpid(child, nullptr, 0); });
@@ -219,9 +226,18 @@ void JobTable::finish(pid_t pid) {
         // What has ended begins nothing.
         if (message.word != FromJob::wantsToBegin) hear(ended, message);
     }
+    reportDeath(ended);
     const auto job = jobs_.extract(pid);
     tell(questions_.leave(pid, QuestionLine::Time::clock::now()));
     if (!job.mapped().isAnswered) job.mapped().request->ended(endOf(job.mapped().process));
+}
+
+/// Of a process that nobody has told to end and that ends without an answer only the system knows why.
+void JobTable::reportDeath(const Job& ended) {
+    if (ended.process.answer() || ended.isGivenUp) return;
+    const std::string& trouble = ended.process.trouble();
+    const pid_t pid = ended.process.pid();
+    log_.write("process " + std::to_string(pid) + " " + howEnded(pid) + (trouble.empty() ? "" : ": " + trouble));
 }
 
 void JobTable::countRefusals() {
@@ -263,12 +279,14 @@ void JobTable::waitForRunning() noexcept {
     }
     while (!jobs_.empty()) {
         const auto job = jobs_.extract(jobs_.begin());
-        collect(job.key());
+        awaitEnd(job.key());
         try {
             job.mapped().process.listen();
             if (!job.mapped().isAnswered) job.mapped().request->ended(endOf(job.mapped().process));
+            reportDeath(job.mapped());
         } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): the others are still to be waited for
         }
+        collect(job.key());
     }
 }
 

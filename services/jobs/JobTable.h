@@ -116,6 +116,7 @@ class JobTable {
     void tell(const QuestionLine::Replies& replies);
     void giveUp(Job& job);
     void finish(pid_t pid);
+    void reportDeath(const Job& ended);
     std::size_t taken(uid_t uid) const;
     bool hasPlaceFor(uid_t uid) const;
     bool makeRoomFor(uid_t uid);

@@ -153,9 +153,11 @@ TEST_F(DaemonInMidWrite, FinishesTheWriteWhenThePeerGoes) {
 TEST_F(DaemonInMidWrite, AnswersForAProcessThatDied) {
     const CommandDaemon daemon;
     const Client client(daemon.port());
-    signalOne(holdInMidWrite(daemon, client), SIGKILL);
+    const pid_t writer = holdInMidWrite(daemon, client);
+    signalOne(writer, SIGKILL);
     EXPECT_EQ(client.readOnce(),
               "Failed: the request's process ended before it was done. If it was a write, repeat it.");
+    EXPECT_THAT(daemon.log(), HasSubstr("process " + std::to_string(writer) + " was ended by signal 9 (Killed)\n"));
 }
 
 TEST(DaemonWithoutDescriptors, WaitsInsteadOfSpinning) {

@@ -24,6 +24,7 @@ namespace kestrav {
 namespace {
 
 using namespace std::chrono_literals;
+using testing::ElementsAre;
 using testing::StartsWith;
 using Kind = RequestEnd::Kind;
 
@@ -134,7 +135,18 @@ TEST_F(JobTableOfATest, TellsWhatWasDenied) {
 
 TEST_F(JobTableOfATest, TellsWhenTheProcessDied) {
     consent_.meanwhile = [] { ::raise(SIGKILL); };
-    EXPECT_EQ(endOf(kOtherUser).kind, Kind::died);
+    const RequestEnd end = endOf(kOtherUser);
+    EXPECT_EQ(end.kind, Kind::died);
+    EXPECT_THAT(log_.entries(),
+                ElementsAre("process " + std::to_string(end.process) + " was ended by signal 9 (Killed)"));
+}
+
+TEST_F(JobTableOfATest, SaysWhatNobodyForesaw) {
+    consent_.meanwhile = [] { throw std::runtime_error("out of\nluck"); };
+    const RequestEnd end = endOf(kOtherUser);
+    EXPECT_EQ(end.kind, Kind::died);
+    EXPECT_THAT(log_.entries(),
+                ElementsAre("process " + std::to_string(end.process) + " ended with status 1: out of\\x0aluck"));
 }
 
 TEST_F(JobTableOfATest, LetsNoExceptionOutOfTheProcess) {
