@@ -39,8 +39,8 @@ std::vector<pid_t> numbersIn(const std::string& path) {
     return found;
 }
 
-/// Empty when it can't be read, as that of a process or a thread that ends at any moment: between the opening of its file
-/// and the reading, too.
+/// Empty when it can't be read, as that of a process or a thread that ends at any moment: between the opening of its
+/// file and the reading, too.
 std::string contentsOf(const std::string& path) {
     auto file = readWholeFile(path, kLongestFile);
     return file ? std::move(file.value()) : std::string();
