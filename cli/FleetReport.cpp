@@ -18,6 +18,10 @@
 namespace kestrav {
 namespace {
 
+constexpr const char* kLeftToTheService =
+    "It was ended while accessories were being written. The service goes on with what it has begun: don't unplug; "
+    "journalctl -t kestrav-commandd tells the end.";
+
 constexpr const char* kNone = "No accessory (USB " KESTRAV_ACCESSORY_USB ") is attached. Plug it in and try again.";
 
 std::string shownSeconds(std::chrono::duration<double> taken) {
@@ -44,10 +48,20 @@ std::string summary(std::size_t failed, std::size_t all) {
     return std::to_string(failed) + " of " + std::to_string(all) + " accessories did not get the image.";
 }
 
+std::size_t failuresIn(const std::vector<UpdateResult>& results) {
+    const auto isFailure = [](const UpdateResult& result) { return result.status != ExitCode::success; };
+    return static_cast<std::size_t>(std::ranges::count_if(results, isFailure));
+}
+
+std::string endedAfter(std::size_t failed, std::size_t all) {
+    return "It was ended while nothing was being written. " + summary(failed, all);
+}
+
 }  // namespace
 
 void FleetReport::add(const UpdateResult& result) {
     const std::lock_guard lock(mutex_);
+    if (isOver_) return;
     results_.push_back(result);
     if (isQuiet()) return;
     const std::string end =
@@ -76,28 +90,42 @@ std::vector<UpdateResult> FleetReport::results() const {
 ExitCode FleetReport::end() {
     const std::lock_guard lock(mutex_);
     if (results_.empty()) return endWithout(ExitCode::failure, kNone);
-    std::stable_sort(results_.begin(), results_.end(), [](const UpdateResult& left, const UpdateResult& right) {
-        return isPortBefore(left.port, right.port);
-    });
-    const auto isFailure = [](const UpdateResult& result) { return result.status != ExitCode::success; };
-    const auto failed = static_cast<std::size_t>(std::count_if(results_.begin(), results_.end(), isFailure));
     const auto isLess = [](const UpdateResult& left, const UpdateResult& right) { return left.status < right.status; };
     const ExitCode worst = std::max_element(results_.begin(), results_.end(), isLess)->status;
+    const std::size_t failed = failuresIn(results_);
     const std::string sentence = summary(failed, results_.size());
-    if (options_.json) {
-        printJson(worst, failed == 0 ? "" : sentence);
-    } else if (!options_.quiet || failed != 0) {
-        printTable();
-    }
-    if (failed != 0) {
-        complain(console_, sentence);
-    } else if (!isQuiet()) {
-        console_.out << sentence << std::endl;
-    }
+    sayAll(worst, failed == 0 ? "" : sentence);
+    if (failed == 0 && !isQuiet()) console_.out << sentence << std::endl;
     return worst;
 }
 
+void FleetReport::interrupt(const std::vector<UpdateResult>& underWay) {
+    const std::lock_guard lock(mutex_);
+    if (isOver_) return;
+    results_.insert(results_.end(), underWay.begin(), underWay.end());
+    if (results_.empty()) {
+        endWithout(ExitCode::interrupted, "It was ended before an accessory was written.");
+        return;
+    }
+    const bool isLeft = std::ranges::count(results_, ExitCode::interrupted, &UpdateResult::status) > 0;
+    const std::size_t failed = failuresIn(results_);
+    sayAll(ExitCode::interrupted, isLeft ? kLeftToTheService : endedAfter(failed, results_.size()));
+}
+
+/// A table or an object of all results, and the problem.
+void FleetReport::sayAll(ExitCode status, const std::string& problem) {
+    isOver_ = true;
+    std::ranges::stable_sort(results_, isPortBefore, &UpdateResult::port);
+    if (options_.json) {
+        printJson(status, problem);
+    } else if (!options_.quiet || !problem.empty()) {
+        printTable();
+    }
+    if (!problem.empty()) complain(console_, problem);
+}
+
 ExitCode FleetReport::endWithout(ExitCode status, const std::string& problem) {
+    isOver_ = true;
     if (options_.json) printJson(status, problem);
     complain(console_, problem);
     return status;

@@ -33,10 +33,15 @@ class FleetReport {
     /// Says what became of all. Returns the worst of their statuses; with none at all, that there was no accessory.
     ExitCode end();
 
+    /// Says what became of all so far, with these ends of those that the service goes on writing to. Nothing is said
+    /// after it.
+    void interrupt(const std::vector<UpdateResult>& underWay);
+
     /// Says why there is nothing to tell of any accessory.
     ExitCode endWithout(ExitCode status, const std::string& problem);
 
   private:
+    void sayAll(ExitCode status, const std::string& problem);
     void printTable() const;
     void printJson(ExitCode status, const std::string& problem) const;
     bool isQuiet() const { return options_.quiet || options_.json; }
@@ -46,6 +51,7 @@ class FleetReport {
     mutable std::mutex mutex_;
     std::vector<UpdateResult> results_;
     std::set<std::string> warned_;
+    bool isOver_ = false;
 };
 
 }  // namespace kestrav

@@ -312,6 +312,12 @@ std::variant<Invocation, HelperInvocation, DoctorInvocation, ExitCode> parseComm
     return CommandLine().parse(argc, argv, out, err);
 }
 
+bool isForAll(const Invocation& invocation) {
+    if (const auto* update = std::get_if<UpdateInvocation>(&invocation)) return update->fleet.all;
+    const auto* push = std::get_if<PushInvocation>(&invocation);
+    return push != nullptr && push->fleet.all;
+}
+
 const SendOptions* sendOptionsOf(const Invocation& invocation) {
     if (const auto* update = std::get_if<UpdateInvocation>(&invocation)) return &update->options;
     if (const auto* push = std::get_if<PushInvocation>(&invocation)) return &push->options;

@@ -80,6 +80,9 @@ std::variant<Invocation, HelperInvocation, DoctorInvocation, ExitCode> parseComm
 /// What the invocation says about sending an image; null when it sends none.
 const SendOptions* sendOptionsOf(const Invocation& invocation);
 
+/// Whether it sends an image to several accessories, side by side.
+bool isForAll(const Invocation& invocation);
+
 /// Whether an output that was asked for is standard output: none was named, or "-" was.
 inline bool isStandardOutput(const std::optional<std::string>& output) {
     return !output || *output == "-";

@@ -81,12 +81,16 @@ int perform(const kestrav::HelperInvocation& invocation) {
     return static_cast<int>(carryOutHelper(invocation, parts, {std::cout, std::cerr}));
 }
 
+std::optional<int> terminalOfErrors() {
+    return ::isatty(STDERR_FILENO) != 0 ? std::optional(STDERR_FILENO) : std::nullopt;
+}
+
 /// Where the progress of a write is shown, if anywhere.
 kestrav::WriteWatch::Show showFor(const kestrav::SendOptions* options, kestrav::ProgressLine& line) {
     using namespace kestrav;
     if (options == nullptr) return {};
     if (options->progress) return [](const WriteState& state) { std::cout << progressObject(state) << std::endl; };
-    if (options->quiet || ::isatty(STDERR_FILENO) == 0) return {};
+    if (options->quiet || !terminalOfErrors()) return {};
     return [&line](const WriteState& state) {
         const std::string words = progressWords(state);
         words.empty() ? line.clear() : line.show(words);
@@ -122,7 +126,7 @@ int perform(const kestrav::DoctorInvocation& invocation) {
 
 int perform(const kestrav::Invocation& invocation) {
     using namespace kestrav;
-    const Console console{std::cout, std::cerr};
+    const Console console{std::cout, std::cerr, terminalOfErrors()};
     std::ostream& progress = putsDataOnStandardOutput(invocation) ? std::cerr : std::cout;
     const SendOptions* options = sendOptionsOf(invocation);
     const bool noPrompt = options != nullptr && options->noPrompt;
@@ -149,7 +153,8 @@ int perform(const kestrav::Invocation& invocation) {
     WatchedEngine engine(backends, choiceOf(invocation), console, quiet ? nowhere : progress, showFor(options, line));
     const CommandParts parts = engine.parts();
     std::optional<Interruption> interruption;
-    if (options != nullptr) {
+    // Of several accessories at once those know it who write to them.
+    if (options != nullptr && !isForAll(invocation)) {
         interruption.emplace([&] {
             const auto state = parts.watch.state();
             line.clear();

@@ -14,7 +14,9 @@
 #include "cli/AccessoryArrivals.h"
 #include "cli/ConsentTurn.h"
 #include "cli/Deadline.h"
+#include "cli/FleetProgress.h"
 #include "cli/FleetReport.h"
+#include "cli/Interruption.h"
 #include "cli/WatchedEngine.h"
 #include "cli/WorkQueue.h"
 #include "device/attachedAccessories.h"
@@ -31,22 +33,24 @@ bool wasServed(const ServiceAnswers::Exchange& exchange) {
 /// One update of one accessory, with all that it takes; runs on a thread of the queue.
 class OneUpdate {
   public:
-    OneUpdate(const FleetOrder& order, const Backends& backends, ConsentTurn& turn, FleetReport& report)
+    OneUpdate(const FleetOrder& order, const Backends& backends, ConsentTurn& turn, FleetProgress& progress)
         : order_(order),
           backends_{backends.registry, backends.volumes, backends.disks, quietLog_,
                     backends.endpoint, backends.board,   backends.exists},
           turn_(turn),
-          report_(report) {}
+          progress_(progress) {}
 
-    UpdateResult of(const UsbDevice& device) {
+    /// `complaints` gets what it complains about.
+    UpdateResult of(const UsbDevice& device, std::ostream& complaints) {
         std::ostream nowhere(nullptr);
         turn_.enter();
         const auto leave = [this](const ServiceAnswers::Exchange& exchange) { leaveTurn(wasServed(exchange)); };
-        std::ostringstream complaints;
-        WatchedEngine engine(backends_, {.ports = {device.port}}, {nowhere, complaints}, nowhere, {}, leave);
-        UpdateResult result = order_.send(engine.parts());
+        WatchedEngine engine(backends_, {.ports = {device.port}}, {nowhere, complaints}, nowhere,
+                             progress_.showOf(device), leave);
+        const CommandParts parts = engine.parts();
+        const FleetProgress::Watched watched(progress_, device, parts.watch);
+        UpdateResult result = order_.send(parts);
         leaveTurn(false);
-        report_.warn(complaints.str());
         // One that was pulled out before its turn came has told nothing.
         if (result.port.empty()) {
             result.disk = device.disk.value_or("");
@@ -66,7 +70,7 @@ class OneUpdate {
     QuietSystemLog quietLog_;
     Backends backends_;
     ConsentTurn& turn_;
-    FleetReport& report_;
+    FleetProgress& progress_;
     bool hasLeft_ = false;
 };
 
@@ -92,7 +96,8 @@ std::vector<UpdateResult> missing(const AccessoryChoice& choice, const std::vect
 
 /// Puts the accessories into the queue as they come, until the order's time is over. False when the registry is out of
 /// reach from the beginning.
-bool enqueue(const FleetOrder& order, const Backends& backends, WorkQueue<UsbDevice>& queue, FleetReport& report) {
+bool enqueue(const FleetOrder& order, const Backends& backends, WorkQueue<UsbDevice>& queue,
+             const std::function<void()>& sayNext) {
     AccessoryArrivals arrivals(backends, order.accessories);
     using When = AccessoryArrivals::When;
     const auto first = arrivals.take(order.fleet.wait ? When::ready : When::attached);
@@ -104,7 +109,7 @@ bool enqueue(const FleetOrder& order, const Backends& backends, WorkQueue<UsbDev
     for (bool wasBusy = true; !deadline.isOver();) {
         const bool isBusy = !queue.isIdle();
         if (isBusy) deadline.restart();
-        if (wasBusy && !isBusy) report.sayNext();
+        if (wasBusy && !isBusy) sayNext();
         wasBusy = isBusy;
         queue.pause(AccessoryArrivals::kPause);
         for (const UsbDevice& device : arrivals.take(When::ready).value_or(std::vector<UsbDevice>()))
@@ -117,13 +122,21 @@ bool enqueue(const FleetOrder& order, const Backends& backends, WorkQueue<UsbDev
 
 ExitCode sendToAll(const FleetOrder& order, const Backends& backends, const Console& console) {
     FleetReport report(order.options, console);
+    FleetProgress progress(order.options, console);
     ConsentTurn turn(::geteuid() != 0);
+    const Interruption interruption(
+        [&] { progress.aside([&, ends = progress.interrupted()] { report.interrupt(ends); }); });
     bool isReached = false;
     {
         WorkQueue<UsbDevice> queue(order.fleet.jobs, [&](const UsbDevice& device) {
-            report.add(OneUpdate(order, backends, turn, report).of(device));
+            std::ostringstream complaints;
+            const UpdateResult result = OneUpdate(order, backends, turn, progress).of(device, complaints);
+            progress.aside([&] {
+                report.warn(complaints.str());
+                report.add(result);
+            });
         });
-        isReached = enqueue(order, backends, queue, report);
+        isReached = enqueue(order, backends, queue, [&] { progress.aside([&] { report.sayNext(); }); });
     }
     for (const UpdateResult& end : missing(order.accessories, report.results()))
         report.add(end);

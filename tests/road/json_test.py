@@ -71,6 +71,49 @@ class Json(RoadTest):
     def test_of_a_wrong_call(self):
         self.assertIn("Did you mean 'firmware'?", self.result_of("frimware", status=2)["problem"])
 
+    # -- several -------------------------------------------------------------------------------------------------
+
+    def told_by(self, definition, *words, status, **options):
+        called = self.kestravctl(*words, "--json", **options)
+        self.assertEqual(called.returncode, status, called.stderr.decode())
+        told = json.loads(called.stdout)
+        assert_in_form(told, definition)
+        self.assertEqual(told["status"], status)
+        return told
+
+    def test_of_a_list(self):
+        [accessory] = self.told_by("list", "list", status=0)["accessories"]
+        self.assertEqual((accessory["disk"], accessory["bytes"], accessory["mounted"]), ("sdzz", 16 << 20, []))
+        self.assertEqual(len(self.told_by("list", "list", status=0, device="two-accessories")["accessories"]), 2)
+
+    def test_of_a_list_of_an_accessory_without_a_disk(self):
+        [accessory] = self.told_by("list", "list", status=0, device="accessory-without-disk")["accessories"]
+        self.assertEqual((accessory["disk"], accessory["bytes"]), (None, None))
+
+    def test_of_an_empty_list(self):
+        self.assertIn("Plug it in", self.told_by("list", "list", status=3, plugged=False)["problem"])
+
+    def test_of_all(self):
+        self.start_service()
+        [end] = self.told_by("all", "firmware", "--all", self.image(200), status=0)["accessories"]
+        self.assertTrue(end["verified"])
+
+    def test_of_all_that_fail(self):
+        told = self.told_by("all", "firmware", "--all", self.image(200), status=1, device="two-accessories")
+        self.assertEqual(told["problem"], "2 of 2 accessories did not get the image.")
+        self.assertEqual(len(told["accessories"]), 2)
+
+    def test_of_all_where_there_is_none(self):
+        self.assertEqual(self.told_by("all", "icon", "--all", self.image(9), status=1, plugged=False)["accessories"], [])
+
+    def test_the_schemas_of_several_take_nothing_else(self):
+        assert_in_form({"accessories": [], "status": 3, "problem": "None."}, "list")
+        assert_in_form({"accessories": [], "status": 1, "problem": "None."}, "all")
+        for definition, status in (("list", 3), ("all", 1)):
+            for change in ({"status": 0}, {"problem": None}, {"more": 1}, {"accessories": [{}]}, {"accessories": None}):
+                with self.assertRaises(jsonschema.ValidationError, msg=str(change)):
+                    assert_in_form({"accessories": [], "status": status, "problem": "None.", **change}, definition)
+
     def test_quiet_is_quiet_when_all_is_well_and_not_when_it_is_not(self):
         called = self.kestravctl("firmware", "--quiet", self.image(10))
         self.assertEqual(called.stdout, b"")

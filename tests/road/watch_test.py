@@ -155,6 +155,31 @@ class Watch(RoadTest):
         assert_in_form(result)
         self.assertTrue(result["verified"])
 
+    def test_all_at_once_share_one_line_on_a_terminal(self):
+        terminal, other_end = pty.openpty()
+        self.addCleanup(os.close, terminal)
+        with self.service(self.writing):
+            process = self.start("--all", stdout=other_end, stderr=other_end)
+            os.close(other_end)
+            shown = self.read_until(terminal, b"Ended: 0, writing: 1. Don't unplug them.")
+            self.reach("seen")
+            shown += self.read_until(terminal, b"holds the image.")
+            process.wait(timeout=90)
+        self.assertEqual(process.returncode, 0, shown)
+        # The line is taken back before it is said that one is done.
+        self.assertRegex(shown, rb"\r\x1b\[Ksdzz[^\r]*: done after")
+
+    def test_all_at_once_are_told_to_programs_one_by_one(self):
+        with self.service(self.writing):
+            process = self.start("--all", "--json", "--progress")
+            lines = [json.loads(process.stdout.readline()) for _ in range(2)]
+            self.reach("seen")
+            out, _ = self.ended(process, 0)
+        for line in lines:
+            assert_in_form(line, "progress")
+        self.assertEqual([(line["disk"], line["phase"]) for line in lines], [("sdzz", "asking"), ("sdzz", "writing")])
+        assert_in_form(json.loads(out.splitlines()[-1]), "all")
+
     # -- without an answer ---------------------------------------------------------------------------------------
 
     def silent(self, end):
@@ -221,6 +246,18 @@ class Watch(RoadTest):
         assert_in_form(result)
         self.assertEqual((result["status"], result["disk"], result["problem"]),
                          (130, "sdzz", GOES_ON.removeprefix("kestravctl: ").rstrip("\n")))
+
+    def test_ctrl_c_in_the_middle_of_all_tells_each_end(self):
+        out, err = self.interrupted("writing", "--all")
+        self.assertRegex(out, r"(?m)^sdzz .* 130  .*The service goes on writing\. Don't unplug;")
+        self.assertIn("kestravctl: It was ended while accessories were being written. The service goes on with what it "
+                      "has begun: don't unplug; journalctl -t kestrav-commandd tells the end.\n", err)
+
+    def test_ctrl_c_in_the_middle_of_all_is_one_object(self):
+        out, _ = self.interrupted("flushing", "--all", "--json")
+        told = json.loads(out)
+        assert_in_form(told, "all")
+        self.assertEqual((told["status"], [end["status"] for end in told["accessories"]]), (130, [130]))
 
     def test_ctrl_c_before_anybody_has_agreed_gives_the_request_up(self):
         _, err = self.interrupted("asking")
