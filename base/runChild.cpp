@@ -9,6 +9,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "base/EndableChild.h"
 #include "base/UniqueFd.h"
 #include "base/retry.h"
 #include "base/systemProblem.h"
@@ -79,16 +80,21 @@ std::string readToTheEnd(const UniqueFd& fd) {
 
 }  // namespace
 
-Outcome<ChildRun> runChild(const std::vector<std::string>& words) {
+Outcome<ChildRun> runChild(const std::vector<std::string>& words, EndableChild* endable) {
     int ends[2];
     if (::pipe2(ends, O_CLOEXEC) != 0) return systemProblem(errno);
     const UniqueFd readEnd(ends[0]);
     UniqueFd writeEnd(ends[1]);
     pid_t child = -1;
     if (const int error = spawn(words, writeEnd.get(), child); error != 0) return systemProblem(error);
+    if (endable != nullptr) endable->begins(child);
     writeEnd.reset();
     ChildRun run;
     run.errors = readToTheEnd(readEnd);
+    // Its number may be another process's as soon as its end is taken note of.
+    siginfo_t information{};
+    retry([&] { return ::waitid(P_PID, static_cast<id_t>(child), &information, WEXITED | WNOWAIT); });
+    if (endable != nullptr) endable->isOver();
     int status = 0;
     const pid_t ended = retry([&] { return ::waitpid(child, &status, 0); });
     if (ended == child && WIFEXITED(status)) run.exitStatus = WEXITSTATUS(status);

@@ -7,6 +7,8 @@
 
 namespace kestrav {
 
+class EndableChild;
+
 /// How a program ended.
 struct ChildRun {
     int exitStatus = -1;  ///< what it exited with; -1 when a signal ended it
@@ -16,6 +18,7 @@ struct ChildRun {
 /// Runs the program `words[0]` (an absolute path) with the other words, as a direct child and without this process's
 /// environment, and waits for its end. It reads nothing and its standard output is dropped. A problem when it could not
 /// be started; its `cause` is the system's error.
-Outcome<ChildRun> runChild(const std::vector<std::string>& words);
+/// Another thread may ask it to end by way of `child`, which is not owned.
+Outcome<ChildRun> runChild(const std::vector<std::string>& words, EndableChild* child = nullptr);
 
 }  // namespace kestrav

@@ -99,9 +99,8 @@ void OutcomePanel::showReady() {
 }
 
 void OutcomePanel::showAsking() {
-    showWorking(tr("Waiting for an administrator's password."), {},
-                tr("It lets the helper be installed that may reach the accessory's disk. You may close the window "
-                   "instead."));
+    showWorking(tr("The helper that may reach the accessory's disk is being installed."), {},
+                tr("That takes an administrator's password, once each launch. You may close the window instead."));
 }
 
 void OutcomePanel::showWorking(const QString& headline, const QString& more, const QString& remedy) {

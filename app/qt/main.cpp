@@ -1,6 +1,7 @@
 #include <QApplication>
 #include <QIcon>
 #include <QStandardPaths>
+#include <cstdlib>
 #include <fontconfig/fontconfig.h>
 #include <iostream>
 #include <optional>
@@ -84,6 +85,15 @@ int run(QApplication& application) {
     window.setMayClose([&] { return delegate.applicationShouldTerminate() == TerminateReply::now; });
     QGuiApplication::setQuitOnLastWindowClosed(delegate.applicationShouldTerminateAfterLastWindowClosed());
     QObject::connect(&application, &QCoreApplication::aboutToQuit, [&] { delegate.applicationWillTerminate(); });
+
+    window.setClosedWhileAsking([&] {
+        authorization.giveUp();
+        delegate.applicationWillTerminate();
+        std::cout.flush();
+        // The thread that waits for the person's answer has nothing left to do, and must not run into what is torn
+        // down.
+        std::_Exit(0);
+    });
 
     window.setOnceVisible([&] {
         window.panel().showAsking();

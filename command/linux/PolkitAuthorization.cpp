@@ -93,12 +93,13 @@ Outcome<void> PolkitAuthorization::uninstall() {
     return refused(SMJError::authorizationFailed(number(done.status)).what());
 }
 
-PolkitAuthorization::InstallerRun PolkitAuthorization::perform(const char* operation) const {
+PolkitAuthorization::InstallerRun PolkitAuthorization::perform(const char* operation) {
     const bool root = ::geteuid() == 0;
     if (::access(blessProgram_.c_str(), X_OK) != 0) return {AuthorizationStatus::toolEnvironmentError, {}};
     std::vector<std::string> words{blessProgram_, operation};
     if (!root) words.insert(words.begin(), {pkexecProgram_, "--disable-internal-agent"});
-    const auto started = runChild(words);
+    // Root is asked nothing, and an installation is not broken off.
+    const auto started = runChild(words, root ? nullptr : &asking_);
     if (!started) {
         return {root ? AuthorizationStatus::toolEnvironmentError : AuthorizationStatus::toolExecuteFailure, {}};
     }

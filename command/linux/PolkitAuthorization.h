@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "base/EndableChild.h"
 #include "base/Outcome.h"
 #include "command/Authorization.h"
 
@@ -28,6 +29,10 @@ class PolkitAuthorization final : public Authorization {
     std::int32_t setRight(AuthorizationRef handle, std::string_view name, std::string_view rule,
                           std::string_view descriptionKey) override;
 
+    /// Takes the question back that a person has not answered yet; what was agreed to goes on. May be called on any
+    /// thread.
+    void giveUp() { asking_.end(); }
+
     /// Has the installer take the helper away, after a consent of its own.
     Outcome<void> uninstall();
 
@@ -38,10 +43,11 @@ class PolkitAuthorization final : public Authorization {
         std::optional<BlessingError> failure;
     };
 
-    InstallerRun perform(const char* operation) const;
+    InstallerRun perform(const char* operation);
 
     std::string blessProgram_;
     std::string pkexecProgram_;
+    EndableChild asking_;
     std::uint32_t last_ = 0;
     /// Each consent, and what came of its installation if that has been tried.
     std::map<std::uint32_t, std::optional<InstallerRun>> consents_;

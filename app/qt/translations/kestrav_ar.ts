@@ -147,12 +147,12 @@
         <translation>اختر صورة بأحد الزرين.</translation>
     </message>
     <message>
-        <source>Waiting for an administrator&apos;s password.</source>
-        <translation>بانتظار كلمة مرور أحد المديرين.</translation>
+        <source>The helper that may reach the accessory&apos;s disk is being installed.</source>
+        <translation>يجري تثبيت المساعد الذي يصل إلى قرص الملحق.</translation>
     </message>
     <message>
-        <source>It lets the helper be installed that may reach the accessory&apos;s disk. You may close the window instead.</source>
-        <translation>تتيح تثبيت المساعد الذي يصل إلى قرص الملحق. ويمكنك إغلاق النافذة بدلًا من ذلك.</translation>
+        <source>That takes an administrator&apos;s password, once each launch. You may close the window instead.</source>
+        <translation>يتطلب ذلك كلمة مرور أحد المديرين مرة عند كل تشغيل. ويمكنك إغلاق النافذة بدلًا من ذلك.</translation>
     </message>
 </context>
 <context>

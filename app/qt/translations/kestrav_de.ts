@@ -147,12 +147,12 @@
         <translation>Wählen Sie mit einer der Tasten ein Abbild.</translation>
     </message>
     <message>
-        <source>Waiting for an administrator&apos;s password.</source>
-        <translation>Warten auf das Passwort eines Administrators.</translation>
+        <source>The helper that may reach the accessory&apos;s disk is being installed.</source>
+        <translation>Das Hilfsprogramm, das den Datenträger des Zubehörs erreichen darf, wird eingerichtet.</translation>
     </message>
     <message>
-        <source>It lets the helper be installed that may reach the accessory&apos;s disk. You may close the window instead.</source>
-        <translation>Damit wird das Hilfsprogramm eingerichtet, das den Datenträger des Zubehörs erreichen darf. Sie können das Fenster stattdessen schließen.</translation>
+        <source>That takes an administrator&apos;s password, once each launch. You may close the window instead.</source>
+        <translation>Das braucht bei jedem Start einmal das Passwort eines Administrators. Sie können das Fenster stattdessen schließen.</translation>
     </message>
 </context>
 <context>

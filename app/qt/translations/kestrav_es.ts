@@ -147,12 +147,12 @@
         <translation>Elija una imagen con uno de los botones.</translation>
     </message>
     <message>
-        <source>Waiting for an administrator&apos;s password.</source>
-        <translation>Esperando la contraseña de un administrador.</translation>
+        <source>The helper that may reach the accessory&apos;s disk is being installed.</source>
+        <translation>Se está instalando el asistente que puede acceder al disco del accesorio.</translation>
     </message>
     <message>
-        <source>It lets the helper be installed that may reach the accessory&apos;s disk. You may close the window instead.</source>
-        <translation>Permite instalar el asistente que puede acceder al disco del accesorio. También puede cerrar la ventana.</translation>
+        <source>That takes an administrator&apos;s password, once each launch. You may close the window instead.</source>
+        <translation>Para ello hace falta la contraseña de un administrador, una vez en cada inicio. También puede cerrar la ventana.</translation>
     </message>
 </context>
 <context>

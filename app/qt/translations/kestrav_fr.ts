@@ -147,12 +147,12 @@
         <translation>Choisissez une image avec l’un des boutons.</translation>
     </message>
     <message>
-        <source>Waiting for an administrator&apos;s password.</source>
-        <translation>En attente du mot de passe d’un administrateur.</translation>
+        <source>The helper that may reach the accessory&apos;s disk is being installed.</source>
+        <translation>L’assistant qui a accès au disque de l’accessoire est en cours d’installation.</translation>
     </message>
     <message>
-        <source>It lets the helper be installed that may reach the accessory&apos;s disk. You may close the window instead.</source>
-        <translation>Il permet d’installer l’assistant qui a accès au disque de l’accessoire. Vous pouvez aussi fermer la fenêtre.</translation>
+        <source>That takes an administrator&apos;s password, once each launch. You may close the window instead.</source>
+        <translation>Cela demande le mot de passe d’un administrateur, une fois à chaque lancement. Vous pouvez aussi fermer la fenêtre.</translation>
     </message>
 </context>
 <context>

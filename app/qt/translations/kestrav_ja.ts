@@ -147,12 +147,12 @@
         <translation>ボタンでイメージを選んでください。</translation>
     </message>
     <message>
-        <source>Waiting for an administrator&apos;s password.</source>
-        <translation>管理者のパスワードを待っています。</translation>
+        <source>The helper that may reach the accessory&apos;s disk is being installed.</source>
+        <translation>アクセサリのディスクに触れることができるヘルパーをインストールしています。</translation>
     </message>
     <message>
-        <source>It lets the helper be installed that may reach the accessory&apos;s disk. You may close the window instead.</source>
-        <translation>アクセサリのディスクに触れることができるヘルパーをインストールするためのものです。代わりにウィンドウを閉じてもかまいません。</translation>
+        <source>That takes an administrator&apos;s password, once each launch. You may close the window instead.</source>
+        <translation>起動のたびに一度、管理者のパスワードが必要です。代わりにウィンドウを閉じてもかまいません。</translation>
     </message>
 </context>
 <context>

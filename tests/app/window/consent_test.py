@@ -38,7 +38,7 @@ GLib.MainLoop().run()
 
 class Consent(DesktopTest):
     def setUp(self):
-        self.agent = self.terminal = None
+        self.agent = self.terminal = self.program = None
         self.shown = b""
         super().setUp()
 
@@ -81,7 +81,8 @@ class Consent(DesktopTest):
         command = [self.simulator / "with-accessory", *self.plugged_in(program)[1:]]
         window = self.start(command, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL)
         self.wait_until(lambda: number.exists() and number.read_text().endswith("\n"), "the program does not start")
-        self.agent(int(number.read_text()))
+        self.program = int(number.read_text())
+        self.agent(self.program)
         gate.write_text("go\n")
         return window
 
@@ -153,6 +154,20 @@ class Consent(DesktopTest):
         self.keys("alt+F4")
         self.assertEqual(self.exit_status(), 0)
         self.assertEqual(self.store.stat().st_uid, PERSON)
+
+    def test_the_window_says_what_is_asked_for_and_can_be_closed_instead(self):
+        self.agent = self.password_asker
+        self.open_window(ready=False)
+        self.wait_until(lambda: self.prompts() == 1, "nobody is asked for a password")
+        self.wait_for_panel("The helper that may reach the accessory's disk is being installed. "
+                            "That takes an administrator's password")
+        self.picture("asking")
+        asking = subprocess.run(["pgrep", "-x", "pkexec", "-P", str(self.program)], capture_output=True, text=True,
+                                check=True).stdout.strip()
+        self.keys("alt+F4")
+        self.assertEqual(self.exit_status(), 0)
+        self.wait_until(lambda: not Path("/proc", asking).exists(), "the question is still there")
+        self.assertFalse(HELPER.exists())
 
     def test_a_wrong_password_is_told_and_ends_the_program(self):
         self.agent = self.password_asker

@@ -14,6 +14,7 @@ import gi
 gi.require_version("Atspi", "2.0")
 from gi.repository import Atspi
 def heard(event):
+    event.source.clear_cache()
     if event.detail1 and event.source.get_role_name() == "notification":
         print(event.source.get_name(), flush=True)
 listener = Atspi.EventListener.new(heard)
@@ -85,7 +86,7 @@ class Panel(DesktopTest):
         self.keys("Return")
         self.wait_for_panel("The firmware is on the accessory")
 
-    def a_screen_reader_is_told_of_the_end(self):
+    def test_a_screen_reader_is_told_of_the_end(self):
         self.open_window()
         reader = self.start([sys.executable, "-c", READER], stdout=subprocess.PIPE, text=True)
         self.addCleanup(reader.stdout.close)
