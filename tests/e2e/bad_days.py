@@ -39,6 +39,8 @@ class BadMemory:
         self.assert_answered(told, sentence)
         self.wait_for_log(sentence, "kestrav-commandd")
         self.assert_not_verified(told)
+        refused = sentence.startswith("Refused: ")
+        self.assert_panel(told, "Not written: the service refused." if refused else "Not written whole: ")
         return accessory
 
     def test_write_protected(self):
@@ -75,6 +77,8 @@ class Plug:
         self.assert_answered(told, sentence)
         self.assert_answered(told, REPEAT)
         self.assert_not_verified(told)
+        self.assert_panel(told, "Not written whole: the accessory was unplugged in the middle. "
+                                "It may hold a mixture now: plug it in and send the image again.")
         self.wait_for_log(sentence, "kestrav-commandd")
         self.assert_nothing_else_changed(accessory, size)
 
@@ -120,6 +124,7 @@ class BadComputer:
         self.assert_answered(told, sentence)
         self.wait_for_log(sentence, "kestrav-commandd")
         self.assert_not_verified(told)
+        self.assert_panel(told, "Not written whole: ")
         self.assert_disk(accessory)
 
     def test_the_service_is_killed_in_mid_write_and_the_next_update_works(self):
@@ -132,6 +137,7 @@ class BadComputer:
         self.assert_handed_over(told, path, 512000)
         self.assertEqual(told.answer, f"{accessory.disk}1 was not mounted.")
         self.assert_status(told, 6)
+        self.assert_panel(told, "Nobody knows: the service died while it wrote. Don't unplug; send the image again.")
         self.wait_for_log("Main process exited, code=killed", "systemd")
         accessory.slot.expect(FIRMWARE, content(512000, 2))
         told = self.update("firmware", self.image(512000, 2))

@@ -14,6 +14,7 @@ class Plug(bad_days.Plug, WindowCase):
         that one, and the service refuses it."""
         self.assert_handed_over(told, path, size)
         self.assert_answered(told, f"Refused: there is no /dev/r{disk_before}; is the accessory plugged in")
+        self.assert_panel(told, "Not written: the accessory is not plugged in. Plug it in, then send the image again.")
 
 
 class BadComputer(bad_days.BadComputer, WindowCase):

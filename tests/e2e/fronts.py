@@ -14,13 +14,15 @@ def loaded(path, size):
 
 class Told:
     """What the person is told of one update: `lines` are the front end's own, `answer` is the service's last one, `end`
-    the line that says what it means and `status` the exit status, neither of which a window has."""
+    the line that says what it means and `status` the exit status, neither of which a window has; `panel` is what the window
+    says instead."""
 
-    def __init__(self, lines, answer, status=None, end=""):
-        self.lines, self.answer, self.status, self.end = lines, answer, status, end
+    def __init__(self, lines, answer, status=None, end="", panel=""):
+        self.lines, self.answer, self.status, self.end, self.panel = lines, answer, status, end, panel
 
     def __str__(self):
-        return "\n".join([*self.lines, f"answer: {self.answer}", self.end, f"exit status: {self.status}"])
+        return "\n".join([*self.lines, f"answer: {self.answer}", self.end, f"exit status: {self.status}",
+                          f"panel: {self.panel}"])
 
 
 class CommandUpdate:
@@ -50,7 +52,7 @@ class WindowUpdate:
 
     def wait(self, seconds=PATIENCE):
         shown = self.update.wait(seconds)
-        return Told(shown["log"], shown["status line"])
+        return Told(shown["log"], shown["status line"], panel=shown["panel"])
 
 
 class FrontEndCase(GuestCase):
@@ -94,6 +96,9 @@ class KestravctlCase(FrontEndCase):
     def assert_status(self, told, status):
         self.assertEqual(told.status, status, str(told))
 
+    def assert_panel(self, told, words):
+        """The command line has no panel: its last line is compared with `assert_verification`."""
+
     def assert_verification(self, told, succeeds, sentence):
         self.assertIn(sentence, told.end)
         self.assert_status(told, 0 if succeeds else 4)
@@ -118,5 +123,13 @@ class WindowCase(FrontEndCase):
     def assert_status(self, told, status):
         """The window tells no exit status before it is closed, and closes without a failure whatever happened."""
 
+    def assert_panel(self, told, words):
+        self.assertIn(words, told.panel, str(told))
+
     def assert_verification(self, told, succeeds, sentence):
-        """The window does not look itself: what the service's answer says is all that is known."""
+        """The window does not look itself: what the service's answer says is all that is known. By the panel's words
+        alone a person has to know whether the image arrived."""
+        if succeeds:
+            self.assertIn(" is on the accessory, read back and equal. You may unplug it.", told.panel, str(told))
+        else:
+            self.assertTrue(told.panel.startswith("Not written"), str(told))

@@ -11,10 +11,13 @@ class Window(WindowCase):
         told = self.update("firmware", path)
         self.assert_lines(told, path, 5000, NOT_READY)
         self.assertEqual(told.answer, "")
+        self.assertIn("Not written: no accessory is plugged in.", told.panel)
 
     def test_asks_for_consent_at_its_launch_and_sends_both_images_by_clicking(self):
         self.assertEqual(self.window.at_launch["asked"], 1)
-        self.assertEqual(self.window.at_launch["status line"], "Installed successfully!")
+        self.assertIn("That takes an administrator's password", self.window.at_launch["while asking"])
+        self.assertIn("Nothing has been sent yet.", self.window.at_launch["panel"])
+        self.wait_for_log("Installed successfully!", "kestrav")
         accessory = self.plugged()
         firmware, icon = self.image(200000, 4), self.image(5000, 5, "fif")
         accessory.slot.expect(FIRMWARE, content(200000, 4))

@@ -2,6 +2,7 @@
 
 import subprocess
 import sys
+import time
 
 from desktop import DesktopTest
 from road import AnsweringService
@@ -91,12 +92,25 @@ class Panel(DesktopTest):
         reader = self.start([sys.executable, "-c", READER], stdout=subprocess.PIPE, text=True)
         self.addCleanup(reader.stdout.close)
         self.assertEqual(reader.stdout.readline(), "ready\n")
-        heard = []
-        self.send()
-        while not (heard and heard[-1].startswith("Not written: the service is not running.")):
-            heard.append(reader.stdout.readline())
-            self.assertTrue(heard[-1], "the reader has ended")
-        self.assertTrue(any("Don't unplug" in said for said in heard[:-1]), heard)
+
+        def wait_until_heard(words):
+            for said in iter(reader.stdout.readline, ""):
+                if words in said:
+                    return
+            self.fail(f"nobody says {words!r}")
+
+        go_on = self.folder / "go-on"
+
+        def answer(peer):
+            while not go_on.exists():
+                time.sleep(0.05)
+            peer.sendall(b"Refused: not today.")
+
+        with AnsweringService(answer):
+            self.send()
+            wait_until_heard("Don't unplug the accessory.")
+            go_on.touch()
+            wait_until_heard("Not written: the service refused.")
 
     def test_maximised_it_keeps_a_readable_width(self):
         self.open_window()
