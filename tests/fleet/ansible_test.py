@@ -82,14 +82,14 @@ class Role(SandboxTest):
             f"{host.name} ansible_connection=local ansible_become=false ansible_python_interpreter={host.python} "
             f"ansible_remote_tmp={host.folder}/tmp kestrav_folder={host.folder}/cache\n" for host in self.hosts))
 
-    def play(self, limit="all", **variables):
+    def play(self, *options, limit="all", **variables):
         """Runs the play; what it printed, and of each computer how many tasks were ok, changed, failed."""
         variables = {"kestrav_image": str(self.image), "kestrav_packages": [], **variables}
         environment = {**os.environ, "ANSIBLE_HOME": f"{self.folder}/ansible", "ANSIBLE_NOCOLOR": "1", "ANSIBLE_PIPELINING": "1",
                        "ANSIBLE_LOCAL_TEMP": f"{self.folder}/ansible/tmp", "ANSIBLE_RETRY_FILES_ENABLED": "0"}
         run = subprocess.run(
             ["ansible-playbook", "-i", self.inventory, ROOT / "packaging/ansible/update.yml",
-             "--limit", limit, "-e", json.dumps(variables)],
+             "--limit", limit, "-e", json.dumps(variables), *options],
             capture_output=True, text=True, env=environment, stdin=subprocess.DEVNULL, timeout=600, check=False)
         recap = {name: {word: int(count) for word, count in re.findall(r"(\w+)=(\d+)", counts)}
                  for name, counts in re.findall(r"^(\w+) +: (ok=.*)$", run.stdout, re.M)}
@@ -107,6 +107,44 @@ class Role(SandboxTest):
         self.assertEqual(again.returncode, 0, again.stdout + again.stderr)
         self.assertEqual(recap["one"]["changed"], 0, "what is there already is not written again")
         self.assertIn("sdzz (KA-one, port 1-2): was up to date", again.stdout)
+
+    def test_checks_what_it_would_do_and_does_none_of_it(self):
+        with open(self.hosts[1].disk, "r+b") as disk:
+            disk.seek(FIRMWARE)
+            disk.write(self.content)
+        before = [host.disk.read_bytes() for host in self.hosts]
+        run, recap = self.play("--check", limit="one,two")
+        self.assertEqual(run.returncode, 0, run.stdout + run.stderr)
+        self.assertIn("sdzz (KA-one, port 1-2): would be updated", run.stdout)
+        self.assertIn("sdzz (KA-two, port 1-2): was up to date", run.stdout)
+        self.assertEqual((recap["one"]["changed"], recap["two"]["changed"]), (1, 0), run.stdout)
+        self.assertEqual([host.disk.read_bytes() for host in self.hosts], before)
+
+    def package(self, name, depends="base-files"):
+        """A package file of nothing but its name."""
+        folder = self.folder / name
+        (folder / "DEBIAN").mkdir(parents=True)
+        (folder / "DEBIAN/control").write_text(
+            f"Package: {name}\nVersion: 1\nArchitecture: all\nDepends: {depends}\nMaintainer: Nobody <nobody@example.org>\n"
+            "Description: of a test\n")
+        subprocess.run(["dpkg-deb", "--build", folder, f"{folder}.deb"], check=True, capture_output=True)
+        return f"{folder}.deb"
+
+    def tasks(self, run):
+        """What became of each task that begins with "Install", for the one computer that was played."""
+        return dict(re.findall(r"TASK \[kestrav_update : (Install [\w ]+)\].*\n(\w+)", run.stdout))
+
+    def test_installs_the_packages_that_are_missing(self):
+        # All computers are this one, on which nothing may be installed: --check has apt say what it would do.
+        run, _ = self.play("--check", limit="one", kestrav_packages=["base-files", self.package("kestrav-nothing")])
+        self.assertEqual(run.returncode, 0, run.stdout + run.stderr)
+        self.assertEqual(self.tasks(run), {"Install the packages": "ok", "Install the package files": "changed"}, run.stdout)
+
+    def test_sends_nothing_where_a_package_can_not_be_installed(self):
+        run, _ = self.play("--check", limit="one", kestrav_packages=[self.package("kestrav-odd", "there-is-no-such-package")])
+        self.assertNotEqual(run.returncode, 0, run.stdout)
+        self.assertIn("there-is-no-such-package", run.stdout)
+        self.assertNotIn("Send the image", run.stdout)
 
     def test_stops_at_the_first_batch_that_fails(self):
         self.hosts[1].stop()
