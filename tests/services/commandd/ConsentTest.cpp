@@ -444,17 +444,23 @@ TEST_F(CommandsOfAUser, OfOneProcessAreDeniedTogetherWhenThePromptIsDismissed) {
 TEST_F(CommandsOfAUser, OfOneProcessAtOnceShowOnePrompt) {
     start();
     UserProcess user(kAdmin, [port = daemon_->port()] {
-        const Client first(port);
-        const Client second(port);
-        first.send(requestFor("umount", {"/dev/sdzzs1"}));
-        second.send(requestFor("umount", {"/dev/sdzzs1"}));
-        return first.readOnce() + " " + second.readOnce();
+        // As many as an updater of twenty accessories sends.
+        std::list<Client> clients;
+        for (int i = 0; i < 20; ++i) {
+            clients.emplace_back(port);
+            clients.back().send(requestFor("umount", {"/dev/sdzzs1"}));
+        }
+        std::string answers;
+        for (const Client& client : clients)
+            answers += client.readOnce() + "\n";
+        return answers;
     });
     PasswordAgent agent(user.pid(), kAdmin);
     user.go();
     ASSERT_TRUE(agent.isAsked()) << agent.shown();
     agent.type("secret\n");
-    EXPECT_EQ(user.result(), "sdzz1 was not mounted. sdzz1 was not mounted.");
+    const std::string answers = user.result();
+    EXPECT_EQ(linesSaying(answers, "sdzz1 was not mounted."), 20U) << answers;
     EXPECT_FALSE(agent.isAsked(1)) << "asked twice: " << agent.shown();
 }
 
