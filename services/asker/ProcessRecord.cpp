@@ -26,7 +26,7 @@ struct CloseFolder {
 };
 using Folder = std::unique_ptr<DIR, CloseFolder>;
 
-/// The entries of a folder whose names are numbers: processes, threads, descriptors.
+/// The entries of a folder whose names are numbers: processes, threads.
 std::vector<pid_t> numbersIn(const std::string& path) {
     std::vector<pid_t> found;
     const Folder folder(::opendir(path.c_str()));
@@ -39,6 +39,24 @@ std::vector<pid_t> numbersIn(const std::string& path) {
     return found;
 }
 
+/// What a descriptor's link in that folder says, as far as it may be the name of a socket.
+std::string targetOf(int folder, const char* descriptor) {
+    std::array<char, 64> target{};
+    const ssize_t length = ::readlinkat(folder, descriptor, target.data(), target.size());
+    return {target.data(), static_cast<std::size_t>(std::max<ssize_t>(length, 0))};
+}
+
+/// Whether `isIt` takes one of the descriptors of a table, by its number and the text of its link. There may be very
+/// many in all: each is looked up from its folder, which takes a fraction of the time of a look from the root.
+template <class IsIt>
+bool anyDescriptor(const std::string& table, IsIt isIt) {
+    const Folder folder(::opendir((table + "/fd").c_str()));
+    while (const dirent* entry = folder ? ::readdir(folder.get()) : nullptr) {
+        if (isIt(entry->d_name, targetOf(::dirfd(folder.get()), entry->d_name))) return true;
+    }
+    return false;
+}
+
 /// Empty when it can't be read, as that of a process or a thread that ends at any moment: between the opening of its
 /// file and the reading, too.
 std::string contentsOf(const std::string& path) {
@@ -46,21 +64,13 @@ std::string contentsOf(const std::string& path) {
     return file ? std::move(file.value()) : std::string();
 }
 
-std::string targetOf(const std::string& link) {
-    std::array<char, 64> target{};
-    const ssize_t length = ::readlink(link.c_str(), target.data(), target.size());
-    return {target.data(), static_cast<std::size_t>(std::max<ssize_t>(length, 0))};
-}
-
 bool tableHolds(const std::string& table, const std::string& socket) {
-    return std::ranges::any_of(numbersIn(table + "/fd"),
-                               [&](pid_t fd) { return targetOf(table + "/fd/" + std::to_string(fd)) == socket; });
+    return anyDescriptor(table, [&](const char*, const std::string& target) { return target == socket; });
 }
 
 bool tableHasDescriptorsUnderWay(const std::string& table) {
-    return std::ranges::any_of(numbersIn(table + "/fd"), [&](pid_t fd) {
-        const std::string number = std::to_string(fd);
-        if (!targetOf(table + "/fd/" + number).starts_with("socket:")) return false;
+    return anyDescriptor(table, [&](const char* number, const std::string& target) {
+        if (!target.starts_with("socket:")) return false;
         const std::string count = statusField(table + "/fdinfo/" + number, "scm_fds:");
         return !count.empty() && count != "0";
     });
