@@ -130,6 +130,13 @@ TEST(WriteDevice, WritesZerosBeyondTheData) {
     EXPECT_EQ(on.blockDisk(), bytes({"aXY\0\0\0ghij", 10}));
 }
 
+TEST(WriteDevice, TakesNothingFromBehindTheData) {
+    EngineWithDisk on;
+    const std::vector<std::byte> more = bytes("XYZ");
+    EXPECT_TRUE(on.engine.writeDevice(1, 3, std::span(more).first(2)));
+    EXPECT_EQ(on.blockDisk(), bytes({"aXY\0efghij", 10}));
+}
+
 TEST(WriteDevice, WritesZerosForNoDataAtAll) {
     EngineWithDisk on;
     EXPECT_TRUE(on.engine.writeDevice(8, 2, {}));
