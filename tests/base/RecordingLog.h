@@ -40,10 +40,10 @@ class RecordingLog final : public SystemLog {
         return writers_;
     }
 
-    /// Waits, at most ten seconds, until an entry begins with `start`; false when none came.
+    /// Waits, at most a minute, until an entry begins with `start`; false when none came.
     bool waitFor(std::string_view start) const {
         std::unique_lock lock(mutex_);
-        return changed_.wait_for(lock, std::chrono::seconds(10), [&] {
+        return changed_.wait_for(lock, std::chrono::seconds(60), [&] {
             return std::ranges::any_of(entries_, [&](const std::string& entry) { return entry.starts_with(start); });
         });
     }

@@ -174,7 +174,7 @@ std::vector<std::string> LoopbackService::requests() const {
 
 std::vector<std::string> LoopbackService::waitForRequests(std::size_t count) const {
     std::unique_lock lock(mutex_);
-    recorded_.wait_for(lock, std::chrono::seconds(10), [&] { return requests_.size() >= count; });
+    recorded_.wait_for(lock, std::chrono::seconds(60), [&] { return requests_.size() >= count; });
     return requests_;
 }
 

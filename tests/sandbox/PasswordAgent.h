@@ -15,7 +15,7 @@ class PasswordAgent {
     PasswordAgent(pid_t subject, uid_t uid);
 
     /// See Terminal.
-    bool isAsked(int seconds = 10) { return terminal_->isAsked(seconds); }
+    bool isAsked(int seconds = 60) { return terminal_->isAsked(seconds); }
     void type(const std::string& text) { terminal_->type(text); }
     void leave() { terminal_->leave(); }
     const std::string& shown() const { return terminal_->shown(); }

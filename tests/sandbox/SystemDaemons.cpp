@@ -22,7 +22,7 @@ namespace fs = std::filesystem;
 constexpr const char* kSocket = "/run/dbus/system_bus_socket";
 
 void waitUntil(const char* what, const std::function<bool()>& holds) {
-    for (int i = 0; i < 1000; ++i) {
+    for (int i = 0; i < 6000; ++i) {
         if (holds()) return;
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }

@@ -61,7 +61,7 @@ bool Terminal::read(int milliseconds) {
 
 bool Terminal::waitForSilence() {
     // The agent throws away what was typed before it turned the echo off, which it does after the prompt.
-    for (int i = 0; i < 1000; ++i) {
+    for (int i = 0; i < 6000; ++i) {
         termios mode{};
         if (::tcgetattr(terminal_.get(), &mode) == 0 && (mode.c_lflag & ECHO) == 0) return true;
         std::this_thread::sleep_for(10ms);

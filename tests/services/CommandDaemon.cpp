@@ -67,7 +67,7 @@ CommandDaemon::CommandDaemon(const Conditions& conditions) {
     if (pid_ == 0) become(conditions, listener.get(), folder_.path() / "log", board());
     // What it says on a descriptor of somebody else's is for that one to wait for; the socket takes peers already.
     if (conditions.errors) return;
-    for (int tries = 500; tries > 0 && runs() && log().empty(); --tries)
+    for (int tries = 6000; tries > 0 && runs() && log().empty(); --tries)
         std::this_thread::sleep_for(10ms);
 }
 
@@ -98,7 +98,7 @@ bool CommandDaemon::runs() {
 }
 
 std::optional<int> CommandDaemon::waitForEnd() {
-    for (int tries = 1000; tries > 0 && runs(); --tries)
+    for (int tries = 6000; tries > 0 && runs(); --tries)
         std::this_thread::sleep_for(10ms);
     return ended_;
 }
@@ -113,7 +113,7 @@ std::vector<pid_t> CommandDaemon::children() const {
 }
 
 pid_t CommandDaemon::waitForChild() const {
-    for (int tries = 10'000; tries > 0; --tries) {
+    for (int tries = 120'000; tries > 0; --tries) {
         if (const auto now = children(); !now.empty()) return now.front();
         std::this_thread::sleep_for(500us);
     }

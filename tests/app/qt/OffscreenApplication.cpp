@@ -12,6 +12,8 @@ class OffscreenApplication final : public ::testing::Environment {
   public:
     void SetUp() override {
         qputenv("QT_QPA_PLATFORM", "offscreen");
+        // What the system says of its errors is compared; it says it in the person's language.
+        qputenv("LC_ALL", "C.UTF-8");
         // The toolkit's choosers keep their history in the person's settings.
         qputenv("XDG_CONFIG_HOME", settings_.path().toUtf8());
         application_ = std::make_unique<QApplication>(count_, arguments_);

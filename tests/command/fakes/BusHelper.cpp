@@ -41,7 +41,7 @@ std::vector<BusHelper::Request> BusHelper::requests() const {
 }
 
 bool BusHelper::waitForRequests(std::size_t count) const {
-    for (int i = 0; i < 1000; ++i) {
+    for (int i = 0; i < 6000; ++i) {
         if (requests().size() >= count) return true;
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }

@@ -25,7 +25,7 @@ class PumpedMainQueue final : public MainQueue {
     }
 
     /// Runs the oldest task, waiting for one at most as long as told; false when none came.
-    bool runOne(std::chrono::milliseconds atMost = std::chrono::seconds(10)) {
+    bool runOne(std::chrono::milliseconds atMost = std::chrono::seconds(60)) {
         std::function<void()> task;
         {
             std::unique_lock lock(mutex_);

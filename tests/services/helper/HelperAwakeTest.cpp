@@ -28,7 +28,7 @@ class HelperBesideLogind : public HelperOnALargeDisk {
         EXPECT_EQ(FakeLogind::said(), lines);
         signalOne(job, SIGCONT);
         EXPECT_THAT(user.result(), StartsWith("Wrote 157286400 bytes"));
-        EXPECT_TRUE(holdsWithin(20s, [&] { return FakeLogind::said() == lines + "released\n"; })) << FakeLogind::said();
+        EXPECT_TRUE(holdsWithin(60s, [&] { return FakeLogind::said() == lines + "released\n"; })) << FakeLogind::said();
     }
 };
 

@@ -96,7 +96,7 @@ class Helper : public testing::Test {
         }
         helper_ = ChildProcess::start({"/bin/sh", "-c", std::string("exec ") + KESTRAV_HELPER + " 2>>" + errors},
                                       environment);
-        ASSERT_TRUE(holdsWithin(std::chrono::seconds(10), helperHasItsName));
+        ASSERT_TRUE(holdsWithin(std::chrono::seconds(60), helperHasItsName));
     }
 
     static std::string log() {
@@ -108,7 +108,7 @@ class Helper : public testing::Test {
     /// The one process that works on a request.
     pid_t jobProcess() const {
         std::vector<pid_t> children;
-        holdsWithin(std::chrono::seconds(10), [&] { return !(children = childrenOf(helper_.pid())).empty(); });
+        holdsWithin(std::chrono::seconds(60), [&] { return !(children = childrenOf(helper_.pid())).empty(); });
         return children.empty() ? -1 : children.front();
     }
 
@@ -145,7 +145,7 @@ class HelperOnALargeDisk : public Helper {
 
     /// Waits until the first block is written.
     bool isWriting() const {
-        return holdsWithin(std::chrono::seconds(20), [this] {
+        return holdsWithin(std::chrono::seconds(60), [this] {
             std::ifstream disk(accessory_->nodes() / "sdzz", std::ios::binary);
             disk.seekg(kFirmwareByte);
             return disk.get() == 'x';
