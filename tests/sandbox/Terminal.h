@@ -18,7 +18,7 @@ class Terminal {
 
     /// Waits, at most `seconds`, until the terminal asks for a password and hides what is typed; false when it does
     /// not.
-    bool isAsked(int seconds = 10);
+    bool isAsked(int seconds = 60);
     void type(const std::string& text);
     /// Walks away from the terminal.
     void leave() { process_.end(); }
