@@ -229,13 +229,15 @@ class Copy:
         return failed.group(1) if failed else f"{begun[-1] if begun else '(none)'} (ended by {-process.returncode})"
 
     def outcome(self, change):
-        """What became of a change: killed by a case's name, "survived" or "does not compile"."""
+        """What became of a change: killed by a case's name or the compiler's warning, "survived" or "does not compile"."""
         path = self.tree / change.file
         today = path.read_text(encoding="utf-8")
         path.write_text(changed(today, change), encoding="utf-8")
         try:
             if not self.builds(change.folder):
-                return "does not compile"
+                # What is left unused, say, is a fault to the compiler as this project calls it.
+                warning = re.search(r"\[-Werror=?([\w-]*)\]", self.log.read_text(encoding="utf-8", errors="replace"))
+                return f"killed by the compiler ({warning.group(1)})" if warning else "does not compile"
             case = self.failing_case(change.folder)
             return f"killed by {case}" if case else "survived"
         finally:
