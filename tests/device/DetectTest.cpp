@@ -41,6 +41,14 @@ TEST(Detect, PassesOverADeviceWithoutAName) {
     EXPECT_EQ(on.engine.device.bsdName, "disk2");
 }
 
+TEST(Detect, GoesOnBehindADeviceWithoutAName) {
+    EngineOnFakes on;
+    on.registry.plugIn({.id = 2, .name = "", .disk = "disk3"});
+    on.plugIn("disk2");
+    EXPECT_EQ(on.engine.detect(4310, 64769), 0);
+    EXPECT_EQ(on.engine.device.bsdName, "disk2");
+}
+
 TEST(Detect, KeepsTheStaleRecordWhenNothingMatches) {
     EngineOnFakes on;
     on.plugIn("disk2");
