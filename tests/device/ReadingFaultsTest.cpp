@@ -104,6 +104,13 @@ TEST_F(ReadingFaults, AreFoundWhereTheFileSystemKnowsNoHoles) {
     }
 }
 
+TEST_F(ReadingFaults, AreFoundBesideHoles) {
+    std::filesystem::resize_file(image_, 1 << 20);
+    EXPECT_EQ(countReadableBytes(image_), 1U << 20);
+    faults().readable = 1000;
+    EXPECT_EQ(countReadableBytes(image_), std::nullopt);
+}
+
 TEST_F(ReadingFaults, AreAllThatIsLookedFor) {
     EXPECT_TRUE(countReadableBytes(image_));
     // No child inherits the file, and a terminal that is taken for an image does not become this process's own.
