@@ -200,6 +200,7 @@ INSTANTIATE_TEST_SUITE_P(
                                 std::vector<std::string>{"/media/z", "/proc", "/media/a", "/run/media/u/m"},
                                 {"/media/z", "/media/a", "/run/media/u/m"}},
                       DrivesRow{"WholeComponentsOnly", std::vector<std::string>{"/mediawiki", "/run/mediax/a"}, {}},
+                      DrivesRow{"ElsewhereInAPath", std::vector<std::string>{"/other/media/A"}, {}},
                       DrivesRow{"FromTheRootOnly", std::vector<std::string>{"/srv/media/A", "media/A"}, {}}),
     [](const auto& row) { return row.param.title; });
 
