@@ -4,6 +4,8 @@
 #include <chrono>
 #include <cmath>
 
+#include "app/qt/prefersStillness.h"
+
 namespace kestrav {
 namespace {
 
@@ -37,6 +39,10 @@ void ActivityBar::paintEvent(QPaintEvent* /*event*/) {
     painter.setPen(palette().color(QPalette::Mid));
     painter.setBrush(palette().color(QPalette::Base));
     painter.drawRoundedRect(track, 2, 2);
+    if (isStill_) {
+        painter.setBrush(QBrush(palette().color(QPalette::Highlight), Qt::BDiagPattern));
+        return painter.drawRoundedRect(track, 2, 2);
+    }
     const double width = track.width() / 4;
     const double left = track.left() + placeAt(running_.elapsed()) * (track.width() - width);
     painter.setPen(Qt::NoPen);
@@ -47,7 +53,8 @@ void ActivityBar::paintEvent(QPaintEvent* /*event*/) {
 void ActivityBar::showEvent(QShowEvent* event) {
     QProgressBar::showEvent(event);
     running_.start();
-    frames_.start();
+    isStill_ = prefersStillness(*this);
+    if (!isStill_) frames_.start();
 }
 
 void ActivityBar::hideEvent(QHideEvent* event) {

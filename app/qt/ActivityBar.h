@@ -7,7 +7,8 @@
 namespace kestrav {
 
 /// A thin bar with a piece that runs to and fro as long as the bar is shown. Styles paint a bar without an end in ways
-/// of their own, some of them hardly moving; a person who waits a minute has to see at a glance that it goes on.
+/// of their own, some of them hardly moving; a person who waits a minute has to see at a glance that it goes on. For
+/// whoever wants no motion it is a still pattern.
 class ActivityBar final : public QProgressBar {
   public:
     explicit ActivityBar(QWidget* parent = nullptr);
@@ -21,6 +22,7 @@ class ActivityBar final : public QProgressBar {
     void hideEvent(QHideEvent* event) override;
 
   private:
+    bool isStill_ = false;
     QTimer frames_;
     QElapsedTimer running_;
 };

@@ -3,8 +3,10 @@
 #include <QDeadlineTimer>
 #include <QElapsedTimer>
 #include <QProgressBar>
+#include <QProxyStyle>
 #include <QPushButton>
 #include <QScrollBar>
+#include <QStandardPaths>
 #include <QTest>
 #include <QTextBlock>
 #include <QTextLayout>
@@ -13,6 +15,7 @@
 #include <algorithm>
 #include <atomic>
 #include <ctime>
+#include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iostream>
@@ -28,6 +31,7 @@
 #include "app/qt/MainWindow.h"
 #include "app/qt/StatusLine.h"
 #include "app/qt/StatusLineAnswers.h"
+#include "app/qt/prefersStillness.h"
 #include "command/CommandService.h"
 #include "command/HelperInstallation.h"
 #include "device/KestravDevice.h"
@@ -368,6 +372,37 @@ TEST_F(Window, MovesTheIndicatorWhileItIsShown) {
     // Taking a picture paints, too; nothing else may be needed for the bar to do so.
     PaintCounter counter(bar());
     EXPECT_TRUE(QTest::qWaitFor([&] { return counter.count > 3; }));
+}
+
+/// A style for people whom motion makes ill.
+class StillStyle final : public QProxyStyle {
+  public:
+    int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                  QStyleHintReturn* result) const override {
+        return hint == SH_Widget_Animation_Duration ? 0 : QProxyStyle::styleHint(hint, option, widget, result);
+    }
+};
+
+TEST_F(Window, KeepsTheIndicatorStillForWhoeverWantsThat) {
+    StillStyle still;
+    bar().setStyle(&still);
+    controller_->loaderBar()->startAnimation(*controller_->processIconBtn());
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window_));
+    EXPECT_TRUE(bar().isVisible());
+    const QImage before = bar().grab().toImage();
+    PaintCounter counter(bar());
+    QTest::qWait(400);
+    EXPECT_LE(counter.count, 1);
+    EXPECT_EQ(bar().grab().toImage(), before);
+    bar().setStyle(nullptr);
+}
+
+TEST_F(Window, KeepsTheIndicatorStillWhereTheDesktopsSettingsSaySo) {
+    const QString settings = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) + "/kdeglobals";
+    EXPECT_FALSE(prefersStillness(bar()));
+    std::ofstream(settings.toStdString()) << "[KDE]\nAnimationDurationFactor=0\n";
+    EXPECT_TRUE(prefersStillness(bar()));
+    std::filesystem::remove(settings.toStdString());
 }
 
 TEST_F(Window, ShowsTheNewestAnswerFromAnyThread) {
