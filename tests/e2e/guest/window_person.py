@@ -30,7 +30,7 @@ NAMES = {"firmware": "Update Firmware…", "icon": "Update Icon…"}
 
 
 class WindowPerson(DesktopTest):
-    patience = 60  # everything is some thirty times slower in software emulation
+    patience = 240  # everything is some thirty times slower in software emulation, and slower yet beside other work
     pause = 0.4
     between_keys = 100  # a chooser that can't keep up mixes up what is typed and what it completes
 
