@@ -130,6 +130,6 @@ class WindowCase(FrontEndCase):
         """The window does not look itself: what the service's answer says is all that is known. By the panel's words
         alone a person has to know whether the image arrived."""
         if succeeds:
-            self.assertIn(" is on the accessory, read back and equal. You may unplug it.", told.panel, str(told))
+            self.assertIn(" is on the accessory, read back and equal.", told.panel, str(told))
         else:
             self.assertTrue(told.panel.startswith("Not written"), str(told))
