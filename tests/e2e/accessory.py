@@ -40,12 +40,18 @@ class Accessory:
 
     def plug(self):
         """Plugs it in and waits until its disk is there and udev has given it its names."""
+        return self.push_in().wait_for_disk()
+
+    def push_in(self):
+        self.guest.run("/e2e/tests/e2e/guest/accessory", "plug", self.name, self.port, self.filled(self.table), *self.ids,
+                       self.serial, int(self.readonly))
+        return self
+
+    def wait_for_disk(self):
         # The dummy controller of this port is the only one with this number; below it is the disk.
         blocks = f"/sys/devices/platform/dummy_hcd.{self.port}/usb*/*/*/host*/target*/*/block/*"
-        words = ["plug", self.name, self.port, self.filled(self.table), *self.ids, self.serial, int(self.readonly)]
-        self.disk = self.guest.run(
-            "sh", "-euc", f"/e2e/tests/e2e/guest/accessory \"$@\"; for try in $(seq 600); do set -- {blocks};"
-            " [ -e \"$1/dev\" ] && break; sleep 0.1; done; udevadm settle; basename \"$1\"", "plug", *words).out.strip()
+        self.disk = self.guest.sh(f"for try in $(seq 600); do set -- {blocks}; [ -e \"$1/dev\" ] && break; sleep 0.1; done;"
+                                  " udevadm settle; basename \"$1\"").out.strip()
         return self
 
     def pull(self):
