@@ -1,7 +1,14 @@
 #!/usr/bin/env python3
 """Times the whole road against its peers, in one run on one machine, and prints the ratios.
 
-    benchmarks/road.py PROGRAMS     PROGRAMS: the folder of kestravctl and kestrav-commandd, release build
+    benchmarks/road.py PROGRAMS [PART...]     PROGRAMS: the folder of kestravctl and kestrav-commandd, release build;
+                                              PART: update, memory, detect; all without any
+
+Exit status 1 where a figure is beyond what is wanted of it. On a computer that does something else meanwhile it says
+nothing.
+
+As root it has a network and processes of its own: the service looks through the descriptors of all processes for who
+asks, and the test bed's library multiplies what that takes.
 
 Runs itself again inside the simulated accessory's test bed, so that setting the bed up is not part of any figure.
 Both sides of a ratio run in turn (A B A B ...) under the same conditions; the figures are medians of whole processes.
@@ -18,6 +25,7 @@ from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[1]
 MIB = 1 << 20
+FIRMWARE = 1536 * 512  # where it begins on the disk, in bytes
 UDEVADM = ["udevadm", "trigger", "--dry-run", "--subsystem-match=usb",
            "--attr-match=idVendor=10d6", "--attr-match=idProduct=fd01"]
 
@@ -39,8 +47,14 @@ def in_turn(first, second, runs, environment_of_second=None):
     return tuple(1000 * statistics.median(column) for column in zip(*pairs))
 
 
-def row(what, ours, theirs, figure, wanted):
-    print(f"| {what} | {ours:.1f} ms | {theirs:.1f} ms | {figure} | {wanted} |", flush=True)
+def row(what, ours, theirs, figure, wanted, holds):
+    """A row of the table; false where the figure is not as wanted."""
+    print(f"| {what} | {ours} | {theirs} | {figure} | {wanted} | {'yes' if holds else 'NO'} |", flush=True)
+    return holds
+
+
+def ms(value):
+    return f"{value:.1f} ms"
 
 
 class Service:
@@ -80,20 +94,25 @@ def zero_free(path, size):
 
 def update_against_dd(programs, folder, disk):
     service = Service(programs)
-    for size, runs in ((64 * MIB, 7), (256 * 1024, 15)):
+    hold = []
+    for size, runs in ((64 * MIB, 7), (256 * 1024, 31)):
         image = folder / "image"
         zero_free(image, size)
-        ours = [programs / "kestravctl", "icon", image]
+        ours = [programs / "kestravctl", "firmware", image]
         if size > MIB:
-            peer = f"dd if={image} of={disk} bs=512 seek=2048 conv=notrunc,fsync && cmp -n {size} -i 1048576:0 {disk} {image}"
+            peer = (f"dd if={image} of={disk} bs=512 seek={FIRMWARE // 512} conv=notrunc,fsync && "
+                    f"cmp -n {size} -i {FIRMWARE}:0 {disk} {image}")
             road, theirs = in_turn(ours, ["sh", "-c", peer], runs, without_bed())
-            row("update of 64 MiB, verified / dd bs=512 fsync, cmp", road, theirs, f"{road / theirs:.2f}", "at most 0.6")
+            hold.append(row("firmware of 64 MiB, verified / dd bs=512 fsync, cmp", ms(road), ms(theirs),
+                            f"{road / theirs:.3f}", "at most 0.12", road / theirs <= 0.12))
         else:
-            peer = f"dd if={image} of={disk} bs=256K seek=4 conv=notrunc,fsync"
+            peer = f"dd if={image} of={disk} bs=256K seek={FIRMWARE // (256 * 1024)} conv=notrunc,fsync"
             road, theirs = in_turn(ours, ["sh", "-c", peer], runs, without_bed())
-            row("update of 256 KiB, verified / bare write", road, theirs, f"+{road - theirs:.1f} ms", "at most +30 ms")
-        subprocess.run(["cmp", "-n", str(size), "-i", f"{MIB}:0", disk, image], check=True)
+            hold.append(row("firmware of 256 KiB, verified / bare write", ms(road), ms(theirs),
+                            f"{road - theirs:+.1f} ms", "at most +8 ms", road - theirs <= 8))
+        subprocess.run(["cmp", "-n", str(size), "-i", f"{FIRMWARE}:0", disk, image], check=True)
     service.stop()
+    return all(hold)
 
 
 def memory_of_a_large_write(programs, folder):
@@ -110,42 +129,55 @@ def memory_of_a_large_write(programs, folder):
         time.sleep(0.005)
     service.stop()
     parts = " + ".join(f"{peak / 1024:.1f}" for peak in most[1])
-    print(f"| resident memory of the service while 1 GiB is written | {most[0] / 1024:.1f} MiB ({parts}) | "
-          "| | at most 24 MiB |", flush=True)
+    return row("resident memory of the service while 1 GiB is written", f"{most[0] / 1024:.1f} MiB ({parts})", "", "",
+               "at most 24 MiB", most[0] / 1024 <= 24)
 
 
 def detection_against_udevadm(programs):
     ours, theirs = in_turn([programs / "kestravctl", "detect"], UDEVADM, 41)
-    row("kestravctl detect / udevadm trigger --dry-run", ours, theirs, f"{ours / theirs:.2f}", "at most 1.0")
+    return row("kestravctl detect / udevadm trigger --dry-run", ms(ours), ms(theirs), f"{ours / theirs:.2f}", "at most 1.0",
+               ours / theirs <= 1.0)
+
+
+def among_few():
+    """Becomes this program again, in a network and among processes of its own."""
+    own = ["unshare", "--net", "--pid", "--fork", "--kill-child", "--mount-proc", sys.executable, __file__]
+    os.execvp(own[0], [*own, sys.argv[1], "alone", *sys.argv[2:]])
 
 
 def inside(part, programs, folder):
     if part == "update":
-        update_against_dd(programs, folder, folder / "accessory.img")
-    elif part == "memory":
-        memory_of_a_large_write(programs, folder)
-    else:
-        detection_against_udevadm(programs)
+        return update_against_dd(programs, folder, folder / "accessory.img")
+    if part == "memory":
+        return memory_of_a_large_write(programs, folder)
+    return detection_against_udevadm(programs)
 
 
 def in_bed(part, programs, folder, *options):
-    bed = [ROOT / "simulator/with-accessory", *options, "--", sys.executable, __file__, programs, part, folder]
-    subprocess.run(bed, check=True)
+    bed = [ROOT / "simulator/with-accessory", *options, "--", sys.executable, __file__, programs, "inside", part, folder]
+    return subprocess.run(bed, check=False).returncode == 0
 
 
 def main():
     programs = Path(sys.argv[1]).resolve()
-    if len(sys.argv) > 2:
-        return inside(sys.argv[2], programs, Path(sys.argv[3]))
-    print("| what | ours | peer | figure | wanted |\n|---|---|---|---|---|", flush=True)
+    if sys.argv[2:3] == ["inside"]:
+        return 0 if inside(sys.argv[3], programs, Path(sys.argv[4])) else 1
+    if sys.argv[2:3] == ["alone"]:
+        sys.argv.pop(2)
+        sys.path.insert(0, str(ROOT / "tests/sandbox"))
+        from sandbox import bring_loopback_up
+        bring_loopback_up()
+    elif os.geteuid() == 0:
+        among_few()
+    print("| what | ours | peer | figure | wanted | holds |\n|---|---|---|---|---|---|", flush=True)
     with tempfile.TemporaryDirectory(prefix="kestrav-benchmark.") as name:
         folder = Path(name)
         disk = folder / "accessory.img"
         subprocess.run([ROOT / "simulator/make-disk", disk, "1040"], check=True)
-        in_bed("update", programs, folder, "--disk", disk)
-        in_bed("memory", programs, folder, "--disk", disk)
-        in_bed("detect", programs, folder)
+        hold = [in_bed(part, programs, folder, *([] if part == "detect" else ["--disk", disk]))
+                for part in sys.argv[2:] or ("update", "memory", "detect")]
+    return 0 if all(hold) else 1
 
 
 if __name__ == "__main__":
-    main()
+    sys.exit(main())
