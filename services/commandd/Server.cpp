@@ -9,6 +9,7 @@
 
 #include "protocol/wire.h"
 #include "services/asker/SocketAsker.h"
+#include "services/asker/obtainConsent.h"
 #include "services/commandd/RequestScan.h"
 #include "services/commandd/readRequest.h"
 #include "services/commandd/sendReply.h"
@@ -24,6 +25,13 @@ bool hasGone(int connection) {
 
 Problem isBusy() {
     return refused("the service is busy; try again in a moment.");
+}
+
+/// Root is not asked about: then it is the computer that took so long.
+Problem isTooLate(uid_t uid) {
+    if (needsConsent(uid)) return refused("nobody has agreed within 50 seconds; nothing was done.");
+    return refused(
+        "the request could not be begun within 50 seconds; nothing was done. Has the computer too much to do?");
 }
 
 std::string userName(uid_t uid) {
@@ -182,8 +190,7 @@ void Server::answer(Peer& peer, const RequestEnd& end) {
         refuse(std::move(peer.connection), uid, answerFor(problem));
     };
     if (peer.isLate && !end.begun && !isStopping_) {
-        const auto late = refused("nobody has agreed within 50 seconds; nothing was done.");
-        return refuse(std::move(peer.connection), uid, answerFor(late), end.asked);
+        return refuse(std::move(peer.connection), uid, answerFor(isTooLate(uid)), end.asked);
     }
     switch (end.kind) {
         case RequestEnd::Kind::answered:

@@ -203,10 +203,27 @@ TEST_F(ServerWithAFile, AnswersWhenNobodyAgreesInTime) {
         logs("user 65534: umount /dev/sdzzs1: Refused: nobody has agreed within 50 seconds; nothing was done."));
 }
 
+TEST_F(ServerWithAFile, DoesNotBlameAnybodyWhereNobodyIsAsked) {
+    const ServerProcess server(nothing, [this] { return log(); }, RequestLog::kWindow,
+                               {.toAgree = std::chrono::milliseconds(0)});
+    // A process that is quick enough has begun before the server notices that it is late.
+    std::string answer;
+    for (int tries = 0; tries < 200 && !answer.starts_with("Refused: the request could not be begun"); ++tries)
+        answer = ask(server.port(), "umount", {"/dev/sdzzs1"});
+    EXPECT_EQ(
+        answer,
+        "Refused: the request could not be begun within 50 seconds; nothing was done. Has the computer too much to "
+        "do?");
+}
+
 TEST_F(ServerWithAFile, EndsWhatHasBegunHoweverLateItIs) {
     const ServerProcess server(nothing, [this] { return new FailingLog(path_); }, RequestLog::kWindow,
                                {.toAgree = std::chrono::milliseconds(100)});
-    EXPECT_THAT(ask(server.port(), "rm", {}), testing::HasSubstr("is not a command"));
+    // On a busy computer a process may need so long to begin.
+    std::string answer = "could not be begun";
+    for (int tries = 0; tries < 50 && answer.find("could not be begun") != std::string::npos; ++tries)
+        answer = ask(server.port(), "rm", {});
+    EXPECT_THAT(answer, testing::HasSubstr("is not a command"));
 }
 
 TEST(ServerPatience, IsFiveSecondsForARequestAndOneForAFarewell) {
