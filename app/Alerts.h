@@ -23,6 +23,10 @@ class Alerts {
 
     virtual ~Alerts() = default;
 
+    /// `text` in the person's language, if it is translated, and as it is otherwise. It is found by `context`, the
+    /// place where it is used, and by `comment`, which tells translators what it is.
+    virtual std::string translate(const char* context, const char* text, const char* comment) const = 0;
+
     virtual std::int32_t runModal(const Alert& alert) = 0;
 
     /// Tells the person about `error`. True when that has put the matter right.

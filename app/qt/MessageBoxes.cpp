@@ -24,6 +24,10 @@ void setTexts(QMessageBox& box, const std::string& text, const std::string& info
 
 }  // namespace
 
+std::string MessageBoxes::translate(const char* context, const char* text, const char* comment) const {
+    return QCoreApplication::translate(context, text, comment).toStdString();
+}
+
 std::int32_t MessageBoxes::runModal(const Alert& alert) {
     QMessageBox box(&window_);
     box.setIcon(QMessageBox::Warning);

@@ -12,6 +12,7 @@ class MessageBoxes final : public Alerts {
     /// `window` is not owned and outlives this object.
     explicit MessageBoxes(QWidget& window) : window_(window) {}
 
+    std::string translate(const char* context, const char* text, const char* comment) const override;
     /// The last button is the one that Escape and closing the box stand for.
     std::int32_t runModal(const Alert& alert) override;
     /// Puts nothing right, so it is always false.

@@ -15,6 +15,8 @@ using ::testing::ElementsAre;
 using ::testing::ExitedWithCode;
 using ::testing::IsEmpty;
 using ::testing::KilledBySignal;
+using ::testing::Pair;
+using ::testing::Pair;
 
 class HesitatingEditor final : public Editor {
   public:
@@ -236,6 +238,20 @@ TEST_P(QuitWithoutSaving, AsksAndTurnsTheAnswerRound) {
     EXPECT_EQ(its.alerts.alerts[0].informativeText,
               "Quitting now will lose any changes you have made since the last successful save");
     EXPECT_THAT(its.alerts.alerts[0].buttons, ElementsAre("Quit anyway", "Cancel"));
+}
+
+TEST(QuestionAtTheEnd, TellsTranslatorsWhatEachTextIs) {
+    DelegateOnFakes its;
+    its.delegate.managedObjectContext()->setValue("colour", "red");
+    its.blockTheStore();
+    its.delegate.applicationShouldTerminate();
+    EXPECT_THAT(its.alerts.comments,
+                ElementsAre(Pair("Cancel", "Cancel button title"),
+                            Pair("Could not save changes while quitting. Quit anyway?",
+                                 "Quit without saves error question message"),
+                            Pair("Quit anyway", "Quit anyway button title"),
+                            Pair("Quitting now will lose any changes you have made since the last successful save",
+                                 "Quit without saves error question info")));
 }
 
 /// What a failing store says before it stops the process: the error, the reason, the cause.

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <iostream>
+#include <map>
+#include <string>
 #include <vector>
 
 #include "app/Alerts.h"
@@ -17,6 +19,12 @@ class FakeAlerts final : public Alerts {
 
     std::vector<Alert> alerts;
     std::vector<ApplicationError> errors;
+    mutable std::map<std::string, std::string> comments;  ///< of each text that was to be translated
+
+    std::string translate(const char* /*context*/, const char* text, const char* comment) const override {
+        comments[text] = comment;
+        return text;
+    }
 
     std::int32_t runModal(const Alert& alert) override {
         alerts.push_back(alert);

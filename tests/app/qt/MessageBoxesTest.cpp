@@ -3,8 +3,10 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTimer>
+#include <QTranslator>
 #include <functional>
 #include <gtest/gtest.h>
+#include <string_view>
 
 #include "app/ApplicationError.h"
 #include "app/qt/MessageBoxes.h"
@@ -81,6 +83,25 @@ TEST_F(Boxes, ShowWhatWentWrongAndWhy) {
         EXPECT_EQ(box.informativeText(), "Because of the reason.\n\nCould not do it: Permission denied.");
     });
     EXPECT_FALSE(boxes_.presentError(error));
+}
+
+/// Knows one text, by its context and its comment alone.
+class OneTranslation final : public QTranslator {
+  public:
+    QString translate(const char* context, const char* text, const char* comment, int /*n*/) const override {
+        const bool known = std::string_view(context) == "here" && std::string_view(text) == "Cancel" &&
+                           comment != nullptr && std::string_view(comment) == "Cancel button title";
+        return known ? QStringLiteral("Abbrechen") : QString();
+    }
+    bool isEmpty() const override { return false; }
+};
+
+TEST_F(Boxes, TranslateByContextAndComment) {
+    OneTranslation translator;
+    QCoreApplication::installTranslator(&translator);
+    EXPECT_EQ(boxes_.translate("here", "Cancel", "Cancel button title"), "Abbrechen");
+    EXPECT_EQ(boxes_.translate("here", "Cancel", "another"), "Cancel");
+    EXPECT_EQ(boxes_.translate("there", "Cancel", "Cancel button title"), "Cancel");
 }
 
 TEST(ProgramResources, HoldTheModel) {
