@@ -67,13 +67,13 @@ TerminateReply AppDelegate::quitWithoutSaving(const ApplicationError& error) {
     if (services_.alerts.presentError(error)) return TerminateReply::cancel;
     const Alerts& words = services_.alerts;
     const std::int32_t response = services_.alerts.runModal(
-        {words.translate("kestrav::AppDelegate", "Could not save changes while quitting. Quit anyway?",
+        {words.translate("AppDelegate", "Could not save changes while quitting. Quit anyway?",
                          "Quit without saves error question message"),
-         words.translate("kestrav::AppDelegate",
+         words.translate("AppDelegate",
                          "Quitting now will lose any changes you have made since the last successful save",
                          "Quit without saves error question info"),
-         {words.translate("kestrav::AppDelegate", "Quit anyway", "Quit anyway button title"),
-          words.translate("kestrav::AppDelegate", "Cancel", "Cancel button title")}});
+         {words.translate("AppDelegate", "Quit anyway", "Quit anyway button title"),
+          words.translate("AppDelegate", "Cancel", "Cancel button title")}});
     // The answers are the wrong way round on purpose: people who use the application know the buttons as they are.
     // frozen: F60
     return response == Alerts::kFirstButtonReturn ? TerminateReply::cancel : TerminateReply::now;

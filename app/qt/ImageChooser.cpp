@@ -1,9 +1,11 @@
 #include "app/qt/ImageChooser.h"
 
-#include <QDialogButtonBox>
 #include <QFileInfo>
+#include <QGridLayout>
 #include <QMessageBox>
 #include <QPushButton>
+
+#include "app/qt/imageProblem.h"
 
 namespace kestrav {
 
@@ -14,25 +16,44 @@ ImageChooserDialog::ImageChooserDialog(QWidget* parent, QStringList types, bool 
     setOption(DontUseNativeDialog);
     setFileMode(ExistingFile);
     setNameFilter(tr("Images (%1)").arg(QStringLiteral("*.") + types_.join(QStringLiteral(" *."))));
-    auto* buttons = findChild<QDialogButtonBox*>();
-    if (!withFolders || buttons == nullptr) return;
-    QPushButton* folder = buttons->addButton(tr("Choose Fol&der"), QDialogButtonBox::ActionRole);
+    if (withFolders) addFolderButton();
+}
+
+/// Below everything else and without a frame. An image is a file as a rule; a folder is for those who know why.
+void ImageChooserDialog::addFolderButton() {
+    auto* folder = new QPushButton(tr("Choose Fol&der"), this);
+    folder->setObjectName(QStringLiteral("chooseFolder"));
     folder->setAutoDefault(false);
+    folder->setFlat(true);
     folder->setToolTip(tr("Take the selected folder itself, or the one shown if none is selected"));
     connect(folder, &QPushButton::clicked, this, &ImageChooserDialog::chooseFolder);
+    if (auto* grid = qobject_cast<QGridLayout*>(layout())) {
+        grid->addWidget(folder, grid->rowCount(), 0, 1, -1, Qt::AlignTrailing);
+    } else {
+        layout()->addWidget(folder);
+    }
 }
 
 bool ImageChooserDialog::isAllowed(const QString& file) const {
     return types_.contains(QFileInfo(file).suffix(), Qt::CaseInsensitive);
 }
 
+/// Why that can't be taken; empty if it can, or if the dialog itself has to say something of it.
+QString ImageChooserDialog::objectionTo(const QString& file) const {
+    const QFileInfo info(file);
+    if (!info.exists() || info.isDir()) return {};
+    // The list shows files of the allowed types only, but a person can type the name of any other file.
+    if (!isAllowed(file)) {
+        return tr("%1 is no .%2 file.").arg(info.fileName(), types_.join(tr(" or .")));
+    }
+    return imageProblem(file);
+}
+
 void ImageChooserDialog::accept() {
     const QStringList files = selectedFiles();
-    // The list shows files of the allowed types only, but a person can type the name of any other file.
-    if (!files.isEmpty() && QFileInfo(files.first()).isFile() && !isAllowed(files.first())) {
-        QMessageBox message(QMessageBox::Information, windowTitle(),
-                            tr("%1 is no .%2 file.").arg(QFileInfo(files.first()).fileName(), types_.join(" or .")),
-                            QMessageBox::Ok, this);
+    const QString objection = files.isEmpty() ? QString() : objectionTo(files.first());
+    if (!objection.isEmpty()) {
+        QMessageBox message(QMessageBox::Information, windowTitle(), objection, QMessageBox::Ok, this);
         message.setTextFormat(Qt::PlainText);
         message.exec();
         return;

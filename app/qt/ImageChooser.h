@@ -27,7 +27,9 @@ class ImageChooserDialog final : public QFileDialog {
     void chooseFolder();
 
   private:
+    void addFolderButton();
     bool isAllowed(const QString& file) const;
+    QString objectionTo(const QString& file) const;
 
     QStringList types_;
     QString chosenPath_;

@@ -16,7 +16,6 @@ using ::testing::ExitedWithCode;
 using ::testing::IsEmpty;
 using ::testing::KilledBySignal;
 using ::testing::Pair;
-using ::testing::Pair;
 
 class HesitatingEditor final : public Editor {
   public:

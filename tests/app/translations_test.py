@@ -86,7 +86,7 @@ class Translations(unittest.TestCase):
             self.assertEqual(len(keys), len(set(keys)), source.stem)
 
     def test_are_looked_up_under_the_name_that_they_stand_under(self):
-        code = "".join(path.read_text() for path in sorted(APP.glob("*.h")) + sorted(APP.glob("*.cpp")))
+        code = "".join(path.read_text() for path in sorted(APP.parent.rglob("*.h")) + sorted(APP.parent.rglob("*.cpp")))
         for name in {context for context, _ in messages(SOURCES[0])}:
             declared = f"Q_DECLARE_TR_FUNCTIONS({name})" in code or f'translate("{name}"' in code
             self.assertTrue(declared, f"{name} uses tr() without Q_DECLARE_TR_FUNCTIONS({name}): its texts stay English")

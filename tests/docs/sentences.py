@@ -62,8 +62,9 @@ def said():
     for file, text in sources():
         for call in calls(text):
             for literal in LITERAL.findall(call):
-                if is_a_sentence(literal):
-                    found.setdefault(unescaped(literal), file)
+                for part in re.split(r"%\d", literal):
+                    if is_a_sentence(part):
+                        found.setdefault(unescaped(part), file)
     return found
 
 

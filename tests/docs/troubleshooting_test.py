@@ -7,7 +7,10 @@ import sentences
 
 # Said to somebody who reads the help, or a piece that means nothing by itself.
 ELSEWHERE = {"Updates the firmware and icon images of the Kestrav USB accessory (USB 10d6:fd01).",
-             "Wait for an accessory, or =SECONDS at most; with --all for the next one, too"}
+             "Wait for an accessory, or =SECONDS at most; with --all for the next one, too",
+             # To translators.
+             "Quit without saves error question message", "Quit without saves error question info",
+             "Quit anyway button title", "Cancel button title"}
 
 
 def plain(text):

@@ -29,6 +29,29 @@
     </message>
 </context>
 <context>
+    <name>AppDelegate</name>
+    <message>
+        <source>Could not save changes while quitting. Quit anyway?</source>
+        <comment>Quit without saves error question message</comment>
+        <translation>تعذّر حفظ التغييرات عند الخروج. هل تريد الخروج رغم ذلك؟</translation>
+    </message>
+    <message>
+        <source>Quitting now will lose any changes you have made since the last successful save</source>
+        <comment>Quit without saves error question info</comment>
+        <translation>إذا خرجت الآن فستفقد كل التغييرات التي أجريتها منذ آخر حفظ ناجح</translation>
+    </message>
+    <message>
+        <source>Quit anyway</source>
+        <comment>Quit anyway button title</comment>
+        <translation>الخروج رغم ذلك</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <comment>Cancel button title</comment>
+        <translation>إلغاء</translation>
+    </message>
+</context>
+<context>
     <name>ImageChooserDialog</name>
     <message>
         <source>Images (%1)</source>
@@ -45,6 +68,33 @@
     <message>
         <source>%1 is no .%2 file.</source>
         <translation>‏%1 ليس ملف ‎.%2.</translation>
+    </message>
+    <message>
+        <source> or .</source>
+        <translation> أو .</translation>
+    </message>
+</context>
+<context>
+    <name>ImageProblem</name>
+    <message>
+        <source>%1 is a folder. Choose the file in it that holds the image.</source>
+        <translation>%1 مجلد. اختر الملف الذي فيه ويحتوي على الصورة.</translation>
+    </message>
+    <message>
+        <source>%1 is a pipe. Choose a file that holds the image.</source>
+        <translation>%1 أنبوب. اختر ملفًا يحتوي على الصورة.</translation>
+    </message>
+    <message>
+        <source>%1 is a socket. Choose a file that holds the image.</source>
+        <translation>%1 مقبس. اختر ملفًا يحتوي على الصورة.</translation>
+    </message>
+    <message>
+        <source>%1 is a device. Choose a file that holds the image.</source>
+        <translation>%1 جهاز. اختر ملفًا يحتوي على الصورة.</translation>
+    </message>
+    <message>
+        <source>%1 can&apos;t be read: %2. Check your rights to it, or choose another file.</source>
+        <translation>تعذّرت قراءة %1: %2. تحقق من صلاحياتك عليه أو اختر ملفًا آخر.</translation>
     </message>
 </context>
 <context>

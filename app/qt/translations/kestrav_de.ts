@@ -29,6 +29,29 @@
     </message>
 </context>
 <context>
+    <name>AppDelegate</name>
+    <message>
+        <source>Could not save changes while quitting. Quit anyway?</source>
+        <comment>Quit without saves error question message</comment>
+        <translation>Die Änderungen konnten beim Beenden nicht gesichert werden. Trotzdem beenden?</translation>
+    </message>
+    <message>
+        <source>Quitting now will lose any changes you have made since the last successful save</source>
+        <comment>Quit without saves error question info</comment>
+        <translation>Wenn Sie jetzt beenden, gehen alle Änderungen seit dem letzten erfolgreichen Sichern verloren</translation>
+    </message>
+    <message>
+        <source>Quit anyway</source>
+        <comment>Quit anyway button title</comment>
+        <translation>Trotzdem beenden</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <comment>Cancel button title</comment>
+        <translation>Abbrechen</translation>
+    </message>
+</context>
+<context>
     <name>ImageChooserDialog</name>
     <message>
         <source>Images (%1)</source>
@@ -45,6 +68,33 @@
     <message>
         <source>%1 is no .%2 file.</source>
         <translation>%1 ist keine .%2-Datei.</translation>
+    </message>
+    <message>
+        <source> or .</source>
+        <translation> oder .</translation>
+    </message>
+</context>
+<context>
+    <name>ImageProblem</name>
+    <message>
+        <source>%1 is a folder. Choose the file in it that holds the image.</source>
+        <translation>%1 ist ein Ordner. Wählen Sie die Datei darin, die das Abbild enthält.</translation>
+    </message>
+    <message>
+        <source>%1 is a pipe. Choose a file that holds the image.</source>
+        <translation>%1 ist eine Pipe. Wählen Sie eine Datei, die das Abbild enthält.</translation>
+    </message>
+    <message>
+        <source>%1 is a socket. Choose a file that holds the image.</source>
+        <translation>%1 ist ein Socket. Wählen Sie eine Datei, die das Abbild enthält.</translation>
+    </message>
+    <message>
+        <source>%1 is a device. Choose a file that holds the image.</source>
+        <translation>%1 ist ein Gerät. Wählen Sie eine Datei, die das Abbild enthält.</translation>
+    </message>
+    <message>
+        <source>%1 can&apos;t be read: %2. Check your rights to it, or choose another file.</source>
+        <translation>%1 kann nicht gelesen werden: %2. Prüfen Sie Ihre Rechte daran oder wählen Sie eine andere Datei.</translation>
     </message>
 </context>
 <context>

@@ -29,6 +29,29 @@
     </message>
 </context>
 <context>
+    <name>AppDelegate</name>
+    <message>
+        <source>Could not save changes while quitting. Quit anyway?</source>
+        <comment>Quit without saves error question message</comment>
+        <translation>No se pudieron guardar los cambios al salir. ¿Salir de todos modos?</translation>
+    </message>
+    <message>
+        <source>Quitting now will lose any changes you have made since the last successful save</source>
+        <comment>Quit without saves error question info</comment>
+        <translation>Si sale ahora, se perderán los cambios hechos desde la última vez que se guardaron correctamente</translation>
+    </message>
+    <message>
+        <source>Quit anyway</source>
+        <comment>Quit anyway button title</comment>
+        <translation>Salir de todos modos</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <comment>Cancel button title</comment>
+        <translation>Cancelar</translation>
+    </message>
+</context>
+<context>
     <name>ImageChooserDialog</name>
     <message>
         <source>Images (%1)</source>
@@ -45,6 +68,33 @@
     <message>
         <source>%1 is no .%2 file.</source>
         <translation>%1 no es un archivo .%2.</translation>
+    </message>
+    <message>
+        <source> or .</source>
+        <translation> o .</translation>
+    </message>
+</context>
+<context>
+    <name>ImageProblem</name>
+    <message>
+        <source>%1 is a folder. Choose the file in it that holds the image.</source>
+        <translation>%1 es una carpeta. Elija el archivo de su interior que contiene la imagen.</translation>
+    </message>
+    <message>
+        <source>%1 is a pipe. Choose a file that holds the image.</source>
+        <translation>%1 es una tubería. Elija un archivo que contenga la imagen.</translation>
+    </message>
+    <message>
+        <source>%1 is a socket. Choose a file that holds the image.</source>
+        <translation>%1 es un socket. Elija un archivo que contenga la imagen.</translation>
+    </message>
+    <message>
+        <source>%1 is a device. Choose a file that holds the image.</source>
+        <translation>%1 es un dispositivo. Elija un archivo que contenga la imagen.</translation>
+    </message>
+    <message>
+        <source>%1 can&apos;t be read: %2. Check your rights to it, or choose another file.</source>
+        <translation>No se puede leer %1: %2. Compruebe sus permisos sobre él o elija otro archivo.</translation>
     </message>
 </context>
 <context>

@@ -29,6 +29,29 @@
     </message>
 </context>
 <context>
+    <name>AppDelegate</name>
+    <message>
+        <source>Could not save changes while quitting. Quit anyway?</source>
+        <comment>Quit without saves error question message</comment>
+        <translation>Impossible d’enregistrer les modifications en quittant. Quitter quand même ?</translation>
+    </message>
+    <message>
+        <source>Quitting now will lose any changes you have made since the last successful save</source>
+        <comment>Quit without saves error question info</comment>
+        <translation>Si vous quittez maintenant, les modifications faites depuis le dernier enregistrement réussi seront perdues</translation>
+    </message>
+    <message>
+        <source>Quit anyway</source>
+        <comment>Quit anyway button title</comment>
+        <translation>Quitter quand même</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <comment>Cancel button title</comment>
+        <translation>Annuler</translation>
+    </message>
+</context>
+<context>
     <name>ImageChooserDialog</name>
     <message>
         <source>Images (%1)</source>
@@ -45,6 +68,33 @@
     <message>
         <source>%1 is no .%2 file.</source>
         <translation>%1 n’est pas un fichier .%2.</translation>
+    </message>
+    <message>
+        <source> or .</source>
+        <translation> ou .</translation>
+    </message>
+</context>
+<context>
+    <name>ImageProblem</name>
+    <message>
+        <source>%1 is a folder. Choose the file in it that holds the image.</source>
+        <translation>%1 est un dossier. Choisissez le fichier qui s’y trouve et qui contient l’image.</translation>
+    </message>
+    <message>
+        <source>%1 is a pipe. Choose a file that holds the image.</source>
+        <translation>%1 est un tube. Choisissez un fichier qui contient l’image.</translation>
+    </message>
+    <message>
+        <source>%1 is a socket. Choose a file that holds the image.</source>
+        <translation>%1 est un socket. Choisissez un fichier qui contient l’image.</translation>
+    </message>
+    <message>
+        <source>%1 is a device. Choose a file that holds the image.</source>
+        <translation>%1 est un périphérique. Choisissez un fichier qui contient l’image.</translation>
+    </message>
+    <message>
+        <source>%1 can&apos;t be read: %2. Check your rights to it, or choose another file.</source>
+        <translation>%1 ne peut pas être lu : %2. Vérifiez vos droits sur ce fichier ou choisissez-en un autre.</translation>
     </message>
 </context>
 <context>

@@ -29,6 +29,29 @@
     </message>
 </context>
 <context>
+    <name>AppDelegate</name>
+    <message>
+        <source>Could not save changes while quitting. Quit anyway?</source>
+        <comment>Quit without saves error question message</comment>
+        <translation>終了時に変更を保存できませんでした。それでも終了しますか？</translation>
+    </message>
+    <message>
+        <source>Quitting now will lose any changes you have made since the last successful save</source>
+        <comment>Quit without saves error question info</comment>
+        <translation>今終了すると、最後に正常に保存してからの変更が失われます</translation>
+    </message>
+    <message>
+        <source>Quit anyway</source>
+        <comment>Quit anyway button title</comment>
+        <translation>それでも終了</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <comment>Cancel button title</comment>
+        <translation>キャンセル</translation>
+    </message>
+</context>
+<context>
     <name>ImageChooserDialog</name>
     <message>
         <source>Images (%1)</source>
@@ -45,6 +68,33 @@
     <message>
         <source>%1 is no .%2 file.</source>
         <translation>%1 は .%2 ファイルではありません。</translation>
+    </message>
+    <message>
+        <source> or .</source>
+        <translation> または .</translation>
+    </message>
+</context>
+<context>
+    <name>ImageProblem</name>
+    <message>
+        <source>%1 is a folder. Choose the file in it that holds the image.</source>
+        <translation>%1 はフォルダーです。その中の、イメージの入ったファイルを選んでください。</translation>
+    </message>
+    <message>
+        <source>%1 is a pipe. Choose a file that holds the image.</source>
+        <translation>%1 はパイプです。イメージの入ったファイルを選んでください。</translation>
+    </message>
+    <message>
+        <source>%1 is a socket. Choose a file that holds the image.</source>
+        <translation>%1 はソケットです。イメージの入ったファイルを選んでください。</translation>
+    </message>
+    <message>
+        <source>%1 is a device. Choose a file that holds the image.</source>
+        <translation>%1 はデバイスです。イメージの入ったファイルを選んでください。</translation>
+    </message>
+    <message>
+        <source>%1 can&apos;t be read: %2. Check your rights to it, or choose another file.</source>
+        <translation>%1 を読めません: %2。アクセス権を確かめるか、別のファイルを選んでください。</translation>
     </message>
 </context>
 <context>

@@ -1,15 +1,19 @@
 #include <QApplication>
-#include <QDialogButtonBox>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTimer>
+#include <algorithm>
 #include <array>
 #include <fstream>
 #include <functional>
 #include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
 
 #include "app/qt/ImageChooser.h"
+#include "base/UniqueFd.h"
 #include "tests/TemporaryFolder.h"
 
 namespace kestrav {
@@ -84,7 +88,7 @@ TEST_F(Chooser, IsSetUpTheOtherWayToo) {
         EXPECT_TRUE(dialog.filter() & QDir::Hidden);
         EXPECT_TRUE(dialog.testOption(QFileDialog::ReadOnly));
         EXPECT_EQ(dialog.fileMode(), QFileDialog::ExistingFiles);
-        EXPECT_EQ(dialog.findChild<QDialogButtonBox*>()->buttons().size(), 2);
+        EXPECT_EQ(dialog.findChild<QPushButton*>("chooseFolder"), nullptr);
     });
 }
 
@@ -131,6 +135,69 @@ TEST_F(Chooser, RefusesAFileThatIsNotThere) {
               OpenPanel::kResponseOK);
     EXPECT_TRUE(stayedOpen_);
     EXPECT_TRUE(message_.contains("missing.fds"));
+}
+
+/// What can't be an image, and a part of what is said of it.
+struct NoImage {
+    const char* name;
+    std::function<void(const std::filesystem::path&)> make;
+    const char* said;
+};
+
+void makeSocket(const std::filesystem::path& path) {
+    const UniqueFd socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    ASSERT_LT(path.native().size(), sizeof address.sun_path);
+    std::ranges::copy(path.native(), std::begin(address.sun_path));
+    ASSERT_EQ(::bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+}
+
+TEST_F(Chooser, SaysWhyItTakesNothingButAReadableFileAndStaysOpen) {
+    const std::vector<NoImage> cases{
+        {"pipe.fds", [](const auto& path) { ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0); },
+         "pipe.fds is a pipe. Choose a file that holds the image."},
+        {"socket.fds", makeSocket, "socket.fds is a socket. Choose a file that holds the image."},
+        {"endless.fds", [](const auto& path) { std::filesystem::create_symlink("/dev/zero", path); },
+         "endless.fds is a device. Choose a file that holds the image."},
+        {"sick.fds", [](const auto& path) { std::filesystem::create_symlink("/proc/self/mem", path); },
+         "sick.fds can't be read: Input/output error. Check your rights to it, or choose another file."},
+    };
+    for (const NoImage& no : cases) {
+        SCOPED_TRACE(no.name);
+        no.make(folder_.path() / no.name);
+        message_.clear();
+        EXPECT_NE(run([&](ImageChooserDialog& dialog) {
+                      type(dialog, no.name);
+                      expectMessage();
+                      dialog.accept();
+                  }),
+                  OpenPanel::kResponseOK);
+        EXPECT_TRUE(stayedOpen_);
+        EXPECT_EQ(message_, no.said);
+    }
+}
+
+TEST_F(Chooser, TakesAnEmptyImageForTheLogToSay) {
+    std::ofstream(folder_.path() / "empty.fds");
+    EXPECT_EQ(run([](ImageChooserDialog& dialog) {
+                  type(dialog, "empty.fds");
+                  dialog.accept();
+              }),
+              OpenPanel::kResponseOK);
+}
+
+TEST_F(Chooser, ShowsTheButtonForFoldersLastAndQuietly) {
+    run([](ImageChooserDialog& dialog) {
+        const auto* folder = dialog.findChild<QPushButton*>("chooseFolder");
+        ASSERT_NE(folder, nullptr);
+        EXPECT_TRUE(folder->isFlat());
+        EXPECT_FALSE(folder->isDefault());
+        for (const auto* other : dialog.findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly)) {
+            const bool matters = other != folder && other->isVisible() && !other->inherits("QSizeGrip");
+            EXPECT_TRUE(!matters || other->geometry().bottom() <= folder->geometry().top());
+        }
+    });
 }
 
 TEST_F(Chooser, LooksIntoAFolderThatIsOpened) {

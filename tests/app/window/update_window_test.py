@@ -1,5 +1,7 @@
 """Updates from the window: the chooser, the log, the status line, and what the disk holds afterwards."""
 
+import os
+
 from desktop import DesktopTest
 from road import FINISH, FIRMWARE, ICON, PRELUDE, AnsweringService, content, loaded
 
@@ -78,6 +80,23 @@ class WindowUpdate(DesktopTest):
         self.assertIn("missing.fds", " ".join(self.alert_texts()))
         self.keys("Return")
         self.wait_until_gone("alert")
+        self.dismiss(FIRMWARE_TITLE)
+        self.assertEqual(self.log(), "")
+
+    def test_a_pipe_and_an_endless_device_are_refused_by_the_chooser(self):
+        """Nobody ever comes to the other end of the pipe: whoever waited for that would wait for ever."""
+        pipe, endless = self.folder / "pipe.fds", self.folder / "endless.fds"
+        os.mkfifo(pipe)
+        endless.symlink_to("/dev/zero")
+        self.open_window()
+        self.click(self.firmware_button())
+        self.find("dialog", FIRMWARE_TITLE)
+        for path, said in ((pipe, "pipe.fds is a pipe."), (endless, "endless.fds is a device.")):
+            self.choose(path, FIRMWARE_TITLE)
+            self.assertIn(said, " ".join(self.alert_texts()))
+            self.picture(path.stem)
+            self.keys("Return")
+            self.wait_until_gone("alert")
         self.dismiss(FIRMWARE_TITLE)
         self.assertEqual(self.log(), "")
 
