@@ -1,11 +1,8 @@
 #include "app/qt/LogTextEdit.h"
 
 #include <QContextMenuEvent>
-#include <QFileDialog>
 #include <QMenu>
-#include <QMessageBox>
 #include <QMimeData>
-#include <QSaveFile>
 #include <QScrollBar>
 #include <QShortcut>
 #include <QTextBlock>
@@ -13,6 +10,7 @@
 #include <chrono>
 #include <memory>
 
+#include "app/qt/saveTextAs.h"
 #include "base/shownText.h"
 
 namespace kestrav {
@@ -63,6 +61,7 @@ LogTextEdit::LogTextEdit(QWidget* parent) : QPlainTextEdit(parent) {
 }
 
 void LogTextEdit::append(std::string_view text) {
+    appended_(text);
     paintSoon();
     QTextCursor end(document());
     end.movePosition(QTextCursor::End);
@@ -107,20 +106,7 @@ void LogTextEdit::paintNow() {
 }
 
 void LogTextEdit::saveAs() {
-    const QString path = QFileDialog::getSaveFileName(this, tr("Save the log"), QStringLiteral("kestrav.log"), {},
-                                                      nullptr, QFileDialog::DontUseNativeDialog);
-    if (path.isEmpty() || saveTo(path)) return;
-    QMessageBox message(QMessageBox::Warning, tr("Kestrav"), tr("The log could not be saved to %1.").arg(path),
-                        QMessageBox::Ok, this);
-    message.setTextFormat(Qt::PlainText);
-    message.exec();
-}
-
-bool LogTextEdit::saveTo(const QString& path) const {
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly)) return false;
-    file.write(content_.data(), static_cast<qint64>(content_.size()));
-    return file.commit();
+    saveTextAs(this, QStringLiteral("kestrav.log"), content_);
 }
 
 void LogTextEdit::contextMenuEvent(QContextMenuEvent* event) {

@@ -5,6 +5,7 @@
 #include <QPlainTextEdit>
 #include <QTimer>
 #include <chrono>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -33,8 +34,8 @@ class LogTextEdit final : public QPlainTextEdit {
 
     /// Asks for a file's name and writes the content into it.
     void saveAs();
-    /// False when the file can't be written; then an earlier one of that name is as it was.
-    bool saveTo(const QString& path) const;
+    /// Called with each text that is appended.
+    void setAppended(std::function<void(std::string_view)> appended) { appended_ = std::move(appended); }
 
   protected:
     void contextMenuEvent(QContextMenuEvent* event) override;
@@ -46,6 +47,7 @@ class LogTextEdit final : public QPlainTextEdit {
     void paintSoon();
     void paintNow();
 
+    std::function<void(std::string_view)> appended_ = [](std::string_view) {};
     std::string content_;
     std::vector<std::size_t> lineStarts_{0};  ///< where each shown line begins in the content
     QElapsedTimer sincePainted_;              ///< since lines were painted

@@ -20,6 +20,7 @@
 #include "app/qt/ActivityBar.h"
 #include "app/qt/ActivityBarOutlet.h"
 #include "app/qt/FittingColumn.h"
+#include "app/qt/HelpButton.h"
 #include "app/qt/ImageChooser.h"
 #include "app/qt/InputBlocker.h"
 #include "app/qt/LogTextEdit.h"
@@ -83,8 +84,14 @@ void MainWindow::makeParts() {
     progress_->setAccessibleName(tr("Update in progress"));
     progress_->hide();
     accessoryLine_ = new AccessoryLine(this);
+    help_ = new HelpButton(this);
     panel_ = new OutcomePanel(this);
     panel_->takeIndicator(progress_);
+    log_->setAppended([this](std::string_view text) { help_->record().logged(text); });
+    help_->setSought([this] { return panel_->sentences(); });
+    help_->setShown([this] {
+        return QStringList{accessoryLine_->text(), panel_->words(), statusLine().toPlainText()}.join('\n');
+    });
 }
 
 void MainWindow::makeOutlets() {
@@ -118,7 +125,10 @@ void MainWindow::layOut() {
     row->addWidget(iconButton_);
     auto* all = new QVBoxLayout(column);
     all->setContentsMargins(9, 6, 9, 9);
-    all->addWidget(accessoryLine_);
+    auto* top = new QHBoxLayout;
+    top->addWidget(accessoryLine_, 1);
+    top->addWidget(help_);
+    all->addLayout(top);
     all->addWidget(buttons_);
     all->addWidget(panel_);
     all->addWidget(log_, 1);
@@ -129,6 +139,8 @@ void MainWindow::layOut() {
     middle->setContentsMargins({});
     middle->addWidget(column, 1);
     setCentralWidget(content);
+    // Above everything, and yet what a person needs last.
+    setTabOrder(log_, help_);
     content->show();
     firmwareButton_->setFocus();
 }
@@ -154,6 +166,10 @@ void MainWindow::setPreferredContentSize(int width, int height) {
 
 std::unique_ptr<OpenPanel> MainWindow::makeOpenPanel() {
     return std::make_unique<ImageChooser>(this, folder_, std::exchange(preselected_, {}));
+}
+
+SupportRecord& MainWindow::supportRecord() {
+    return help_->record();
 }
 
 StatusLine& MainWindow::statusLine() {

@@ -16,11 +16,13 @@ class AccessoryLine;
 class ActivityBar;
 class ActivityIndicator;
 class Button;
+class HelpButton;
 class LogBox;
 class LogText;
 class LogTextEdit;
 class OutcomePanel;
 class StatusLine;
+class SupportRecord;
 class ViewController;
 
 /// The only window: the accessory, two buttons, how the newest update stands, and the log.
@@ -44,6 +46,8 @@ class MainWindow final : public QMainWindow, public MainView {
 
     AccessoryLine& accessoryLine() { return *accessoryLine_; }
     OutcomePanel& panel() { return *panel_; }
+    /// Takes the service's answers, too, for whoever helps.
+    SupportRecord& supportRecord();
     /// The panel's part for what the service itself says.
     StatusLine& statusLine();
 
@@ -73,6 +77,7 @@ class MainWindow final : public QMainWindow, public MainView {
     LogTextEdit* log_ = nullptr;
     ActivityBar* progress_ = nullptr;
     AccessoryLine* accessoryLine_ = nullptr;
+    HelpButton* help_ = nullptr;
     OutcomePanel* panel_ = nullptr;
     QString folder_;
     QString preselected_;

@@ -93,7 +93,7 @@ void OutcomePanel::takeIndicator(QWidget* indicator) {
 }
 
 void OutcomePanel::showReady() {
-    canBeSentAgain_ = false;
+    report_ = nullptr;
     again_->hide();
     say(OutcomeSign::Kind::ready, tr("Nothing has been sent yet."), {}, tr("Choose an image with one of the buttons."));
 }
@@ -104,19 +104,19 @@ void OutcomePanel::showAsking() {
 }
 
 void OutcomePanel::showWorking(const QString& headline, const QString& more, const QString& remedy) {
-    canBeSentAgain_ = false;
+    report_ = nullptr;
     again_->hide();
     say(OutcomeSign::Kind::working, headline, more, remedy);
 }
 
 void OutcomePanel::showReport(const Report& report) {
-    canBeSentAgain_ = report.canBeSentAgain;
+    report_ = &report;
     say(signOf(report.kind), QCoreApplication::translate("Report", report.headline), {},
         QCoreApplication::translate("Report", report.remedy));
 }
 
 void OutcomePanel::offerToSendAgain(bool offered) {
-    again_->setVisible(offered && canBeSentAgain_);
+    again_->setVisible(offered && report_ != nullptr && report_->canBeSentAgain);
 }
 
 void OutcomePanel::say(OutcomeSign::Kind kind, const QString& headline, const QString& more, const QString& remedy) {
@@ -125,6 +125,13 @@ void OutcomePanel::say(OutcomeSign::Kind kind, const QString& headline, const QS
     remedy_->setText(remedy);
     update();
     if (std::exchange(announced_, headline + remedy) != announced_) announce();
+}
+
+QStringList OutcomePanel::sentences() const {
+    QStringList all;
+    if (!statusLine_->document()->isEmpty()) all += statusLine_->toPlainText();
+    if (report_ != nullptr) all += QString::fromUtf8(report_->headline);
+    return all;
 }
 
 QString OutcomePanel::words() const {

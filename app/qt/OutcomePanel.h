@@ -43,6 +43,9 @@ class OutcomePanel final : public QFrame {
     /// Puts the indicator below the words; it is this object's from then on.
     void takeIndicator(QWidget* indicator);
 
+    /// The sentences that help can be looked up by, in English, the service's own first.
+    QStringList sentences() const;
+
     /// All that the panel says, for whoever does not see it.
     QString words() const;
 
@@ -62,7 +65,7 @@ class OutcomePanel final : public QFrame {
     StatusLine* statusLine_ = nullptr;
     QBoxLayout* column_ = nullptr;
     QString announced_;
-    bool canBeSentAgain_ = false;
+    const Report* report_ = nullptr;
     std::function<void()> sendAgain_ = [] {};
 };
 

@@ -9,6 +9,7 @@
 
 #include "app/AppDelegate.h"
 #include "app/BothAnswerSinks.h"
+#include "app/SupportRecord.h"
 #include "app/ViewController.h"
 #include "app/qt/AccessoryLine.h"
 #include "app/qt/AccessoryWatch.h"
@@ -56,7 +57,8 @@ int run(QApplication& application) {
     WatchedRegistry registry(udev);
     UpdatePresenter presenter(window.panel(), registry);
     StatusLineAnswers ownWords(window.statusLine());
-    BothAnswerSinks answers(presenter.record(), ownWords);
+    BothAnswerSinks shown(presenter.record(), ownWords);
+    BothAnswerSinks answers(shown, window.supportRecord());
     UdevEvents events;
     AccessoryWatch accessories(udev, events, [&](const AccessoryWatch::Accessories& attached) {
         window.accessoryLine().showAccessories(attached);

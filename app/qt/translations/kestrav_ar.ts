@@ -52,6 +52,65 @@
     </message>
 </context>
 <context>
+    <name>HelpButton</name>
+    <message>
+        <source>Help</source>
+        <translation>مساعدة</translation>
+    </message>
+    <message>
+        <source>Help, and what somebody who helps you needs</source>
+        <translation>مساعدة، وما يحتاج إليه من يساعدك</translation>
+    </message>
+    <message>
+        <source>&amp;Help</source>
+        <translation>&amp;مساعدة</translation>
+    </message>
+    <message>
+        <source>&amp;Copy Everything for Support</source>
+        <translation>&amp;نسخ كل شيء للدعم</translation>
+    </message>
+    <message>
+        <source>&amp;Save the Log with Times…</source>
+        <translation>&amp;حفظ السجل مع الأوقات…</translation>
+    </message>
+    <message>
+        <source>&amp;About Kestrav</source>
+        <translation>&amp;حول Kestrav</translation>
+    </message>
+    <message>
+        <source>Kestrav – Help</source>
+        <translation>Kestrav – مساعدة</translation>
+    </message>
+    <message>
+        <source>About Kestrav</source>
+        <translation>حول Kestrav</translation>
+    </message>
+    <message>
+        <source>Updates the firmware and the icon of a USB accessory.</source>
+        <translation>يحدّث البرنامج الثابت والأيقونة لملحق USB.</translation>
+    </message>
+    <message>
+        <source>&amp;Licences…</source>
+        <translation>ال&amp;تراخيص…</translation>
+    </message>
+    <message>
+        <source>Kestrav – Licences</source>
+        <translation>Kestrav – التراخيص</translation>
+    </message>
+    <message>
+        <source>Kestrav</source>
+        <translation>Kestrav</translation>
+    </message>
+    <message>
+        <source>Everything is on the clipboard.</source>
+        <translation>كل شيء في الحافظة.</translation>
+    </message>
+    <message>
+        <source>Paste it into your message. It has the names of your image files and of your disks in it, and nothing of what is in them.</source>
+        <translation>ألصقه في رسالتك. فيه أسماء ملفات الصور والأقراص لديك، ولا شيء من محتواها.</translation>
+    </message>
+</context>
+<context>
     <name>ImageChooserDialog</name>
     <message>
         <source>Images (%1)</source>
@@ -99,18 +158,6 @@
 </context>
 <context>
     <name>LogTextEdit</name>
-    <message>
-        <source>Save the log</source>
-        <translation>حفظ السجل</translation>
-    </message>
-    <message>
-        <source>Kestrav</source>
-        <translation>Kestrav</translation>
-    </message>
-    <message>
-        <source>The log could not be saved to %1.</source>
-        <translation>تعذّر حفظ السجل في %1.</translation>
-    </message>
     <message>
         <source>&amp;Copy</source>
         <translation>&amp;نسخ</translation>
@@ -444,6 +491,21 @@
     <message>
         <source>Don&apos;t unplug the accessory.</source>
         <translation>لا تفصل الملحق.</translation>
+    </message>
+</context>
+<context>
+    <name>saveTextAs</name>
+    <message>
+        <source>Save the log</source>
+        <translation>حفظ السجل</translation>
+    </message>
+    <message>
+        <source>Kestrav</source>
+        <translation>Kestrav</translation>
+    </message>
+    <message>
+        <source>The log could not be saved to %1.</source>
+        <translation>تعذّر حفظ السجل في %1.</translation>
     </message>
 </context>
 </TS>

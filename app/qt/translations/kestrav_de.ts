@@ -52,6 +52,65 @@
     </message>
 </context>
 <context>
+    <name>HelpButton</name>
+    <message>
+        <source>Help</source>
+        <translation>Hilfe</translation>
+    </message>
+    <message>
+        <source>Help, and what somebody who helps you needs</source>
+        <translation>Hilfe, und was jemand braucht, der Ihnen hilft</translation>
+    </message>
+    <message>
+        <source>&amp;Help</source>
+        <translation>&amp;Hilfe</translation>
+    </message>
+    <message>
+        <source>&amp;Copy Everything for Support</source>
+        <translation>Alles für den Support &amp;kopieren</translation>
+    </message>
+    <message>
+        <source>&amp;Save the Log with Times…</source>
+        <translation>Protokoll mit Zeiten &amp;speichern …</translation>
+    </message>
+    <message>
+        <source>&amp;About Kestrav</source>
+        <translation>&amp;Über Kestrav</translation>
+    </message>
+    <message>
+        <source>Kestrav – Help</source>
+        <translation>Kestrav – Hilfe</translation>
+    </message>
+    <message>
+        <source>About Kestrav</source>
+        <translation>Über Kestrav</translation>
+    </message>
+    <message>
+        <source>Updates the firmware and the icon of a USB accessory.</source>
+        <translation>Aktualisiert die Firmware und das Symbol eines USB-Zubehörs.</translation>
+    </message>
+    <message>
+        <source>&amp;Licences…</source>
+        <translation>&amp;Lizenzen …</translation>
+    </message>
+    <message>
+        <source>Kestrav – Licences</source>
+        <translation>Kestrav – Lizenzen</translation>
+    </message>
+    <message>
+        <source>Kestrav</source>
+        <translation>Kestrav</translation>
+    </message>
+    <message>
+        <source>Everything is on the clipboard.</source>
+        <translation>Alles ist in der Zwischenablage.</translation>
+    </message>
+    <message>
+        <source>Paste it into your message. It has the names of your image files and of your disks in it, and nothing of what is in them.</source>
+        <translation>Fügen Sie es in Ihre Nachricht ein. Es enthält die Namen Ihrer Abbilddateien und Datenträger, aber nichts von deren Inhalt.</translation>
+    </message>
+</context>
+<context>
     <name>ImageChooserDialog</name>
     <message>
         <source>Images (%1)</source>
@@ -99,18 +158,6 @@
 </context>
 <context>
     <name>LogTextEdit</name>
-    <message>
-        <source>Save the log</source>
-        <translation>Protokoll speichern</translation>
-    </message>
-    <message>
-        <source>Kestrav</source>
-        <translation>Kestrav</translation>
-    </message>
-    <message>
-        <source>The log could not be saved to %1.</source>
-        <translation>Das Protokoll konnte nicht in %1 gespeichert werden.</translation>
-    </message>
     <message>
         <source>&amp;Copy</source>
         <translation>&amp;Kopieren</translation>
@@ -444,6 +491,21 @@
     <message>
         <source>Don&apos;t unplug the accessory.</source>
         <translation>Ziehen Sie das Zubehör nicht ab.</translation>
+    </message>
+</context>
+<context>
+    <name>saveTextAs</name>
+    <message>
+        <source>Save the log</source>
+        <translation>Protokoll speichern</translation>
+    </message>
+    <message>
+        <source>Kestrav</source>
+        <translation>Kestrav</translation>
+    </message>
+    <message>
+        <source>The log could not be saved to %1.</source>
+        <translation>Das Protokoll konnte nicht in %1 gespeichert werden.</translation>
     </message>
 </context>
 </TS>

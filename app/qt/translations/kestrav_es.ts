@@ -52,6 +52,65 @@
     </message>
 </context>
 <context>
+    <name>HelpButton</name>
+    <message>
+        <source>Help</source>
+        <translation>Ayuda</translation>
+    </message>
+    <message>
+        <source>Help, and what somebody who helps you needs</source>
+        <translation>Ayuda, y lo que necesita quien le ayude</translation>
+    </message>
+    <message>
+        <source>&amp;Help</source>
+        <translation>A&amp;yuda</translation>
+    </message>
+    <message>
+        <source>&amp;Copy Everything for Support</source>
+        <translation>&amp;Copiar todo para el soporte</translation>
+    </message>
+    <message>
+        <source>&amp;Save the Log with Times…</source>
+        <translation>&amp;Guardar el registro con las horas…</translation>
+    </message>
+    <message>
+        <source>&amp;About Kestrav</source>
+        <translation>&amp;Acerca de Kestrav</translation>
+    </message>
+    <message>
+        <source>Kestrav – Help</source>
+        <translation>Kestrav – Ayuda</translation>
+    </message>
+    <message>
+        <source>About Kestrav</source>
+        <translation>Acerca de Kestrav</translation>
+    </message>
+    <message>
+        <source>Updates the firmware and the icon of a USB accessory.</source>
+        <translation>Actualiza el firmware y el icono de un accesorio USB.</translation>
+    </message>
+    <message>
+        <source>&amp;Licences…</source>
+        <translation>&amp;Licencias…</translation>
+    </message>
+    <message>
+        <source>Kestrav – Licences</source>
+        <translation>Kestrav – Licencias</translation>
+    </message>
+    <message>
+        <source>Kestrav</source>
+        <translation>Kestrav</translation>
+    </message>
+    <message>
+        <source>Everything is on the clipboard.</source>
+        <translation>Todo está en el portapapeles.</translation>
+    </message>
+    <message>
+        <source>Paste it into your message. It has the names of your image files and of your disks in it, and nothing of what is in them.</source>
+        <translation>Péguelo en su mensaje. Contiene los nombres de sus archivos de imagen y de sus discos, y nada de su contenido.</translation>
+    </message>
+</context>
+<context>
     <name>ImageChooserDialog</name>
     <message>
         <source>Images (%1)</source>
@@ -99,18 +158,6 @@
 </context>
 <context>
     <name>LogTextEdit</name>
-    <message>
-        <source>Save the log</source>
-        <translation>Guardar el registro</translation>
-    </message>
-    <message>
-        <source>Kestrav</source>
-        <translation>Kestrav</translation>
-    </message>
-    <message>
-        <source>The log could not be saved to %1.</source>
-        <translation>No se pudo guardar el registro en %1.</translation>
-    </message>
     <message>
         <source>&amp;Copy</source>
         <translation>&amp;Copiar</translation>
@@ -444,6 +491,21 @@
     <message>
         <source>Don&apos;t unplug the accessory.</source>
         <translation>No desconecte el accesorio.</translation>
+    </message>
+</context>
+<context>
+    <name>saveTextAs</name>
+    <message>
+        <source>Save the log</source>
+        <translation>Guardar el registro</translation>
+    </message>
+    <message>
+        <source>Kestrav</source>
+        <translation>Kestrav</translation>
+    </message>
+    <message>
+        <source>The log could not be saved to %1.</source>
+        <translation>No se pudo guardar el registro en %1.</translation>
     </message>
 </context>
 </TS>

@@ -52,6 +52,65 @@
     </message>
 </context>
 <context>
+    <name>HelpButton</name>
+    <message>
+        <source>Help</source>
+        <translation>Aide</translation>
+    </message>
+    <message>
+        <source>Help, and what somebody who helps you needs</source>
+        <translation>De l’aide, et ce qu’il faut à qui vous aide</translation>
+    </message>
+    <message>
+        <source>&amp;Help</source>
+        <translation>A&amp;ide</translation>
+    </message>
+    <message>
+        <source>&amp;Copy Everything for Support</source>
+        <translation>&amp;Copier tout pour l’assistance</translation>
+    </message>
+    <message>
+        <source>&amp;Save the Log with Times…</source>
+        <translation>&amp;Enregistrer le journal avec les heures…</translation>
+    </message>
+    <message>
+        <source>&amp;About Kestrav</source>
+        <translation>À &amp;propos de Kestrav</translation>
+    </message>
+    <message>
+        <source>Kestrav – Help</source>
+        <translation>Kestrav – Aide</translation>
+    </message>
+    <message>
+        <source>About Kestrav</source>
+        <translation>À propos de Kestrav</translation>
+    </message>
+    <message>
+        <source>Updates the firmware and the icon of a USB accessory.</source>
+        <translation>Met à jour le micrologiciel et l’icône d’un accessoire USB.</translation>
+    </message>
+    <message>
+        <source>&amp;Licences…</source>
+        <translation>&amp;Licences…</translation>
+    </message>
+    <message>
+        <source>Kestrav – Licences</source>
+        <translation>Kestrav – Licences</translation>
+    </message>
+    <message>
+        <source>Kestrav</source>
+        <translation>Kestrav</translation>
+    </message>
+    <message>
+        <source>Everything is on the clipboard.</source>
+        <translation>Tout est dans le presse-papiers.</translation>
+    </message>
+    <message>
+        <source>Paste it into your message. It has the names of your image files and of your disks in it, and nothing of what is in them.</source>
+        <translation>Collez-le dans votre message. Il contient les noms de vos fichiers d’image et de vos disques, et rien de leur contenu.</translation>
+    </message>
+</context>
+<context>
     <name>ImageChooserDialog</name>
     <message>
         <source>Images (%1)</source>
@@ -99,18 +158,6 @@
 </context>
 <context>
     <name>LogTextEdit</name>
-    <message>
-        <source>Save the log</source>
-        <translation>Enregistrer le journal</translation>
-    </message>
-    <message>
-        <source>Kestrav</source>
-        <translation>Kestrav</translation>
-    </message>
-    <message>
-        <source>The log could not be saved to %1.</source>
-        <translation>Le journal n’a pas pu être enregistré dans %1.</translation>
-    </message>
     <message>
         <source>&amp;Copy</source>
         <translation>&amp;Copier</translation>
@@ -444,6 +491,21 @@
     <message>
         <source>Don&apos;t unplug the accessory.</source>
         <translation>Ne débranchez pas l’accessoire.</translation>
+    </message>
+</context>
+<context>
+    <name>saveTextAs</name>
+    <message>
+        <source>Save the log</source>
+        <translation>Enregistrer le journal</translation>
+    </message>
+    <message>
+        <source>Kestrav</source>
+        <translation>Kestrav</translation>
+    </message>
+    <message>
+        <source>The log could not be saved to %1.</source>
+        <translation>Le journal n’a pas pu être enregistré dans %1.</translation>
     </message>
 </context>
 </TS>

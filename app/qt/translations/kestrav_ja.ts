@@ -52,6 +52,65 @@
     </message>
 </context>
 <context>
+    <name>HelpButton</name>
+    <message>
+        <source>Help</source>
+        <translation>ヘルプ</translation>
+    </message>
+    <message>
+        <source>Help, and what somebody who helps you needs</source>
+        <translation>ヘルプと、サポート担当者に必要な情報</translation>
+    </message>
+    <message>
+        <source>&amp;Help</source>
+        <translation>ヘルプ(&amp;H)</translation>
+    </message>
+    <message>
+        <source>&amp;Copy Everything for Support</source>
+        <translation>サポート用にすべてコピー(&amp;C)</translation>
+    </message>
+    <message>
+        <source>&amp;Save the Log with Times…</source>
+        <translation>時刻付きでログを保存(&amp;S)…</translation>
+    </message>
+    <message>
+        <source>&amp;About Kestrav</source>
+        <translation>Kestrav について(&amp;A)</translation>
+    </message>
+    <message>
+        <source>Kestrav – Help</source>
+        <translation>Kestrav – ヘルプ</translation>
+    </message>
+    <message>
+        <source>About Kestrav</source>
+        <translation>Kestrav について</translation>
+    </message>
+    <message>
+        <source>Updates the firmware and the icon of a USB accessory.</source>
+        <translation>USB アクセサリーのファームウェアとアイコンを更新します。</translation>
+    </message>
+    <message>
+        <source>&amp;Licences…</source>
+        <translation>ライセンス(&amp;L)…</translation>
+    </message>
+    <message>
+        <source>Kestrav – Licences</source>
+        <translation>Kestrav – ライセンス</translation>
+    </message>
+    <message>
+        <source>Kestrav</source>
+        <translation>Kestrav</translation>
+    </message>
+    <message>
+        <source>Everything is on the clipboard.</source>
+        <translation>すべてクリップボードにコピーしました。</translation>
+    </message>
+    <message>
+        <source>Paste it into your message. It has the names of your image files and of your disks in it, and nothing of what is in them.</source>
+        <translation>メッセージに貼り付けてください。イメージファイルとディスクの名前は含まれますが、その内容は含まれません。</translation>
+    </message>
+</context>
+<context>
     <name>ImageChooserDialog</name>
     <message>
         <source>Images (%1)</source>
@@ -99,18 +158,6 @@
 </context>
 <context>
     <name>LogTextEdit</name>
-    <message>
-        <source>Save the log</source>
-        <translation>ログの保存</translation>
-    </message>
-    <message>
-        <source>Kestrav</source>
-        <translation>Kestrav</translation>
-    </message>
-    <message>
-        <source>The log could not be saved to %1.</source>
-        <translation>ログを %1 に保存できませんでした。</translation>
-    </message>
     <message>
         <source>&amp;Copy</source>
         <translation>コピー(&amp;C)</translation>
@@ -444,6 +491,21 @@
     <message>
         <source>Don&apos;t unplug the accessory.</source>
         <translation>アクセサリを取り外さないでください。</translation>
+    </message>
+</context>
+<context>
+    <name>saveTextAs</name>
+    <message>
+        <source>Save the log</source>
+        <translation>ログの保存</translation>
+    </message>
+    <message>
+        <source>Kestrav</source>
+        <translation>Kestrav</translation>
+    </message>
+    <message>
+        <source>The log could not be saved to %1.</source>
+        <translation>ログを %1 に保存できませんでした。</translation>
     </message>
 </context>
 </TS>

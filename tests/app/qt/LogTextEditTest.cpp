@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "app/qt/LogTextEdit.h"
+#include "app/qt/saveTextAs.h"
 #include "tests/TemporaryFolder.h"
 
 namespace kestrav {
@@ -127,7 +128,7 @@ TEST(LogTextEdit, SavesItsContentByteForByte) {
     const std::filesystem::path file = folder.path() / "log";
     LogTextEdit log;
     log.append("a\r\n\xff\n\r\n");
-    EXPECT_TRUE(log.saveTo(QString::fromStdString(file)));
+    EXPECT_TRUE(writeTextFile(QString::fromStdString(file), log.content()));
     std::ostringstream saved;
     saved << std::ifstream(file).rdbuf();
     EXPECT_EQ(saved.str(), "a\r\n\xff\n\r\n");
@@ -136,8 +137,8 @@ TEST(LogTextEdit, SavesItsContentByteForByte) {
 TEST(LogTextEdit, SaysWhenItCannotBeSaved) {
     const TemporaryFolder folder;
     const LogTextEdit log;
-    EXPECT_FALSE(log.saveTo(QString::fromStdString(folder.path() / "missing" / "log")));
-    EXPECT_FALSE(log.saveTo(QString::fromStdString(folder.path())));
+    EXPECT_FALSE(writeTextFile(QString::fromStdString(folder.path() / "missing" / "log"), log.content()));
+    EXPECT_FALSE(writeTextFile(QString::fromStdString(folder.path()), log.content()));
 }
 
 }  // namespace

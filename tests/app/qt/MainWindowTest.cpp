@@ -12,6 +12,7 @@
 #include <QTextLayout>
 #include <QThread>
 #include <QTimer>
+#include <QToolButton>
 #include <algorithm>
 #include <atomic>
 #include <ctime>
@@ -109,8 +110,9 @@ TEST_F(Window, NamesEverythingForAScreenReader) {
 
 TEST_F(Window, IsReachedWithTheTabKeyInItsOrder) {
     window_.statusLine().showSentence("Refused: no.");
-    const std::vector<const QWidget*> order{&firmwareButton(), &iconButton(), &window_.statusLine(), &logEdit(),
-                                            &firmwareButton()};
+    const std::vector<const QWidget*> order{
+        &firmwareButton(), &iconButton(), &window_.statusLine(), &logEdit(), window_.findChild<QToolButton*>("helpBtn"),
+        &firmwareButton()};
     window_.activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&window_));
     for (const QWidget* expected : order) {

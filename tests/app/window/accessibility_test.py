@@ -34,7 +34,7 @@ class Accessibility(DesktopTest):
         self.open_after_a_refusal()
         for role, name in (("push button", "Update Firmware…"), ("push button", "Update Icon…"),
                            ("push button", "Send Again…"), ("text", "System message"), ("text", "Log"),
-                           ("push button", "Update Firmware…")):
+                           ("push button", "Help"), ("push button", "Update Firmware…")):
             self.wait_until(lambda: self.has(self.find(role, name), "FOCUSED"), f"{name} has not got the focus")
             self.keys("Tab")
 

@@ -1,0 +1,71 @@
+#include "app/qt/HelpButton.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QMenu>
+#include <QMessageBox>
+#include <QPointer>
+#include <QPushButton>
+
+#include "app/qt/HelpPage.h"
+#include "app/qt/saveTextAs.h"
+
+namespace kestrav {
+
+HelpButton::HelpButton(QWidget* parent) : QToolButton(parent) {
+    setObjectName(QStringLiteral("helpBtn"));
+    setText(QStringLiteral("?"));
+    setAutoRaise(true);
+    setAccessibleName(tr("Help"));
+    setToolTip(tr("Help, and what somebody who helps you needs"));
+    setFocusPolicy(Qt::TabFocus);
+    setPopupMode(QToolButton::InstantPopup);
+    auto* menu = new QMenu(this);
+    menu->addAction(tr("&Help"), QKeySequence::HelpContents, this, &HelpButton::showHelp);
+    menu->addSeparator();
+    menu->addAction(tr("&Copy Everything for Support"), this, &HelpButton::copyForSupport);
+    menu->addAction(tr("&Save the Log with Times…"), this, &HelpButton::saveWithTimes);
+    menu->addSeparator();
+    menu->addAction(tr("&About Kestrav"), this, &HelpButton::showAbout);
+    setMenu(menu);
+    // A menu's keys work while it is open alone.
+    window()->addAction(menu->actions().first());
+}
+
+void HelpButton::showHelp() {
+    (new HelpPage(window(), tr("Kestrav – Help"), QStringLiteral(":/troubleshooting.md"), sought_()))->show();
+}
+
+void HelpButton::showAbout() {
+    auto* box = new QMessageBox(QMessageBox::NoIcon, tr("About Kestrav"), QStringLiteral("Kestrav " KESTRAV_VERSION),
+                                QMessageBox::Close, window());
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setTextFormat(Qt::PlainText);
+    box->setIconPixmap(QGuiApplication::windowIcon().pixmap(64));
+    box->setInformativeText(tr("Updates the firmware and the icon of a USB accessory."));
+    const QAbstractButton* licences = box->addButton(tr("&Licences…"), QMessageBox::ActionRole);
+    connect(licences, &QAbstractButton::clicked, this, [this] {
+        (new HelpPage(window(), tr("Kestrav – Licences"), QStringLiteral(":/dependencies.md")))->show();
+    });
+    box->open();
+}
+
+void HelpButton::copyForSupport() {
+    support_.gather(shown_(), record_.text(), [this](const QString& text) {
+        QGuiApplication::clipboard()->setText(text);
+        auto* box = new QMessageBox(QMessageBox::Information, tr("Kestrav"), tr("Everything is on the clipboard."),
+                                    QMessageBox::Ok, window());
+        box->setAttribute(Qt::WA_DeleteOnClose);
+        box->setTextFormat(Qt::PlainText);
+        box->setInformativeText(
+            tr("Paste it into your message. It has the names of your image files and of your disks "
+               "in it, and nothing of what is in them."));
+        box->open();
+    });
+}
+
+void HelpButton::saveWithTimes() {
+    saveTextAs(window(), QStringLiteral("kestrav-times.log"), record_.text());
+}
+
+}  // namespace kestrav
