@@ -4,8 +4,10 @@
 #include <QGridLayout>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QStandardPaths>
 
 #include "app/qt/imageProblem.h"
+#include "app/qt/lastFolder.h"
 
 namespace kestrav {
 
@@ -92,13 +94,29 @@ void ImageChooser::setUp(QFileDialog& dialog) const {
     if (!preselected_.isEmpty()) dialog.selectFile(preselected_);
 }
 
+/// Where images mostly are, below the toolkit's own places.
+QList<QUrl> ImageChooser::sideBar(const QFileDialog& dialog) {
+    QList<QUrl> places = dialog.sidebarUrls();
+    for (const QString& folder : {QStandardPaths::writableLocation(QStandardPaths::DownloadLocation), lastFolder()}) {
+        const QUrl place = QUrl::fromLocalFile(folder);
+        if (!folder.isEmpty() && QFileInfo(folder).isDir() && !places.contains(place)) places.append(place);
+    }
+    return places;
+}
+
 std::int32_t ImageChooser::runModal() {
     ImageChooserDialog dialog(parent_, types_, canChooseDirectories_);
     setUp(dialog);
-    if (dialog.exec() != QDialog::Accepted) return 0;
+    const QList<QUrl> before = dialog.sidebarUrls();
+    dialog.setSidebarUrls(sideBar(dialog));
+    const int end = dialog.exec();
+    // The toolkit keeps the side bar for all of the person's programs, and these places are ours alone.
+    dialog.setSidebarUrls(before);
+    if (end != QDialog::Accepted) return 0;
     // A path that was typed may lead elsewhere than to the folder that was shown.
     const QFileInfo chosen(dialog.chosenPath());
     folder_ = chosen.isDir() ? dialog.directory().absolutePath() : chosen.absolutePath();
+    keepLastFolder(folder_);
     path_ = dialog.chosenPath().toStdString();
     return kResponseOK;
 }

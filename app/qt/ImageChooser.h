@@ -4,6 +4,7 @@
 #include <QFileDialog>
 #include <QString>
 #include <QStringList>
+#include <QUrl>
 
 #include "app/OpenPanel.h"
 
@@ -57,6 +58,7 @@ class ImageChooser final : public OpenPanel {
 
   private:
     void setUp(QFileDialog& dialog) const;
+    static QList<QUrl> sideBar(const QFileDialog& dialog);
 
     QWidget* parent_;
     QString& folder_;

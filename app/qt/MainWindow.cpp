@@ -1,12 +1,12 @@
 #include "app/qt/MainWindow.h"
 
+#include <QApplication>
 #include <QCloseEvent>
 #include <QDir>
 #include <QEventLoop>
 #include <QHBoxLayout>
 #include <QIcon>
 #include <QPointer>
-#include <QPushButton>
 #include <QShortcut>
 #include <QTimer>
 #include <QVBoxLayout>
@@ -21,6 +21,7 @@
 #include "app/qt/ActivityBarOutlet.h"
 #include "app/qt/FittingColumn.h"
 #include "app/qt/HelpButton.h"
+#include "app/qt/ImageButton.h"
 #include "app/qt/ImageChooser.h"
 #include "app/qt/InputBlocker.h"
 #include "app/qt/LogTextEdit.h"
@@ -102,11 +103,11 @@ void MainWindow::makeOutlets() {
     indicatorOutlet_ = std::make_shared<ActivityBarOutlet>(*progress_);
 }
 
-QPushButton* MainWindow::makeButton(const QString& name, const QString& text, const QString& description) {
+ImageButton* MainWindow::makeButton(const QString& name, const QString& text, const QString& description) {
     // In a window from right to left, the dots of a text that nobody has translated would come to stand before it; the
     // mark after them keeps them behind.
     constexpr char16_t kLeftToRightMark = 0x200e;
-    auto* button = new QPushButton(text.isRightToLeft() ? text : text + QChar(kLeftToRightMark), this);
+    auto* button = new ImageButton(text.isRightToLeft() ? text : text + QChar(kLeftToRightMark), this);
     button->setObjectName(name);
     button->setAccessibleName(QString(text).remove('&'));
     button->setAccessibleDescription(description);
@@ -151,13 +152,32 @@ void MainWindow::connectTo(ViewController& controller) {
     controller.setProcessFirmwareBtn(firmwareOutlet_);
     controller.setProcessIconBtn(iconOutlet_);
     controller.setLoaderBar(indicatorOutlet_);
-    const auto act = [&controller](QPushButton* button, const Button& sender) {
-        controller.browseFile(sender);
-        // The button lost the keyboard focus when it was disabled; a person without a mouse needs it back.
-        button->setFocus();
+    const auto give = [this, &controller](ImageButton* button, const Button& sender) {
+        const auto act = [&controller, &sender, button] {
+            controller.browseFile(sender);
+            // The button lost the keyboard focus when it was disabled; a person without a mouse needs it back.
+            button->setFocus();
+        };
+        connect(button, &QPushButton::clicked, this, act);
+        button->setDropped([this, act](const QString& path) {
+            // Something else has come up since.
+            if (QApplication::activeModalWidget() != nullptr || !buttons_->isEnabled()) return;
+            preselected_ = path;
+            bringToFront();
+            act();
+        });
     };
-    connect(firmwareButton_, &QPushButton::clicked, this, [=, this] { act(firmwareButton_, *firmwareOutlet_); });
-    connect(iconButton_, &QPushButton::clicked, this, [=, this] { act(iconButton_, *iconOutlet_); });
+    give(firmwareButton_, *firmwareOutlet_);
+    give(iconButton_, *iconOutlet_);
+}
+
+void MainWindow::bringToFront() {
+    setWindowState(windowState() & ~Qt::WindowMinimized);
+    raise();
+    QWidget* front = QApplication::activeModalWidget();
+    if (front == nullptr) front = this;
+    front->raise();
+    front->activateWindow();
 }
 
 void MainWindow::setPreferredContentSize(int width, int height) {

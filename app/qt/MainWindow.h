@@ -8,7 +8,6 @@
 #include "app/MainView.h"
 
 class QCloseEvent;
-class QPushButton;
 
 namespace kestrav {
 
@@ -17,6 +16,7 @@ class ActivityBar;
 class ActivityIndicator;
 class Button;
 class HelpButton;
+class ImageButton;
 class LogBox;
 class LogText;
 class LogTextEdit;
@@ -38,6 +38,8 @@ class MainWindow final : public QMainWindow, public MainView {
     void connectTo(ViewController& controller);
     /// Has the chooser that comes up next open on that file.
     void preselect(const std::string& path) { preselected_ = QString::fromStdString(path); }
+    /// Shows the window, and what stands before it, in front of all others.
+    void bringToFront();
     /// Asked when the person wants to close the window, which stays open on false.
     void setMayClose(std::function<bool()> mayClose) { mayClose_ = std::move(mayClose); }
 
@@ -65,15 +67,15 @@ class MainWindow final : public QMainWindow, public MainView {
     void paintEvent(QPaintEvent* event) override;
 
   private:
-    QPushButton* makeButton(const QString& name, const QString& text, const QString& description);
+    ImageButton* makeButton(const QString& name, const QString& text, const QString& description);
     void makeParts();
     void makeOutlets();
     void layOut();
     void runInTheBackground(const std::function<void()>& task);
 
     QWidget* buttons_ = nullptr;
-    QPushButton* firmwareButton_ = nullptr;
-    QPushButton* iconButton_ = nullptr;
+    ImageButton* firmwareButton_ = nullptr;
+    ImageButton* iconButton_ = nullptr;
     LogTextEdit* log_ = nullptr;
     ActivityBar* progress_ = nullptr;
     AccessoryLine* accessoryLine_ = nullptr;

@@ -119,8 +119,10 @@ void UpdatePresenter::conclude() {
     seconds_.stop();
     lookAgain_();
     facts_.isAccessoryThere = isThere(facts_.request.disk);
-    panel_.showReport(reportOf(endingOf(facts_)));
+    const Report& report = reportOf(endingOf(facts_));
+    panel_.showReport(report);
     panel_.offerToSendAgain(hasOneWithADisk());
+    ended_(report);
 }
 
 }  // namespace kestrav

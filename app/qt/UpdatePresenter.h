@@ -8,6 +8,7 @@
 #include <string>
 #include <thread>
 
+#include "app/Report.h"
 #include "app/UpdateObserver.h"
 #include "app/UpdateRecord.h"
 #include "app/qt/AccessoryWatch.h"
@@ -41,6 +42,8 @@ class UpdatePresenter final : public QObject, public UpdateObserver {
     void setFound(Found found) { found_ = std::move(found); }
     /// Called when an update is over, for a fresh takeAccessories().
     void setLookAgain(std::function<void()> lookAgain) { lookAgain_ = std::move(lookAgain); }
+    /// Called when an update is over, with what is said of it.
+    void setEnded(std::function<void(const Report&)> ended) { ended_ = std::move(ended); }
     /// Called when the person wants to send the image at the path again, with the button it was sent with.
     void setSendAgain(SendAgain sendAgain);
 
@@ -65,6 +68,7 @@ class UpdatePresenter final : public QObject, public UpdateObserver {
     UpdateRecord record_;
     Found found_ = [] { return DeviceObject(); };
     std::function<void()> lookAgain_ = [] {};
+    std::function<void(const Report&)> ended_ = [](const Report&) {};
     AccessoryWatch::Accessories accessories_;
     const Button* sender_ = nullptr;
     std::string path_;

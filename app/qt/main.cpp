@@ -16,11 +16,14 @@
 #include "app/qt/DisplayCheck.h"
 #include "app/qt/MainWindow.h"
 #include "app/qt/MessageBoxes.h"
+#include "app/qt/OneInstance.h"
 #include "app/qt/OutcomePanel.h"
 #include "app/qt/ProgramResources.h"
+#include "app/qt/SecondClickFilter.h"
 #include "app/qt/StatusLine.h"
 #include "app/qt/StatusLineAnswers.h"
 #include "app/qt/UpdatePresenter.h"
+#include "app/qt/announceEnd.h"
 #include "app/qt/installTranslations.h"
 #include "base/SystemLog.h"
 #include "command/CommandService.h"
@@ -48,8 +51,12 @@ void introduce() {
 
 int run(QApplication& application) {
     introduce();
+    OneInstance instance;
+    if (instance.hasRaisedAnother()) return 0;
     const ProgramResources resources;
+    const SecondClickFilter secondClicks;
     MainWindow window;
+    instance.setRaise([&] { window.bringToFront(); });
     SyslogSystemLog log("kestrav");
     MessageBoxes alerts(window);
 
@@ -80,6 +87,7 @@ int run(QApplication& application) {
         window.preselect(path);
         controller->browseFile(sender);
     });
+    presenter.setEnded([&](const Report& report) { announceEnd(window, report); });
     presenter.setLookAgain([&] { accessories.look(); });
 
     const QString data = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);

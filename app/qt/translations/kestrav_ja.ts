@@ -183,7 +183,7 @@
     </message>
     <message>
         <source>Choose a firmware image, an fds file, and write it to the accessory</source>
-        <translation>ファームウェアのイメージ(fds ファイル)を選び、アクセサリーに書き込みます</translation>
+        <translation>ファームウェアのイメージ(fds ファイル)を選び、アクセサリに書き込みます</translation>
     </message>
     <message>
         <source>Update &amp;Icon…</source>
@@ -191,7 +191,7 @@
     </message>
     <message>
         <source>Choose an icon image, a fif file, and write it to the accessory</source>
-        <translation>アイコンのイメージ(fif ファイル)を選び、アクセサリーに書き込みます</translation>
+        <translation>アイコンのイメージ(fif ファイル)を選び、アクセサリに書き込みます</translation>
     </message>
     <message>
         <source>Log</source>
