@@ -9,6 +9,8 @@
 
 #include "app/AppDelegate.h"
 #include "app/BothAnswerSinks.h"
+#include "app/BothUpdateObservers.h"
+#include "app/LastWords.h"
 #include "app/SupportRecord.h"
 #include "app/ViewController.h"
 #include "app/qt/AccessoryLine.h"
@@ -25,6 +27,7 @@
 #include "app/qt/UpdatePresenter.h"
 #include "app/qt/announceEnd.h"
 #include "app/qt/installTranslations.h"
+#include "app/qt/showLastWords.h"
 #include "base/SystemLog.h"
 #include "command/CommandService.h"
 #include "command/HelperInstallation.h"
@@ -49,7 +52,7 @@ void introduce() {
     installTranslations();
 }
 
-int run(QApplication& application) {
+int run(QApplication& application, LastWords& lastWords) {
     introduce();
     OneInstance instance;
     if (instance.hasRaisedAnother()) return 0;
@@ -65,7 +68,8 @@ int run(QApplication& application) {
     UpdatePresenter presenter(window.panel(), registry);
     StatusLineAnswers ownWords(window.statusLine());
     BothAnswerSinks shown(presenter.record(), ownWords);
-    BothAnswerSinks answers(shown, window.supportRecord());
+    BothAnswerSinks kept(shown, window.supportRecord());
+    BothAnswerSinks answers(lastWords, kept);
     UdevEvents events;
     AccessoryWatch accessories(udev, events, [&](const AccessoryWatch::Accessories& attached) {
         window.accessoryLine().showAccessories(attached);
@@ -80,7 +84,8 @@ int run(QApplication& application) {
     const auto controller = std::make_shared<ViewController>(window, EngineParts{registry, volumes, disks, commands},
                                                              installation, std::cout);
     window.connectTo(*controller);
-    controller->setObserver(&presenter);
+    BothUpdateObservers observers(lastWords, presenter);
+    controller->setObserver(&observers);
     controller->viewDidLoad();
     presenter.setFound([&] { return controller->driver()->device; });
     presenter.setSendAgain([&](const Button& sender, const std::string& path) {
@@ -100,6 +105,7 @@ int run(QApplication& application) {
         authorization.giveUp();
         delegate.applicationWillTerminate();
         std::cout.flush();
+        lastWords.endsOnPurpose();
         // The thread that waits for the person's answer has nothing left to do, and must not run into what is torn
         // down.
         std::_Exit(0);
@@ -120,6 +126,13 @@ int run(QApplication& application) {
 }  // namespace kestrav
 
 int main(int argc, char* argv[]) {
+    // Static, for its end is heard at std::exit(), too; first, for threads don't get along with a second process.
+    static kestrav::LastWords lastWords([&](const kestrav::LastScene& scene) {
+        const kestrav::DisplayCheck check;
+        const QApplication application(argc, argv);
+        kestrav::introduce();
+        kestrav::showLastWords(scene);
+    });
     // Reading the fonts' configuration is a third of the work until the window is there, and needs nothing of the
     // toolkit: it is done while the toolkit waits for the display.
     std::thread fonts([] { FcInit(); });
@@ -127,5 +140,5 @@ int main(int argc, char* argv[]) {
     QApplication application(argc, argv);
     check.reset();
     fonts.join();
-    return kestrav::run(application);
+    return kestrav::run(application, lastWords);
 }

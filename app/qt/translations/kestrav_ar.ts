@@ -157,6 +157,33 @@
     </message>
 </context>
 <context>
+    <name>LastMessage</name>
+    <message>
+        <source>Nothing was written to the accessory.</source>
+        <translation>لم يُكتب شيء على الملحق.</translation>
+    </message>
+    <message>
+        <source>The image may be on its way to the accessory: don&apos;t unplug it. Start Kestrav again and send the image again.</source>
+        <translation>قد تكون الصورة في طريقها إلى الملحق: لا تفصله. شغّل Kestrav من جديد وأعد إرسال الصورة.</translation>
+    </message>
+    <message>
+        <source>It was not sending anything. What became of the last image stands in the log.</source>
+        <translation>لم يكن شيء قيد الإرسال. ما آلت إليه آخر صورة مدوَّن في السجل.</translation>
+    </message>
+    <message>
+        <source>The log: %1</source>
+        <translation>السجل: %1</translation>
+    </message>
+    <message>
+        <source>Kestrav</source>
+        <translation>Kestrav</translation>
+    </message>
+    <message>
+        <source>Kestrav has stopped.</source>
+        <translation>توقّف Kestrav.</translation>
+    </message>
+</context>
+<context>
     <name>LogTextEdit</name>
     <message>
         <source>&amp;Copy</source>

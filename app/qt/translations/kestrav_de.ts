@@ -157,6 +157,33 @@
     </message>
 </context>
 <context>
+    <name>LastMessage</name>
+    <message>
+        <source>Nothing was written to the accessory.</source>
+        <translation>Auf das Zubehör wurde nichts geschrieben.</translation>
+    </message>
+    <message>
+        <source>The image may be on its way to the accessory: don&apos;t unplug it. Start Kestrav again and send the image again.</source>
+        <translation>Das Abbild ist vielleicht noch auf dem Weg zum Zubehör: Ziehen Sie es nicht ab. Starten Sie Kestrav neu, und senden Sie das Abbild erneut.</translation>
+    </message>
+    <message>
+        <source>It was not sending anything. What became of the last image stands in the log.</source>
+        <translation>Es wurde gerade nichts gesendet. Was aus dem letzten Abbild wurde, steht im Protokoll.</translation>
+    </message>
+    <message>
+        <source>The log: %1</source>
+        <translation>Das Protokoll: %1</translation>
+    </message>
+    <message>
+        <source>Kestrav</source>
+        <translation>Kestrav</translation>
+    </message>
+    <message>
+        <source>Kestrav has stopped.</source>
+        <translation>Kestrav ist abgebrochen.</translation>
+    </message>
+</context>
+<context>
     <name>LogTextEdit</name>
     <message>
         <source>&amp;Copy</source>

@@ -157,6 +157,33 @@
     </message>
 </context>
 <context>
+    <name>LastMessage</name>
+    <message>
+        <source>Nothing was written to the accessory.</source>
+        <translation>No se escribió nada en el accesorio.</translation>
+    </message>
+    <message>
+        <source>The image may be on its way to the accessory: don&apos;t unplug it. Start Kestrav again and send the image again.</source>
+        <translation>Puede que la imagen esté en camino hacia el accesorio: no lo desenchufe. Vuelva a abrir Kestrav y envíe la imagen otra vez.</translation>
+    </message>
+    <message>
+        <source>It was not sending anything. What became of the last image stands in the log.</source>
+        <translation>No se estaba enviando nada. El registro dice qué fue de la última imagen.</translation>
+    </message>
+    <message>
+        <source>The log: %1</source>
+        <translation>El registro: %1</translation>
+    </message>
+    <message>
+        <source>Kestrav</source>
+        <translation>Kestrav</translation>
+    </message>
+    <message>
+        <source>Kestrav has stopped.</source>
+        <translation>Kestrav se ha detenido.</translation>
+    </message>
+</context>
+<context>
     <name>LogTextEdit</name>
     <message>
         <source>&amp;Copy</source>

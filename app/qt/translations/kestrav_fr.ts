@@ -157,6 +157,33 @@
     </message>
 </context>
 <context>
+    <name>LastMessage</name>
+    <message>
+        <source>Nothing was written to the accessory.</source>
+        <translation>Rien n’a été écrit sur l’accessoire.</translation>
+    </message>
+    <message>
+        <source>The image may be on its way to the accessory: don&apos;t unplug it. Start Kestrav again and send the image again.</source>
+        <translation>L’image est peut-être en route vers l’accessoire : ne le débranchez pas. Relancez Kestrav et renvoyez l’image.</translation>
+    </message>
+    <message>
+        <source>It was not sending anything. What became of the last image stands in the log.</source>
+        <translation>Rien n’était en cours d’envoi. Le journal dit ce qu’est devenue la dernière image.</translation>
+    </message>
+    <message>
+        <source>The log: %1</source>
+        <translation>Le journal : %1</translation>
+    </message>
+    <message>
+        <source>Kestrav</source>
+        <translation>Kestrav</translation>
+    </message>
+    <message>
+        <source>Kestrav has stopped.</source>
+        <translation>Kestrav s’est arrêté.</translation>
+    </message>
+</context>
+<context>
     <name>LogTextEdit</name>
     <message>
         <source>&amp;Copy</source>

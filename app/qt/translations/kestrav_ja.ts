@@ -157,6 +157,33 @@
     </message>
 </context>
 <context>
+    <name>LastMessage</name>
+    <message>
+        <source>Nothing was written to the accessory.</source>
+        <translation>アクセサリには何も書き込まれていません。</translation>
+    </message>
+    <message>
+        <source>The image may be on its way to the accessory: don&apos;t unplug it. Start Kestrav again and send the image again.</source>
+        <translation>イメージはまだアクセサリへ送られている途中かもしれません。抜かないでください。Kestrav を起動し直して、イメージを送り直してください。</translation>
+    </message>
+    <message>
+        <source>It was not sending anything. What became of the last image stands in the log.</source>
+        <translation>送信中のものはありませんでした。最後のイメージがどうなったかはログにあります。</translation>
+    </message>
+    <message>
+        <source>The log: %1</source>
+        <translation>ログ: %1</translation>
+    </message>
+    <message>
+        <source>Kestrav</source>
+        <translation>Kestrav</translation>
+    </message>
+    <message>
+        <source>Kestrav has stopped.</source>
+        <translation>Kestrav は停止しました。</translation>
+    </message>
+</context>
+<context>
     <name>LogTextEdit</name>
     <message>
         <source>&amp;Copy</source>

@@ -1,7 +1,10 @@
-"""The window beside the desktop's other programs: a second start, and notifications."""
+"""The window beside the desktop's other programs: a second start, notifications, and a message that outlives it."""
 
+import os
+import signal
 import subprocess
 import sys
+from pathlib import Path
 
 from desktop import PROGRAMS, DesktopTest
 
@@ -50,7 +53,8 @@ class Habits(DesktopTest):
         self.assertEqual((second.returncode, second.stdout), (0, ""), second.stderr)
         self.wait_until(lambda: self.is_active("Kestrav"), "the first window is not raised")
         self.assertEqual(len(self.windows()), 1)
-        self.click(self.firmware_button())
+        self.wait_until_usable()
+        self.keys("alt+f")
         self.find("dialog", TITLE)
         self.assertEqual(self.second_start().returncode, 0)
         self.wait_until(lambda: self.is_active(TITLE), "the chooser is not raised")
@@ -78,3 +82,46 @@ class Habits(DesktopTest):
         self.send()
         self.assertEqual(desktop.stdout.readline(),
                          "Kestrav|1|The firmware is on the accessory, read back and equal.|You may unplug it.\n")
+
+    # -- what outlives it ------------------------------------------------------------------------------------------
+
+    def witnesses(self):
+        """Those of this case: others may run beside it."""
+        found = subprocess.run(["pgrep", "-x", "kestrav-witness"], capture_output=True, text=True, check=False)
+        return [process for process in found.stdout.split() if self.is_at_home(process)]
+
+    def is_at_home(self, process):
+        try:
+            return f"HOME={self.home}\0".encode() in Path(f"/proc/{process}/environ").read_bytes()
+        except OSError:
+            return False
+
+    def test_a_stop_is_told_by_a_message_that_outlives_it(self):
+        self.open_window()
+        self.click(self.firmware_button())
+        self.find("dialog", TITLE)
+        self.click(self.find("push button", "Choose Folder"))
+        self.assertEqual(self.exit_status(), 128 + signal.SIGABRT)
+        self.known = {}
+        said = " ".join(self.alert_texts())
+        self.assertIn("Kestrav has stopped.", said)
+        self.assertIn("Nothing was written to the accessory.", said)
+        self.assertIn("is a folder. Choose the file in it that holds the image.", said)
+        self.assertIn("journalctl -t kestrav", said)
+        self.picture("last-words")
+        self.keys("Return")
+        self.wait_until(lambda: not self.windows() and not self.witnesses(), "the message stays")
+
+    def test_a_window_that_is_ended_on_purpose_leaves_no_message(self):
+        self.open_window()
+        process = int(self.xdotool("search", "--onlyvisible", "--name", "^Kestrav$", "getwindowpid").split()[-1])
+        self.assertGreater(process, 1)
+        os.kill(process, signal.SIGTERM)
+        self.assertEqual(self.exit_status(), 128 + signal.SIGTERM)
+        self.wait_until(lambda: not self.witnesses(), "somebody waits on")
+        self.assertEqual(self.windows(), [])
+        self.open_window()
+        self.keys("alt+F4")
+        self.assertEqual(self.exit_status(), 0)
+        self.wait_until(lambda: not self.witnesses(), "somebody waits on")
+        self.assertEqual(self.windows(), [])
