@@ -12,9 +12,11 @@ namespace {
 // The doctor has about fifteen findings of a line or two.
 constexpr qsizetype kMostBytes = 65'536;
 
+constexpr const char* kProgram = "Kestrav " KESTRAV_VERSION;
+
 QString about() {
-    const QStringList parts{"Kestrav " KESTRAV_VERSION, QStringLiteral("Qt ") + qVersion(),
-                            QSysInfo::prettyProductName(), "Linux " + QSysInfo::kernelVersion(), QLocale().name()};
+    const QStringList parts{kProgram, QStringLiteral("Qt ") + qVersion(), QSysInfo::prettyProductName(),
+                            "Linux " + QSysInfo::kernelVersion(), QLocale().name()};
     return parts.join(QStringLiteral(", "));
 }
 

@@ -4,7 +4,9 @@
 #include <cstdlib>
 #include <fontconfig/fontconfig.h>
 #include <iostream>
+#include <memory>
 #include <optional>
+#include <string>
 #include <thread>
 
 #include "app/AppDelegate.h"
@@ -52,74 +54,96 @@ void introduce() {
     installTranslations();
 }
 
-int run(QApplication& application, LastWords& lastWords) {
-    introduce();
-    OneInstance instance;
-    if (instance.hasRaisedAnother()) return 0;
-    const ProgramResources resources;
-    const SecondClickFilter secondClicks;
-    MainWindow window;
-    instance.setRaise([&] { window.bringToFront(); });
-    SyslogSystemLog log("kestrav");
-    MessageBoxes alerts(window);
+/// The parts of the program, each made of those above it.
+class Program {
+  public:
+    explicit Program(LastWords& lastWords) : lastWords_(lastWords) {
+        connectUpdates();
+        connectLife();
+    }
+    ~Program() { controller_->driver()->setParent(nullptr); }
+    Program(const Program&) = delete;
+    Program& operator=(const Program&) = delete;
 
-    UdevDeviceRegistry udev;
-    WatchedRegistry registry(udev);
-    UpdatePresenter presenter(window.panel(), registry);
-    StatusLineAnswers ownWords(window.statusLine());
-    BothAnswerSinks shown(presenter.record(), ownWords);
-    BothAnswerSinks kept(shown, window.supportRecord());
-    BothAnswerSinks answers(lastWords, kept);
-    UdevEvents events;
-    AccessoryWatch accessories(udev, events, [&](const AccessoryWatch::Accessories& attached) {
-        window.accessoryLine().showAccessories(attached);
-        presenter.takeAccessories(attached);
-    });
-    MountinfoVolumes volumes;
-    PosixDiskCalls disks;
-    CommandService commands(log, {}, &answers);
-    PolkitAuthorization authorization(KESTRAV_LIBEXEC "/kestrav-bless");
-    HelperInstallation installation(authorization, log);
+    void bringToFront() { window_.bringToFront(); }
 
-    const auto controller = std::make_shared<ViewController>(window, EngineParts{registry, volumes, disks, commands},
-                                                             installation, std::cout);
-    window.connectTo(*controller);
-    BothUpdateObservers observers(lastWords, presenter);
-    controller->setObserver(&observers);
-    controller->viewDidLoad();
-    presenter.setFound([&] { return controller->driver()->device; });
-    presenter.setSendAgain([&](const Button& sender, const std::string& path) {
-        window.preselect(path);
-        controller->browseFile(sender);
-    });
-    presenter.setEnded([&](const Report& report) { announceEnd(window, report); });
-    presenter.setLookAgain([&] { accessories.look(); });
+  private:
+    void connectUpdates() {
+        window_.connectTo(*controller_);
+        controller_->setObserver(&observers_);
+        controller_->viewDidLoad();
+        presenter_.setFound([this] { return controller_->driver()->device; });
+        presenter_.setSendAgain([this](const Button& sender, const std::string& path) {
+            window_.preselect(path);
+            controller_->browseFile(sender);
+        });
+        presenter_.setEnded([this](const Report& report) { announceEnd(window_, report); });
+        presenter_.setLookAgain([this] { accessories_.look(); });
+    }
 
-    const QString data = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
-    AppDelegate delegate({installation, window, alerts, resources, log, data.toStdString(), std::cout});
-    window.setMayClose([&] { return delegate.applicationShouldTerminate() == TerminateReply::now; });
-    QGuiApplication::setQuitOnLastWindowClosed(delegate.applicationShouldTerminateAfterLastWindowClosed());
-    QObject::connect(&application, &QCoreApplication::aboutToQuit, [&] { delegate.applicationWillTerminate(); });
+    void connectLife() {
+        window_.setMayClose([this] { return delegate_.applicationShouldTerminate() == TerminateReply::now; });
+        QGuiApplication::setQuitOnLastWindowClosed(delegate_.applicationShouldTerminateAfterLastWindowClosed());
+        QObject::connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit,
+                         [this] { delegate_.applicationWillTerminate(); });
+        window_.setClosedWhileAsking([this] { endWhileAsking(); });
+        window_.setOnceVisible([this] {
+            window_.panel().showAsking();
+            delegate_.applicationDidFinishLaunching();
+            // It doesn't return from a failure.
+            window_.panel().showReady();
+        });
+    }
 
-    window.setClosedWhileAsking([&] {
-        authorization.giveUp();
-        delegate.applicationWillTerminate();
+    void endWhileAsking() {
+        authorization_.giveUp();
+        delegate_.applicationWillTerminate();
         std::cout.flush();
-        lastWords.endsOnPurpose();
+        lastWords_.endsOnPurpose();
         // The thread that waits for the person's answer has nothing left to do, and must not run into what is torn
         // down.
         std::_Exit(0);
-    });
+    }
 
-    window.setOnceVisible([&] {
-        window.panel().showAsking();
-        delegate.applicationDidFinishLaunching();
-        // It doesn't return from a failure.
-        window.panel().showReady();
-    });
-    const int status = QApplication::exec();
-    controller->driver()->setParent(nullptr);
-    return status;
+    LastWords& lastWords_;
+    const ProgramResources resources_;
+    const SecondClickFilter secondClicks_;
+    MainWindow window_;
+    SyslogSystemLog log_{"kestrav"};
+    MessageBoxes alerts_{window_};
+
+    UdevDeviceRegistry udev_;
+    WatchedRegistry registry_{udev_};
+    UpdatePresenter presenter_{window_.panel(), registry_};
+    StatusLineAnswers ownWords_{window_.statusLine()};
+    BothAnswerSinks shown_{presenter_.record(), ownWords_};
+    BothAnswerSinks kept_{shown_, window_.supportRecord()};
+    BothAnswerSinks answers_{lastWords_, kept_};
+    BothUpdateObservers observers_{lastWords_, presenter_};
+    UdevEvents events_;
+    AccessoryWatch accessories_{udev_, events_, [this](const AccessoryWatch::Accessories& attached) {
+                                    window_.accessoryLine().showAccessories(attached);
+                                    presenter_.takeAccessories(attached);
+                                }};
+    MountinfoVolumes volumes_;
+    PosixDiskCalls disks_;
+    CommandService commands_{log_, {}, &answers_};
+    PolkitAuthorization authorization_{KESTRAV_LIBEXEC "/kestrav-bless"};
+    HelperInstallation installation_{authorization_, log_};
+    std::shared_ptr<ViewController> controller_ = std::make_shared<ViewController>(
+        window_, EngineParts{registry_, volumes_, disks_, commands_}, installation_, std::cout);
+    AppDelegate delegate_{{installation_, window_, alerts_, resources_, log_,
+                           QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation).toStdString(),
+                           std::cout}};
+};
+
+int run(LastWords& lastWords) {
+    introduce();
+    OneInstance instance;
+    if (instance.hasRaisedAnother()) return 0;
+    Program program(lastWords);
+    instance.setRaise([&] { program.bringToFront(); });
+    return QApplication::exec();
 }
 
 }  // namespace
@@ -137,8 +161,8 @@ int main(int argc, char* argv[]) {
     // toolkit: it is done while the toolkit waits for the display.
     std::thread fonts([] { FcInit(); });
     std::optional<kestrav::DisplayCheck> check(std::in_place);
-    QApplication application(argc, argv);
+    const QApplication application(argc, argv);
     check.reset();
     fonts.join();
-    return kestrav::run(application, lastWords);
+    return kestrav::run(lastWords);
 }
