@@ -19,17 +19,17 @@ HelpButton::HelpButton(QWidget* parent) : QToolButton(parent) {
     setAccessibleName(tr("Help"));
     setToolTip(tr("Help, and what somebody who helps you needs"));
     setFocusPolicy(Qt::TabFocus);
-    setPopupMode(QToolButton::InstantPopup);
-    auto* menu = new QMenu(this);
-    menu->addAction(tr("&Help"), QKeySequence::HelpContents, this, &HelpButton::showHelp);
-    menu->addSeparator();
-    menu->addAction(tr("&Copy Everything for Support"), this, &HelpButton::copyForSupport);
-    menu->addAction(tr("&Save the Log with Times…"), this, &HelpButton::saveWithTimes);
-    menu->addSeparator();
-    menu->addAction(tr("&About Kestrav"), this, &HelpButton::showAbout);
-    setMenu(menu);
+    // Not the button's own menu: the arrow that comes with one has no room beside the sign.
+    menu_ = new QMenu(this);
+    connect(this, &QToolButton::clicked, menu_, [this] { menu_->popup(mapToGlobal(rect().bottomLeft())); });
+    menu_->addAction(tr("&Help"), QKeySequence::HelpContents, this, &HelpButton::showHelp);
+    menu_->addSeparator();
+    menu_->addAction(tr("&Copy Everything for Support"), this, &HelpButton::copyForSupport);
+    menu_->addAction(tr("&Save the Log with Times…"), this, &HelpButton::saveWithTimes);
+    menu_->addSeparator();
+    menu_->addAction(tr("&About Kestrav"), this, &HelpButton::showAbout);
     // A menu's keys work while it is open alone.
-    window()->addAction(menu->actions().first());
+    window()->addAction(menu_->actions().first());
 }
 
 void HelpButton::showHelp() {

@@ -9,6 +9,8 @@
 #include "app/SupportRecord.h"
 #include "app/qt/SupportText.h"
 
+class QMenu;
+
 namespace kestrav {
 
 /// The "?" in the corner, and what lies behind it: the page that explains what is shown, what somebody who helps needs,
@@ -25,6 +27,7 @@ class HelpButton final : public QToolButton {
     void setShown(std::function<QString()> shown) { shown_ = std::move(shown); }
 
     SupportRecord& record() { return record_; }
+    const QMenu& menuOfPages() const { return *menu_; }
 
     void showHelp();
     void showAbout();
@@ -32,6 +35,7 @@ class HelpButton final : public QToolButton {
     void saveWithTimes();
 
   private:
+    QMenu* menu_ = nullptr;
     SupportRecord record_;
     SupportText support_{this};
     std::function<QStringList()> sought_ = [] { return QStringList(); };

@@ -140,10 +140,12 @@ TEST_F(Help, SaysWhatTheProgramIsMadeOf) {
 
 TEST_F(Help, ComesWithAKey) {
     MainWindow window;
-    const HelpButton& help = helpOf(window);
-    EXPECT_EQ(help.menu()->actions().first()->shortcut(), QKeySequence(QKeySequence::HelpContents));
-    help.menu()->actions().first()->trigger();
+    HelpButton& help = helpOf(window);
+    EXPECT_EQ(help.menuOfPages().actions().first()->shortcut(), QKeySequence(QKeySequence::HelpContents));
+    help.menuOfPages().actions().first()->trigger();
     EXPECT_NE(window.findChild<QTextBrowser*>(), nullptr);
+    help.click();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return help.menuOfPages().isVisible(); }, 60'000));
 }
 
 }  // namespace
