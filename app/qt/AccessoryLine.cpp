@@ -5,6 +5,7 @@
 #include <QStringList>
 #include <QStyle>
 
+#include "app/qt/discernible.h"
 #include "base/shownText.h"
 
 namespace kestrav {
@@ -81,9 +82,10 @@ void AccessoryLine::paintEvent(QPaintEvent* /*event*/) {
     const int top = (rect().height() - height) / 2;
     const QRect sign = QStyle::visualRect(layoutDirection(), rect(), QRect(0, top, signWidth(), height));
     const QColor colour = palette().color(isReady_ ? QPalette::Highlight : QPalette::PlaceholderText);
-    drawStick(painter, sign, colour, isReady_);
+    const QColor letters = palette().color(QPalette::WindowText);
+    drawStick(painter, sign, discernible(colour, palette().color(QPalette::Window), letters), isReady_);
     const QRect room = QStyle::visualRect(layoutDirection(), rect(), rect().adjusted(signWidth() + 2, 0, 0, 0));
-    painter.setPen(palette().color(QPalette::WindowText));
+    painter.setPen(letters);
     painter.drawText(room, Qt::AlignVCenter | Qt::AlignLeading | Qt::TextSingleLine,
                      fontMetrics().elidedText(text(), Qt::ElideRight, room.width()));
 }

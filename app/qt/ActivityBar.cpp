@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cmath>
 
+#include "app/qt/discernible.h"
 #include "app/qt/prefersStillness.h"
 
 namespace kestrav {
@@ -36,8 +37,11 @@ void ActivityBar::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
     const QRectF track = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(palette().color(QPalette::Mid));
-    painter.setBrush(palette().color(QPalette::Base));
+    // Both are seen before the window and the track as well, in a theme of the highest contrast, too.
+    const QColor text = palette().color(QPalette::WindowText);
+    const QColor base = palette().color(QPalette::Base);
+    painter.setPen(discernible(palette().color(QPalette::Mid), palette().color(QPalette::Window), text));
+    painter.setBrush(base);
     painter.drawRoundedRect(track, 2, 2);
     if (isStill_) {
         painter.setBrush(QBrush(palette().color(QPalette::Highlight), Qt::BDiagPattern));
@@ -46,7 +50,7 @@ void ActivityBar::paintEvent(QPaintEvent* /*event*/) {
     const double width = track.width() / 4;
     const double left = track.left() + placeAt(running_.elapsed()) * (track.width() - width);
     painter.setPen(Qt::NoPen);
-    painter.setBrush(palette().color(QPalette::Highlight));
+    painter.setBrush(discernible(palette().color(QPalette::Highlight), base, palette().color(QPalette::Text)));
     painter.drawRoundedRect(QRectF(left, track.top(), width, track.height()), 2, 2);
 }
 

@@ -32,6 +32,10 @@ HelpButton::HelpButton(QWidget* parent) : QToolButton(parent) {
     window()->addAction(menu_->actions().first());
 }
 
+QSize HelpButton::sizeHint() const {
+    return {fontMetrics().height() * 3 / 2, fontMetrics().height() + 2};
+}
+
 void HelpButton::showHelp() {
     (new HelpPage(window(), tr("Kestrav – Help"), QStringLiteral(":/troubleshooting.md"), sought_()))->show();
 }

@@ -26,6 +26,10 @@ class HelpButton final : public QToolButton {
     /// Tells what the window says, as it says it.
     void setShown(std::function<QString()> shown) { shown_ = std::move(shown); }
 
+    /// No higher than a line of text, since one stands beside it.
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override { return sizeHint(); }
+
     SupportRecord& record() { return record_; }
     const QMenu& menuOfPages() const { return *menu_; }
 

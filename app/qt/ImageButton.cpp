@@ -22,7 +22,7 @@ QString draggedFile(const QDropEvent& event) {
 
 }  // namespace
 
-ImageButton::ImageButton(const QString& text, QWidget* parent) : QPushButton(text, parent) {
+ImageButton::ImageButton(const QString& text, QWidget* parent) : CaptionedButton(text, parent) {
     setAcceptDrops(true);
 }
 

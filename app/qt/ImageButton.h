@@ -1,12 +1,13 @@
 #pragma once
 
-#include <QPushButton>
 #include <functional>
+
+#include "app/qt/CaptionedButton.h"
 
 namespace kestrav {
 
 /// A button that also takes a file that is dropped onto it.
-class ImageButton final : public QPushButton {
+class ImageButton final : public CaptionedButton {
   public:
     using Dropped = std::function<void(const QString& path)>;
 

@@ -1,6 +1,7 @@
 #include "app/qt/LogTextEdit.h"
 
 #include <QContextMenuEvent>
+#include <QEvent>
 #include <QMenu>
 #include <QMimeData>
 #include <QScrollBar>
@@ -10,6 +11,7 @@
 #include <chrono>
 #include <memory>
 
+#include "app/qt/discernible.h"
 #include "app/qt/saveTextAs.h"
 #include "base/shownText.h"
 
@@ -53,11 +55,30 @@ LogTextEdit::LogTextEdit(QWidget* parent) : QPlainTextEdit(parent) {
     setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     setUndoRedoEnabled(false);
     setTabChangesFocus(true);
+    takeVisibleFrame();
     const auto* save = new QShortcut(QKeySequence::Save, this, nullptr, nullptr, Qt::WidgetShortcut);
     connect(save, &QShortcut::activated, this, &LogTextEdit::saveAs);
     nextPainting_.setSingleShot(true);
     nextPainting_.setTimerType(Qt::PreciseTimer);
     connect(&nextPainting_, &QTimer::timeout, this, &LogTextEdit::paintNow);
+}
+
+void LogTextEdit::resizeEvent(QResizeEvent* event) {
+    QScrollBar& bar = *verticalScrollBar();
+    const bool wasAtEnd = bar.value() == bar.maximum();
+    QPlainTextEdit::resizeEvent(event);
+    // What is said of an ending takes room, and the newest line has to be seen beside it.
+    if (wasAtEnd) bar.setValue(bar.maximum());
+}
+
+void LogTextEdit::changeEvent(QEvent* event) {
+    QPlainTextEdit::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange) takeVisibleFrame();
+}
+
+void LogTextEdit::takeVisibleFrame() {
+    // One in the colour of text; the style's own is next to invisible there.
+    setFrameStyle(isOfHighContrast(palette()) ? QFrame::Box | QFrame::Plain : QFrame::StyledPanel | QFrame::Sunken);
 }
 
 void LogTextEdit::append(std::string_view text) {

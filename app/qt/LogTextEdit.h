@@ -38,6 +38,8 @@ class LogTextEdit final : public QPlainTextEdit {
     void setAppended(std::function<void(std::string_view)> appended) { appended_ = std::move(appended); }
 
   protected:
+    void changeEvent(QEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
     QMimeData* createMimeDataFromSelection() const override;
 
@@ -46,6 +48,7 @@ class LogTextEdit final : public QPlainTextEdit {
     std::chrono::milliseconds untilPainting() const;
     void paintSoon();
     void paintNow();
+    void takeVisibleFrame();
 
     std::function<void(std::string_view)> appended_ = [](std::string_view) {};
     std::string content_;

@@ -125,7 +125,8 @@ void MainWindow::layOut() {
     row->addWidget(firmwareButton_);
     row->addWidget(iconButton_);
     auto* all = new QVBoxLayout(column);
-    all->setContentsMargins(9, 6, 9, 9);
+    all->setContentsMargins(8, 4, 8, 8);
+    all->setSpacing(4);
     auto* top = new QHBoxLayout;
     top->addWidget(accessoryLine_, 1);
     top->addWidget(help_);

@@ -11,6 +11,8 @@
 
 #include "app/qt/StatusLine.h"
 #include "app/qt/WrappedLabel.h"
+#include "app/qt/discernible.h"
+#include "app/qt/letGoOfFocus.h"
 
 namespace kestrav {
 namespace {
@@ -60,13 +62,16 @@ void OutcomePanel::makeParts() {
     again_->setAccessibleDescription(tr("Choose the same image once more"));
     again_->setToolTip(again_->accessibleDescription());
     again_->hide();
-    connect(again_, &QPushButton::clicked, this, [this] { sendAgain_(); });
+    connect(again_, &QPushButton::clicked, this, [this] {
+        sendAgain_();
+        if (again_->isVisible()) again_->setFocus();
+    });
     statusLine_ = new StatusLine(this);
     statusLine_->setAccessibleName(tr("System message"));
     statusLine_->setAccessibleDescription(tr("What the service itself said last"));
     statusLine_->hide();
     connect(statusLine_, &QPlainTextEdit::textChanged, this,
-            [this] { statusLine_->setVisible(!statusLine_->document()->isEmpty()); });
+            [this] { setShown(*statusLine_, !statusLine_->document()->isEmpty()); });
 }
 
 void OutcomePanel::layOut() {
@@ -80,8 +85,8 @@ void OutcomePanel::layOut() {
     row->addLayout(words, 1);
     row->addWidget(again_, 0, Qt::AlignVCenter);
     auto* column = new QVBoxLayout(this);
-    column->setContentsMargins(8, 5, 8, 5);
-    column->setSpacing(3);
+    column->setContentsMargins(8, 4, 8, 4);
+    column->setSpacing(2);
     column->addLayout(row);
     column->addWidget(statusLine_);
     column_ = column;
@@ -94,7 +99,7 @@ void OutcomePanel::takeIndicator(QWidget* indicator) {
 
 void OutcomePanel::showReady() {
     report_ = nullptr;
-    again_->hide();
+    setShown(*again_, false);
     say(OutcomeSign::Kind::ready, tr("Nothing has been sent yet."), {}, tr("Choose an image with one of the buttons."));
 }
 
@@ -105,7 +110,7 @@ void OutcomePanel::showAsking() {
 
 void OutcomePanel::showWorking(const QString& headline, const QString& more, const QString& remedy) {
     report_ = nullptr;
-    again_->hide();
+    setShown(*again_, false);
     say(OutcomeSign::Kind::working, headline, more, remedy);
 }
 
@@ -116,7 +121,12 @@ void OutcomePanel::showReport(const Report& report) {
 }
 
 void OutcomePanel::offerToSendAgain(bool offered) {
-    again_->setVisible(offered && report_ != nullptr && report_->canBeSentAgain);
+    setShown(*again_, offered && report_ != nullptr && report_->canBeSentAgain);
+}
+
+void OutcomePanel::setShown(QWidget& part, bool shown) {
+    if (!shown) letGoOfFocus(part);
+    part.setVisible(shown);
 }
 
 void OutcomePanel::say(OutcomeSign::Kind kind, const QString& headline, const QString& more, const QString& remedy) {
@@ -155,7 +165,8 @@ void OutcomePanel::paintEvent(QPaintEvent* /*event*/) {
     tint.setAlphaF(isEnd ? 0.10F : 0.04F);
     QColor border = colour;
     border.setAlphaF(isEnd ? 0.9F : 0.3F);
-    painter.setPen(QPen(border, 1));
+    const QColor text = palette().color(QPalette::WindowText);
+    painter.setPen(QPen(discernible(border, palette().color(QPalette::Window), text), 1));
     painter.setBrush(tint);
     painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), 4, 4);
 }

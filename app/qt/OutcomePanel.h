@@ -57,6 +57,7 @@ class OutcomePanel final : public QFrame {
     void layOut();
     void say(OutcomeSign::Kind kind, const QString& headline, const QString& more, const QString& remedy);
     void announce();
+    static void setShown(QWidget& part, bool shown);
 
     OutcomeSign* sign_ = nullptr;
     QLabel* headline_ = nullptr;

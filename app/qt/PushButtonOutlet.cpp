@@ -1,5 +1,7 @@
 #include "app/qt/PushButtonOutlet.h"
 
+#include "app/qt/letGoOfFocus.h"
+
 namespace kestrav {
 
 std::optional<std::string> PushButtonOutlet::identifier() const {
@@ -8,7 +10,11 @@ std::optional<std::string> PushButtonOutlet::identifier() const {
 }
 
 void PushButtonOutlet::setEnabled(bool enabled) {
-    if (button_) button_->setEnabled(enabled);
+    if (!button_) return;
+    if (!enabled) letGoOfFocus(*button_);
+    button_->setEnabled(enabled);
+    // Whoever has no mouse goes on from here.
+    if (enabled && button_->window()->focusWidget() == nullptr) button_->setFocus();
 }
 
 }  // namespace kestrav

@@ -19,6 +19,7 @@ StatusLine::StatusLine(QWidget* parent) : QPlainTextEdit(parent) {
     setUndoRedoEnabled(false);
     setTabChangesFocus(true);
     setFrameShape(QFrame::NoFrame);
+    document()->setDocumentMargin(2);
     setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     takeWindowColours();

@@ -123,6 +123,20 @@ TEST(LogTextEdit, ScrollsToItsNewestLine) {
     EXPECT_EQ(log.verticalScrollBar()->value(), log.verticalScrollBar()->maximum());
 }
 
+TEST(LogTextEdit, KeepsTheNewestLineInSightWhenItGetsSmaller) {
+    LogTextEdit log;
+    log.resize(300, 200);
+    log.show();
+    for (int line = 0; line < 200; ++line)
+        log.append("line\r\n");
+    log.scrollToEnd();
+    log.resize(300, 100);
+    EXPECT_EQ(log.verticalScrollBar()->value(), log.verticalScrollBar()->maximum());
+    log.verticalScrollBar()->setValue(20);
+    log.resize(300, 80);
+    EXPECT_EQ(log.verticalScrollBar()->value(), 20) << "whoever reads further up is left there";
+}
+
 TEST(LogTextEdit, SavesItsContentByteForByte) {
     const TemporaryFolder folder;
     const std::filesystem::path file = folder.path() / "log";
