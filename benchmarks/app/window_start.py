@@ -38,7 +38,7 @@ class WindowStart(DesktopTest):
         time.sleep(2)
         status = Path(f"/proc/{process.pid}/status").read_text()
         resident = int(next(line for line in status.splitlines() if line.startswith("VmRSS")).split()[1])
-        process.kill()
+        process.terminate()  # a window that is killed leaves a message behind
         process.wait()
         while "0x" in spy.stdout.readline():
             pass
