@@ -1,28 +1,24 @@
 #include "app/UpdateRecord.h"
 
 #include <algorithm>
-#include <charconv>
 #include <filesystem>
 #include <system_error>
 #include <utility>
 
+#include "outcome/writeRequestIn.h"
+
 namespace kestrav {
 namespace {
 
-std::string_view valueOf(std::string_view key, std::span<const std::string> arguments) {
-    const auto found = std::ranges::find_if(arguments, [key](std::string_view word) { return word.starts_with(key); });
-    return found == arguments.end() ? std::string_view() : std::string_view(*found).substr(key.size());
-}
-
-/// The write that the arguments ask for. The image's length is taken now: the engine has just read it.
-Request requestIn(std::span<const std::string> arguments) {
-    Request request{std::string(valueOf("of=/dev/r", arguments)), 0, 0};
-    const std::string_view block = valueOf("seek=", arguments);
-    std::from_chars(block.data(), block.data() + block.size(), request.firstBlock);
+/// How long the image is now: the engine has just read it.
+std::int64_t lengthOfImage(std::span<const std::string> arguments) {
+    constexpr std::string_view kInput = "if=";
+    const auto input =
+        std::ranges::find_if(arguments, [](std::string_view argument) { return argument.starts_with(kInput); });
+    if (input == arguments.end()) return 0;
     std::error_code error;
-    const auto bytes = std::filesystem::file_size(valueOf("if=", arguments), error);
-    if (!error) request.bytes = static_cast<std::int64_t>(bytes);
-    return request;
+    const auto bytes = std::filesystem::file_size(input->substr(kInput.size()), error);
+    return error ? 0 : static_cast<std::int64_t>(bytes);
 }
 
 }  // namespace
@@ -40,7 +36,8 @@ void UpdateRecord::asked(std::string_view command, std::span<const std::string> 
     const AnswerTo::Kind kind = AnswerTo::of(command, arguments).kind;
     asks_(kind);
     if (kind == AnswerTo::Kind::write) {
-        request_ = requestIn(arguments);
+        request_ = writeRequestIn(arguments);
+        request_.bytes = lengthOfImage(arguments);
         watch_.expect(request_.bytes);
     }
     watch_.asked(command, arguments);

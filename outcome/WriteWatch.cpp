@@ -1,11 +1,10 @@
 #include "outcome/WriteWatch.h"
 
 #include <algorithm>
-#include <charconv>
-#include <string_view>
 #include <unistd.h>
 #include <utility>
 
+#include "outcome/writeRequestIn.h"
 #include "outcome/writtenSectors.h"
 #include "protocol/accessory.h"
 
@@ -16,12 +15,6 @@ namespace {
 constexpr std::chrono::milliseconds kPause{100};
 // Below this a speed would be a guess.
 constexpr std::chrono::milliseconds kLongEnough{200};
-
-std::string_view valueOf(std::string_view key, std::span<const std::string> arguments) {
-    for (const std::string_view argument : arguments)
-        if (argument.starts_with(key)) return argument.substr(key.size());
-    return {};
-}
 
 bool isSameWrite(const BoardEntry& one, const std::optional<BoardEntry>& other) {
     return other && one.writer == other->writer && one.writerStart == other->writerStart && one.begun == other->begun;
@@ -42,10 +35,8 @@ WriteWatch::~WriteWatch() {
 void WriteWatch::asked(std::string_view command, std::span<const std::string> arguments) {
     answers_.asked(command, arguments);
     if (AnswerTo::of(command, arguments).kind != AnswerTo::Kind::write) return;
-    constexpr std::string_view kRawNode = "of=/dev/r";
-    Asked asked{std::string(valueOf(kRawNode, arguments)), 0, {}, {}};
-    const std::string_view block = valueOf("seek=", arguments);
-    std::from_chars(block.data(), block.data() + block.size(), asked.firstBlock);
+    const Request request = writeRequestIn(arguments);
+    Asked asked{request.disk, static_cast<std::uint64_t>(request.firstBlock), {}, {}};
     asked.before = board_.read(asked.disk);
     asked.sectors = writtenSectors(asked.disk, disks_);
     const std::scoped_lock lock(mutex_);
