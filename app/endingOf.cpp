@@ -17,7 +17,7 @@ UpdateEnding ofNothingHandedOver(const UpdateFacts& facts) {
 
 UpdateEnding ofVerified(const Request& request) {
     if (request.firstBlock != kFirmwareBlock) return UpdateEnding::iconArrived;
-    const bool fits = request.bytes <= (kIconBlock - kFirmwareBlock) * kBlockBytes;
+    const bool fits = request.bytes <= kFirmwareAreaBytes;
     return fits ? UpdateEnding::firmwareArrived : UpdateEnding::firmwareArrivedInIcon;
 }
 

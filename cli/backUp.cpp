@@ -17,8 +17,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::int64_t kFirmwareAreaBytes = (kIconBlock - kFirmwareBlock) * kBlockBytes;
-
 // A serial number is whatever the accessory says; a file's name is not.
 std::string fitForAName(std::string text) {
     const auto isFit = [](char character) {

@@ -13,8 +13,6 @@
 namespace kestrav {
 namespace {
 
-constexpr std::int64_t kFirmwareAreaBytes = (kIconBlock - kFirmwareBlock) * kBlockBytes;
-
 UpdateResult notEvenAsked(const std::string& sentence) {
     return UpdateResult().endedWith(ExitCode::wrongCall, sentence);
 }

@@ -94,9 +94,7 @@ class Speaker {
         return writes_ ? ", so nobody knows what the accessory holds." : ", so nothing was read.";
     }
     std::string written() const { return std::to_string(judgement_.written) + " bytes"; }
-    bool reachesIntoTheIcon() const {
-        return asked_.firstBlock == kFirmwareBlock && asked_.bytes > (kIconBlock - kFirmwareBlock) * kBlockBytes;
-    }
+    bool reachesIntoTheIcon() const { return asked_.firstBlock == kFirmwareBlock && asked_.bytes > kFirmwareAreaBytes; }
 
     UpdateResult ofVerified() const {
         return saying("The image is on " + asked_.disk + ": " + written() + " from block " +

@@ -58,9 +58,10 @@ std::optional<std::byte> onlyByte(const OrdinaryFile& image) {
 
 std::vector<std::string> warningsAbout(const OrdinaryFile& image, const UpdateResult& asked) {
     std::vector<std::string> warnings;
-    if (asked.firstBlock == kFirmwareBlock && asked.bytes > (kIconBlock - kFirmwareBlock) * kBlockBytes) {
+    if (asked.firstBlock == kFirmwareBlock && asked.bytes > kFirmwareAreaBytes) {
         warnings.push_back("The image has " + std::to_string(asked.bytes) +
-                           " bytes and runs into the icon area, which begins 262144 bytes behind the firmware's.");
+                           " bytes and runs into the icon area, which begins " + std::to_string(kFirmwareAreaBytes) +
+                           " bytes behind the firmware's.");
     }
     const std::string_view kind = otherKind(image.read(0, 16));
     if (!kind.empty()) warnings.push_back("The image begins like " + std::string(kind) + ".");

@@ -25,5 +25,7 @@ inline constexpr std::int64_t kBlockBytes = 512;
 /// The first block of the area that the firmware, or the icon, is written to. Nothing marks the end of an area.
 inline constexpr std::int64_t kFirmwareBlock = 1536;
 inline constexpr std::int64_t kIconBlock = 2048;
+/// What a firmware may hold before it reaches into the icon's place.
+inline constexpr std::int64_t kFirmwareAreaBytes = (kIconBlock - kFirmwareBlock) * kBlockBytes;
 
 }  // namespace kestrav
