@@ -11,6 +11,7 @@
 
 #include "base/EndableChild.h"
 #include "base/UniqueFd.h"
+#include "base/awaitEnd.h"
 #include "base/retry.h"
 #include "base/systemProblem.h"
 #include "base/wordPointers.h"
@@ -92,8 +93,7 @@ Outcome<ChildRun> runChild(const std::vector<std::string>& words, EndableChild* 
     ChildRun run;
     run.errors = readToTheEnd(readEnd);
     // Its number may be another process's as soon as its end is taken note of.
-    siginfo_t information{};
-    retry([&] { return ::waitid(P_PID, static_cast<id_t>(child), &information, WEXITED | WNOWAIT); });
+    awaitEnd(child);
     if (endable != nullptr) endable->isOver();
     int status = 0;
     const pid_t ended = retry([&] { return ::waitpid(child, &status, 0); });

@@ -8,6 +8,7 @@
 #include <sys/wait.h>
 #include <system_error>
 
+#include "base/awaitEnd.h"
 #include "base/retry.h"
 #include "base/systemWords.h"
 #include "services/asker/Asker.h"
@@ -18,12 +19,6 @@
 
 namespace kestrav {
 namespace {
-
-/// It stays to be collected.
-void awaitEnd(pid_t child) {
-    siginfo_t end{};
-    retry([&] { return ::waitid(P_PID, static_cast<id_t>(child), &end, WEXITED | WNOWAIT); });
-}
 
 void collect(pid_t child) {
     retry([child] { return ::waitpid(child, nullptr, 0); });
