@@ -4,7 +4,6 @@
 #include <QGuiApplication>
 #include <QMenu>
 #include <QMessageBox>
-#include <QPointer>
 #include <QPushButton>
 
 #include "app/qt/HelpPage.h"

@@ -4,7 +4,6 @@
 #include <QFile>
 #include <QTextBrowser>
 #include <QVBoxLayout>
-#include <algorithm>
 #include <initializer_list>
 #include <string_view>
 
@@ -43,7 +42,9 @@ HelpPage::HelpPage(QWidget* parent, const QString& title, const QString& resourc
     auto* column = new QVBoxLayout(this);
     column->addWidget(browser_);
     column->addWidget(buttons);
-    std::ranges::any_of(sought, [this](const QString& sentence) { return goTo(sentence); });
+    for (const QString& sentence : sought) {
+        if (goTo(sentence)) return;
+    }
 }
 
 /// The page has a placeholder where a sentence has a name or a number, so the beginning of it has to do.

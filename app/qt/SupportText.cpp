@@ -1,5 +1,6 @@
 #include "app/qt/SupportText.h"
 
+#include <QCoreApplication>
 #include <QFileInfo>
 #include <QLocale>
 #include <QStandardPaths>

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QCoreApplication>
 #include <QObject>
 #include <QProcess>
 #include <QString>
@@ -14,8 +13,6 @@ namespace kestrav {
 /// Puts together what somebody who helps wants to see: the program, the computer, what the window says, what happened
 /// so far, and what `kestravctl doctor` finds, which takes a moment. Used on the main thread.
 class SupportText final : public QObject {
-    Q_DECLARE_TR_FUNCTIONS(SupportText)
-
   public:
     using Ready = std::function<void(const QString& text)>;
 
