@@ -1,10 +1,11 @@
 #pragma once
 
-#include <chrono>
 #include <fstream>
 #include <string>
 #include <sys/types.h>
 #include <thread>
+
+#include "tests/eventually.h"
 
 namespace kestrav {
 
@@ -21,12 +22,7 @@ inline bool isAsleep(pid_t thread) {
 
 /// Returns once that thread sleeps; false after a minute in which it never was seen to.
 inline bool waitUntilAsleep(pid_t thread) {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(1);
-    while (!isAsleep(thread)) {
-        if (std::chrono::steady_clock::now() > end) return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    return true;
+    return eventually([thread] { return isAsleep(thread); });
 }
 
 }  // namespace kestrav

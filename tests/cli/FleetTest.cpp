@@ -9,6 +9,7 @@
 #include "cli/AccessoryArrivals.h"
 #include "cli/ConsentTurn.h"
 #include "tests/cli/Commands.h"
+#include "tests/eventually.h"
 
 namespace kestrav {
 namespace {
@@ -87,8 +88,7 @@ TEST_F(All, AreServedSideBySideSoThatNoneHoldsAnotherUp) {
             ++others;
             return;
         }
-        for (int tries = 0; others < 3 && tries < 15000; ++tries)
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        eventually([&] { return others >= 3; });
         othersBeforeTheFirst = others.load();
     }));
     EXPECT_EQ(carriedOut(pushToAll()), ExitCode::success);

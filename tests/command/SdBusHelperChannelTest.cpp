@@ -12,6 +12,7 @@
 #include "tests/base/RecordingLog.h"
 #include "tests/command/fakes/BusHelper.h"
 #include "tests/command/fakes/PumpedMainQueue.h"
+#include "tests/eventually.h"
 #include "tests/sandbox/PrivateBus.h"
 
 namespace kestrav {
@@ -228,10 +229,7 @@ TEST_F(JobOnABus, DoesNotStartTheHelperByOpening) {
     std::this_thread::sleep_for(std::chrono::milliseconds(500));
     EXPECT_FALSE(std::filesystem::exists(started));
     run();
-    for (int i = 0; i < 6000 && !std::filesystem::exists(started); ++i) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    EXPECT_TRUE(std::filesystem::exists(started)) << "a request did not start it either";
+    EXPECT_TRUE(eventually([&] { return std::filesystem::exists(started); })) << "a request did not start it either";
 }
 
 /// The time after which libsystemd gives a call up that has no limit of its own: 25 seconds, unless its environment

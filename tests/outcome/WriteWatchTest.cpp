@@ -9,6 +9,7 @@
 #include "outcome/WriteWatch.h"
 #include "outcome/writtenSectors.h"
 #include "tests/TemporaryFolder.h"
+#include "tests/eventually.h"
 
 namespace kestrav {
 namespace {
@@ -52,12 +53,6 @@ class TheWatch : public testing::Test {
         const std::scoped_lock lock(mutex_);
         return shown_;
     }
-    template <class Condition>
-    bool comes(Condition condition) {
-        for (int look = 0; look < 600; ++look, std::this_thread::sleep_for(std::chrono::milliseconds(50)))
-            if (condition()) return true;
-        return false;
-    }
     WriteWatch::Show show() {
         return [this](const WriteState& state) {
             const std::scoped_lock lock(mutex_);
@@ -94,11 +89,11 @@ TEST_F(TheWatch, ShowsHowTheWriteGoesOnAndNoOther) {
     ask(watch);
     EXPECT_EQ(shown(), (std::vector<WriteState>{{"sdzz", WritePhase::asking}}));
     post("writing", 400);
-    EXPECT_TRUE(comes([&] { return shown().back().done == 400; }));
+    EXPECT_TRUE(eventually([&] { return shown().back().done == 400; }));
     EXPECT_EQ(shown().size(), 2U) << "the write before was shown, too";
     EXPECT_EQ(shown().back().phase, WritePhase::writing);
     post("writing", 900);
-    EXPECT_TRUE(comes([&] { return shown().back().done == 900 && shown().back().bytesASecond > 0; }));
+    EXPECT_TRUE(eventually([&] { return shown().back().done == 900 && shown().back().bytesASecond > 0; }));
     EXPECT_EQ(watch.state()->done, 900U);
     watch.answered("Wrote.");
     EXPECT_EQ(watch.state(), std::nullopt);
@@ -140,7 +135,7 @@ TEST_F(TheWatch, FollowsAWriteWithoutAnAnswerToItsEnd) {
         post("checking", 500, "", ::getpid(), ++begun);
         const std::size_t before = shown().size();
         std::thread service([&, verdict = verdict] {
-            comes([&] { return shown().size() > before; });
+            eventually([&] { return shown().size() > before; });
             post("done", 1000, R"(,"verdict":")" + std::string(verdict) + "\"", ::getpid(), begun);
         });
         waited_ = 0;

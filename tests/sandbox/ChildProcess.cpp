@@ -9,12 +9,12 @@
 #include <stdexcept>
 #include <sys/prctl.h>
 #include <sys/wait.h>
-#include <thread>
 #include <unistd.h>
 #include <utility>
 
 #include "base/retry.h"
 #include "base/wordPointers.h"
+#include "tests/eventually.h"
 #include "tests/signalOne.h"
 
 namespace kestrav {
@@ -107,10 +107,7 @@ void UserProcess::go() {
 }
 
 bool UserProcess::endsWithin(std::chrono::milliseconds time) const {
-    const auto end = std::chrono::steady_clock::now() + time;
-    while (process_.runs() && std::chrono::steady_clock::now() < end)
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    return !process_.runs();
+    return eventually([this] { return !process_.runs(); }, time);
 }
 
 std::string UserProcess::result() {

@@ -1,6 +1,5 @@
 #include "tests/sandbox/SystemDaemons.h"
 
-#include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
@@ -8,10 +7,10 @@
 #include <stdexcept>
 #include <sys/socket.h>
 #include <sys/un.h>
-#include <thread>
 #include <unistd.h>
 #include <vector>
 
+#include "tests/eventually.h"
 #include "tests/sandbox/runProgram.h"
 #include "tests/signalOne.h"
 
@@ -22,10 +21,7 @@ namespace fs = std::filesystem;
 constexpr const char* kSocket = "/run/dbus/system_bus_socket";
 
 void waitUntil(const char* what, const std::function<bool()>& holds) {
-    for (int i = 0; i < 6000; ++i) {
-        if (holds()) return;
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
+    if (eventually(holds)) return;
     throw std::runtime_error(std::string("waited in vain for ") + what);
 }
 

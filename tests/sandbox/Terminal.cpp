@@ -8,17 +8,12 @@
 #include <stdexcept>
 #include <sys/prctl.h>
 #include <termios.h>
-#include <thread>
 #include <unistd.h>
 
 #include "base/wordPointers.h"
+#include "tests/eventually.h"
 
 namespace kestrav {
-namespace {
-
-using namespace std::chrono_literals;
-
-}  // namespace
 
 Terminal::Terminal(const std::vector<std::string>& words, uid_t uid, int passedOn) {
     int terminal = -1;
@@ -61,12 +56,10 @@ bool Terminal::read(int milliseconds) {
 
 bool Terminal::waitForSilence() {
     // The agent throws away what was typed before it turned the echo off, which it does after the prompt.
-    for (int i = 0; i < 6000; ++i) {
+    return eventually([this] {
         termios mode{};
-        if (::tcgetattr(terminal_.get(), &mode) == 0 && (mode.c_lflag & ECHO) == 0) return true;
-        std::this_thread::sleep_for(10ms);
-    }
-    return false;
+        return ::tcgetattr(terminal_.get(), &mode) == 0 && (mode.c_lflag & ECHO) == 0;
+    });
 }
 
 void Terminal::type(const std::string& text) {

@@ -1,7 +1,6 @@
 #include "tests/services/CommandDaemon.h"
 
 #include <arpa/inet.h>
-#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
@@ -11,15 +10,13 @@
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
-#include <thread>
 #include <unistd.h>
 
+#include "tests/eventually.h"
 #include "tests/signalOne.h"
 
 namespace kestrav {
 namespace {
-
-using namespace std::chrono_literals;
 
 sockaddr_in loopback(std::uint16_t port) {
     sockaddr_in address{};
@@ -67,8 +64,7 @@ CommandDaemon::CommandDaemon(const Conditions& conditions) {
     if (pid_ == 0) become(conditions, listener.get(), folder_.path() / "log", board());
     // What it says on a descriptor of somebody else's is for that one to wait for; the socket takes peers already.
     if (conditions.errors) return;
-    for (int tries = 6000; tries > 0 && runs() && log().empty(); --tries)
-        std::this_thread::sleep_for(10ms);
+    eventually([this] { return !runs() || !log().empty(); });
 }
 
 CommandDaemon::~CommandDaemon() {
@@ -98,26 +94,8 @@ bool CommandDaemon::runs() {
 }
 
 std::optional<int> CommandDaemon::waitForEnd() {
-    for (int tries = 6000; tries > 0 && runs(); --tries)
-        std::this_thread::sleep_for(10ms);
+    eventually([this] { return !runs(); });
     return ended_;
-}
-
-std::vector<pid_t> CommandDaemon::children() const {
-    const std::string id = std::to_string(pid_);
-    std::ifstream list("/proc/" + id + "/task/" + id + "/children");
-    std::vector<pid_t> children;
-    for (pid_t child = 0; list >> child;)
-        children.push_back(child);
-    return children;
-}
-
-pid_t CommandDaemon::waitForChild() const {
-    for (int tries = 120'000; tries > 0; --tries) {
-        if (const auto now = children(); !now.empty()) return now.front();
-        std::this_thread::sleep_for(500us);
-    }
-    throw std::runtime_error("no process for the request");
 }
 
 UniqueFd listenOnFreePort(std::uint16_t& port) {

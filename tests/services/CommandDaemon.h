@@ -38,15 +38,10 @@ class CommandDaemon {
     std::filesystem::path board() const;
 
     void signal(int number) const;
-    /// Waits up to ten seconds for its end; the exit status, 128 + the number of the signal that ended it, nothing when
+    /// Waits up to a minute for its end; the exit status, 128 + the number of the signal that ended it, nothing when
     /// it runs on.
     std::optional<int> waitForEnd();
     bool runs();
-
-    /// Processes that it has started and that have not ended.
-    std::vector<pid_t> children() const;
-    /// Waits until it has one that works on a request.
-    pid_t waitForChild() const;
 
   private:
     TemporaryFolder folder_;

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include "tests/base/isAsleep.h"
+#include "tests/eventually.h"
 
 namespace kestrav {
 
@@ -35,9 +36,7 @@ class SignalShower {
     /// Returns when the thread has been interrupted so often that a call that doesn't stand it has ended. Its caller is
     /// another thread. Gives up after a minute.
     void waitForMany() const {
-        const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(1);
-        while (handled() < kMany && std::chrono::steady_clock::now() < end)
-            std::this_thread::sleep_for(kPause);
+        eventually([] { return handled() >= kMany; });
     }
 
     static constexpr int kMany = 10;

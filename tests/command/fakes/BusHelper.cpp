@@ -1,8 +1,9 @@
 #include "tests/command/fakes/BusHelper.h"
 
 #include <algorithm>
-#include <chrono>
 #include <stdexcept>
+
+#include "tests/eventually.h"
 
 namespace kestrav {
 namespace {
@@ -41,11 +42,7 @@ std::vector<BusHelper::Request> BusHelper::requests() const {
 }
 
 bool BusHelper::waitForRequests(std::size_t count) const {
-    for (int i = 0; i < 6000; ++i) {
-        if (requests().size() >= count) return true;
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    return false;
+    return eventually([&] { return requests().size() >= count; });
 }
 
 int BusHelper::onCall(sd_bus_message* message, void* self, sd_bus_error*) {

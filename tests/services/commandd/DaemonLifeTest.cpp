@@ -16,6 +16,8 @@
 #include <vector>
 
 #include "tests/TemporaryFolder.h"
+#include "tests/childrenOf.h"
+#include "tests/eventually.h"
 #include "tests/sanitizers.h"
 #include "tests/services/CommandDaemon.h"
 #include "tests/services/SimulatedAccessory.h"
@@ -29,6 +31,21 @@ using testing::HasSubstr;
 using testing::StartsWith;
 
 constexpr std::size_t mebibyte = std::size_t{1} << 20U;
+
+bool refusesConnections(std::uint16_t port) {
+    try {
+        const Client peer(port);
+        return false;
+    } catch (const std::runtime_error&) {
+        return true;
+    }
+}
+
+pid_t childOf(const CommandDaemon& daemon) {
+    std::vector<pid_t> children;
+    eventually([&] { return !(children = childrenOf(daemon.pid())).empty(); });
+    return children.at(0);
+}
 
 /// A write that takes a while: the process that does it is found and can be held.
 class DaemonInMidWrite : public testing::Test {
@@ -54,7 +71,7 @@ class DaemonInMidWrite : public testing::Test {
     /// Sends the request and holds the process that carries it out, once it has written something.
     pid_t holdInMidWrite(const CommandDaemon& daemon, const Client& client) {
         client.send(requestFor("dd", {"if=" + image_, "of=/dev/rsdzz", "seek=1536", "bs=512"}));
-        const pid_t writer = daemon.waitForChild();
+        const pid_t writer = childOf(daemon);
         while (diskByte(1536 * 512 + 1) == 0)
             std::this_thread::yield();
         signalOne(writer, SIGSTOP);
@@ -78,9 +95,8 @@ TEST_F(DaemonInMidWrite, EndsTheWriteAndAnswersBeforeItStops) {
         daemon.signal(number);
         signalOne(writer, number);  // as a service manager and a terminal do: to all of its processes
     }
-    std::this_thread::sleep_for(200ms);
+    EXPECT_TRUE(eventually([&] { return refusesConnections(daemon.port()); })) << "somebody new is taken";
     EXPECT_TRUE(daemon.runs());
-    EXPECT_THROW(Client{daemon.port()}, std::runtime_error);  // nobody new is taken
     signalOne(writer, SIGCONT);
     EXPECT_THAT(client.readOnce(60), StartsWith("Wrote " + std::to_string(imageSize) + " bytes"));
     EXPECT_EQ(daemon.waitForEnd(), 0);
@@ -116,11 +132,8 @@ TEST_F(DaemonInMidWrite, IsOutlivedByTheWriteWhenItIsKilledAndTheNextUpdateComes
     EXPECT_THAT(ask(next.port(), "dd", small), StartsWith("Refused: the disk sdzz is in use by "));
     signalOne(writer, SIGCONT);
     std::string answer;
-    for (int i = 0; i < 6000 && !answer.starts_with("Wrote"); ++i) {
-        std::this_thread::sleep_for(10ms);
-        answer = ask(next.port(), "dd", small);
-    }
-    EXPECT_THAT(answer, StartsWith("Wrote 1 bytes"));
+    EXPECT_TRUE(eventually([&] { return (answer = ask(next.port(), "dd", small)).starts_with("Wrote 1 bytes"); }))
+        << answer;
     EXPECT_TRUE(isAtEnd()) << "the write did not outlive the service";
 }
 
@@ -145,8 +158,7 @@ TEST_F(DaemonInMidWrite, FinishesTheWriteWhenThePeerGoes) {
         const pid_t writer = holdInMidWrite(daemon, client);
         signalOne(writer, SIGCONT);
     }
-    for (int i = 0; i < 6000 && !daemon.children().empty(); ++i)
-        std::this_thread::sleep_for(10ms);
+    EXPECT_TRUE(eventually([&] { return childrenOf(daemon.pid()).empty(); }));
     EXPECT_THAT(daemon.log(), HasSubstr(": Wrote " + std::to_string(imageSize) + " bytes"));
 }
 

@@ -18,6 +18,8 @@
 #include <vector>
 
 #include "tests/TemporaryFolder.h"
+#include "tests/childrenOf.h"
+#include "tests/eventually.h"
 #include "tests/services/CommandDaemon.h"
 #include "tests/services/SimulatedAccessory.h"
 #include "tests/services/linesSaying.h"
@@ -42,11 +44,8 @@ class Daemon : public testing::Test {
     std::string nothing() { return ask(daemon_.port(), "umount", {"/dev/sdzzs1"}); }
     /// The answer once the places of peers that have just left are free again.
     std::string nothingOncePlaceIsFree() {
-        std::string reply = nothing();
-        for (int i = 0; i < 200 && reply.find("busy") != std::string::npos; ++i) {
-            std::this_thread::sleep_for(20ms);
-            reply = nothing();
-        }
+        std::string reply;
+        eventually([&] { return (reply = nothing()).find("busy") == std::string::npos; });
         return reply;
     }
 
@@ -233,7 +232,6 @@ TEST_F(Daemon, HasPlaceAgainOnceSilentPeersAreGone) {
         peers.push_back(std::make_unique<Client>(daemon_.port()));
     EXPECT_EQ(nothing(), "Refused: the service is busy; try again in a moment.");
     peers.clear();
-    std::this_thread::sleep_for(20ms);
     EXPECT_EQ(nothingOncePlaceIsFree(), nothingDone);
 }
 
@@ -245,11 +243,8 @@ TEST_F(Daemon, KeepsNothingOpenAfterManyRequests) {
     const auto before = openFiles();
     for (int i = 0; i < 50; ++i)
         ASSERT_EQ(nothing(), nothingDone);
-    for (int i = 0; i < 100 && (openFiles() != before || !daemon_.children().empty()); ++i) {
-        std::this_thread::sleep_for(50ms);
-    }
-    EXPECT_EQ(openFiles(), before);
-    EXPECT_TRUE(daemon_.children().empty());
+    EXPECT_TRUE(eventually([&] { return openFiles() == before; })) << openFiles() << " instead of " << before;
+    EXPECT_TRUE(eventually([this] { return childrenOf(daemon_.pid()).empty(); }));
 }
 
 TEST_F(Daemon, RefusesAnotherUserWithoutConsent) {
@@ -290,7 +285,8 @@ TEST_F(Daemon, DoesNothingForAPeerThatHasGone) {
 TEST_F(Daemon, StopsAtOnceWhenThereIsNothingToDo) {
     const Client waiting(daemon_.port());
     waiting.send("{");
-    std::this_thread::sleep_for(50ms);
+    // An answer to somebody who came later: the connection was taken by then.
+    EXPECT_EQ(nothing(), nothingDone);
     daemon_.signal(SIGTERM);
     EXPECT_EQ(waiting.readOnce(), "Refused: the service is being stopped.");
     EXPECT_EQ(daemon_.waitForEnd(), 0);

@@ -5,7 +5,6 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <optional>
@@ -20,6 +19,8 @@
 #include "services/commandd/Server.h"
 #include "tests/TemporaryFolder.h"
 #include "tests/base/FileLog.h"
+#include "tests/childrenOf.h"
+#include "tests/eventually.h"
 #include "tests/sandbox/PasswordAgent.h"
 #include "tests/sandbox/Sandbox.h"
 #include "tests/sandbox/SystemDaemons.h"
@@ -37,12 +38,6 @@ constexpr uid_t kAdmin = 4711;
 const std::string kLate = "Refused: nobody has agreed within 50 seconds; nothing was done.";
 const std::string kCarriedOut = "Refused: there is no /dev/sdzzs1; ";  // by the gate, once somebody has agreed
 const std::string kDenied = "Refused: an administrator did not agree.";
-
-bool comesTrue(const std::function<bool()>& condition) {
-    for (int i = 0; i < 3000 && !condition(); ++i)
-        std::this_thread::sleep_for(10ms);
-    return condition();
-}
 
 /// The answers of a program that asks again and again, each time its last answer was that nobody has agreed.
 std::string answersUntilDecided(std::uint16_t port) {
@@ -82,11 +77,7 @@ class LateConsent : public testing::Test {
         Gate gate(consent, devices, mounts, log);
         ::_exit(Server(std::move(listener), gate, log, {.toAgree = 2s}).run() ? 0 : 1);
     }
-    std::size_t children() const {
-        const std::string id = std::to_string(server_.pid());
-        std::ifstream list("/proc/" + id + "/task/" + id + "/children");
-        return static_cast<std::size_t>(std::distance(std::istream_iterator<pid_t>(list), {}));
-    }
+    std::size_t children() const { return childrenOf(server_.pid()).size(); }
 
     const TemporaryFolder folder_;
     const std::string log_ = folder_.file("log", "");
@@ -101,11 +92,11 @@ TEST_F(LateConsent, ServesTheNextRequestOfTheSameProcess) {
     PasswordAgent agent(user.pid(), kAdmin);
     user.go();
     ASSERT_TRUE(agent.isAsked()) << agent.shown();
-    ASSERT_TRUE(comesTrue([] { return std::filesystem::exists("/run/late"); }));
+    ASSERT_TRUE(eventually([] { return std::filesystem::exists("/run/late"); }));
     agent.type("secret\n");
     EXPECT_THAT(user.result(), StartsWith(kCarriedOut)) << contentsOf(log_);
     EXPECT_FALSE(agent.isAsked(1)) << "asked twice: " << agent.shown();
-    EXPECT_TRUE(comesTrue([this] { return children() == 0; }));
+    EXPECT_TRUE(eventually([this] { return children() == 0; }));
     EXPECT_EQ(linesSaying(contentsOf(log_), kCarriedOut), 1U) << "done for a request that had been refused";
     EXPECT_GE(linesSaying(contentsOf(log_), "user 4711: umount /dev/sdzzs1: " + kLate), 1U);
 }
@@ -122,9 +113,9 @@ TEST_F(LateConsent, IsNoConsentForAnotherProcess) {
     PasswordAgent agent(user.pid(), kAdmin);
     user.go();
     ASSERT_TRUE(agent.isAsked()) << agent.shown();
-    ASSERT_TRUE(comesTrue([] { return std::filesystem::exists("/run/late"); }));
+    ASSERT_TRUE(eventually([] { return std::filesystem::exists("/run/late"); }));
     agent.type("secret\n");
-    EXPECT_TRUE(comesTrue([this] { return children() == 0; }));
+    EXPECT_TRUE(eventually([this] { return children() == 0; }));
     other.go();
     EXPECT_EQ(other.result(),
               "Refused: an administrator has to agree, and there is no way to ask for a password here.");
@@ -137,7 +128,7 @@ TEST_F(LateConsent, DenialServesTheNextRequestOfTheSameProcess) {
     PasswordAgent agent(user.pid(), kAdmin);
     user.go();
     ASSERT_TRUE(agent.isAsked()) << agent.shown();
-    ASSERT_TRUE(comesTrue([] { return std::filesystem::exists("/run/late"); }));
+    ASSERT_TRUE(eventually([] { return std::filesystem::exists("/run/late"); }));
     agent.type("wrong\n");
     EXPECT_EQ(user.result(), kDenied);
     EXPECT_FALSE(agent.isAsked(1)) << "asked twice: " << agent.shown();
@@ -150,7 +141,7 @@ TEST_F(LateConsent, IsNotWaitedForOnceTheProcessHasEnded) {
     ASSERT_TRUE(agent.isAsked()) << agent.shown();
     EXPECT_EQ(user.result(), kLate);
     user.kill();
-    EXPECT_TRUE(comesTrue([this] { return children() == 0; })) << "the question is still open";
+    EXPECT_TRUE(eventually([this] { return children() == 0; })) << "the question is still open";
 }
 
 TEST_F(LateConsent, HoldsNeitherTheConnectionNorTheServicesEnd) {
@@ -170,7 +161,7 @@ TEST_F(LateConsent, HoldsNeitherTheConnectionNorTheServicesEnd) {
     PasswordAgent agent(user.pid(), kAdmin);
     user.go();
     ASSERT_TRUE(agent.isAsked()) << agent.shown();
-    ASSERT_TRUE(comesTrue([] { return !contentsOf("/run/closed").empty(); }));
+    ASSERT_TRUE(eventually([] { return !contentsOf("/run/closed").empty(); }));
     EXPECT_EQ(contentsOf("/run/closed"), "closed");
     EXPECT_EQ(children(), 1U) << "the question is over";
     ::kill(server_.pid(), SIGTERM);

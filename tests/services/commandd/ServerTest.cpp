@@ -24,6 +24,7 @@
 #include "services/commandd/Server.h"
 #include "tests/TemporaryFolder.h"
 #include "tests/base/FileLog.h"
+#include "tests/eventually.h"
 #include "tests/sandbox/ChildProcess.h"
 #include "tests/services/CommandDaemon.h"
 #include "tests/services/gate/GateWithoutDisks.h"
@@ -101,9 +102,7 @@ class ServerWithAFile : public testing::Test {
     SystemLog* log() const { return new FileLog(path_); }
     std::string logged() const { return contentsOf(path_); }
     bool logs(const char* words) const {
-        for (int i = 0; i < 2000 && linesSaying(logged(), words) == 0; ++i)
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        return linesSaying(logged(), words) == 1;
+        return eventually([&] { return linesSaying(logged(), words) > 0; }) && linesSaying(logged(), words) == 1;
     }
 
     const TemporaryFolder folder_;
@@ -116,19 +115,13 @@ int unsentBytes(int socket) {
     return ::ioctl(socket, SIOCOUTQ, &count) == 0 ? count : -1;
 }
 
-bool holdsSoon(const std::function<bool()>& condition) {
-    for (int i = 0; i < 2000 && !condition(); ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    return condition();
-}
-
 TEST(Server, LetsRequestsEndThatWereBegunBeforeItFailed) {
     const TemporaryFolder folder;
     const std::string begins = folder.path() / "begun";
     ServerProcess server(nothing, [&begins] { return new FailingLog(begins); });
     const Client begun(server.port());
     begun.send(requestFor("rm", {}));
-    ASSERT_TRUE(holdsSoon([&] { return std::filesystem::exists(begins); }));
+    ASSERT_TRUE(eventually([&] { return std::filesystem::exists(begins); }));
     const Client refused(server.port());
     refused.send("GET /");  // the server logs the refusal, and fails
     EXPECT_THAT(begun.readOnce(), testing::HasSubstr("is not a command"));
@@ -172,7 +165,7 @@ TEST_F(ServerWithAFile, TakesWhatAPeerStillSendsBehindItsRequest) {
     for (int i = 0; i < 3; ++i) {
         EXPECT_TRUE(client.send("more"));
         // Taken by the system at the other end, which sends a reset where nobody is left.
-        EXPECT_TRUE(holdsSoon([&] { return unsentBytes(client.socket()) == 0; }));
+        EXPECT_TRUE(eventually([&] { return unsentBytes(client.socket()) == 0; }));
     }
     int error = -1;
     socklen_t size = sizeof error;

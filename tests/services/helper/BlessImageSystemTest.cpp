@@ -1,4 +1,3 @@
-#include <chrono>
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -6,10 +5,10 @@
 #include <string>
 #include <sys/mount.h>
 #include <sys/stat.h>
-#include <thread>
 #include <unistd.h>
 
 #include "base/openSystemBus.h"
+#include "tests/eventually.h"
 #include "tests/sandbox/ChildProcess.h"
 #include "tests/sandbox/SystemDaemons.h"
 #include "tests/services/helper/InstallerInARoom.h"
@@ -145,8 +144,7 @@ TEST_F(Bless, RegistersTheRightInEtcWherePolkitLooksThere) {
     daemons.startBus();
     const ChildProcess polkit(::fork());
     if (polkit.pid() == 0) ::_exit(standInForPolkit());
-    for (int i = 0; i < 1000 && fs::is_empty(kStandInIsThere); ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    ASSERT_TRUE(eventually([] { return !fs::is_empty(kStandInIsThere); }));
     EXPECT_EQ(bless("register-right").out, "The right is registered.\n");
     EXPECT_THAT(contents(kRightInEtc), HasSubstr("<action id=\"com.corvitel.KestravHelper\">"));
     EXPECT_EQ(modeOf(kRightInEtc), 0644U);

@@ -9,11 +9,11 @@
 #include <sys/file.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
-#include <thread>
 #include <unistd.h>
 
 #include "base/UniqueFd.h"
 #include "services/helper/bless/lockInstallation.h"
+#include "tests/eventually.h"
 #include "tests/sandbox/ChildProcess.h"
 #include "tests/services/helper/InstallerInARoom.h"
 #include "tests/signalOne.h"
@@ -34,6 +34,15 @@ UniqueFd locked(const char* path) {
     return ::flock(file.get(), LOCK_EX) == 0 ? std::move(file) : UniqueFd();
 }
 
+bool hasOpen(pid_t process, const fs::path& path) {
+    std::error_code gone;
+    const fs::directory_iterator open("/proc/" + std::to_string(process) + "/fd", gone);
+    return std::ranges::any_of(open, [&](const fs::directory_entry& entry) {
+        std::error_code closed;
+        return fs::read_symlink(entry.path(), closed) == path;
+    });
+}
+
 class BlessWaits : public Bless, public testing::WithParamInterface<const char*> {};
 
 TEST_P(BlessWaits, ForAnotherOneThatRuns) {
@@ -42,7 +51,7 @@ TEST_P(BlessWaits, ForAnotherOneThatRuns) {
     UniqueFd other = locked(kLock);
     ASSERT_TRUE(other);
     ChildProcess second = ChildProcess::start({kBless, GetParam()});
-    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    ASSERT_TRUE(eventually([&] { return hasOpen(second.pid(), kLock); }));
     EXPECT_TRUE(second.runs());
     EXPECT_FALSE(fs::exists(kUnit));
     EXPECT_FALSE(fs::exists(kRight));
@@ -78,9 +87,7 @@ TEST_F(Bless, IsNotHeldUpByAnybodysLockOnAFolder) {
     ASSERT_EQ(::waitpid(anybody.pid(), &status, WUNTRACED), anybody.pid());
     ASSERT_TRUE(WIFSTOPPED(status)) << "has no lock";
     ChildProcess run = ChildProcess::start({kBless, "install"});
-    for (int i = 0; i < 3000 && run.runs(); ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    EXPECT_FALSE(run.runs()) << "waits for another user";
+    EXPECT_TRUE(eventually([&] { return !run.runs(); })) << "waits for another user";
     EXPECT_TRUE(fs::exists(kUnit));
 }
 

@@ -1,7 +1,6 @@
 #include <chrono>
 #include <fcntl.h>
 #include <filesystem>
-#include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>
@@ -12,6 +11,7 @@
 
 #include "base/UniqueFd.h"
 #include "base/openSystemBus.h"
+#include "tests/eventually.h"
 #include "tests/sandbox/ChildProcess.h"
 #include "tests/sandbox/SystemDaemons.h"
 #include "tests/services/helper/InstallerInARoom.h"
@@ -33,9 +33,7 @@ UniqueFd fullPipe(const char* path) {
 }
 
 bool endsSoon(const ChildProcess& process) {
-    for (int i = 0; i < 3000 && process.runs(); ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    return !process.runs();
+    return eventually([&] { return !process.runs(); });
 }
 
 class BlessUnread : public Bless, public testing::WithParamInterface<const char*> {};
@@ -134,9 +132,7 @@ TEST_F(Bless, WaitsForASlowSystemd) {
     daemons.startBus();
     const ChildProcess systemd(::fork());
     if (systemd.pid() == 0) ::_exit(standInForSystemd(std::chrono::seconds(26)));
-    for (int i = 0; i < 1000 && !fs::exists(kStandInIsThere); ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    ASSERT_TRUE(fs::exists(kStandInIsThere));
+    ASSERT_TRUE(eventually([] { return fs::exists(kStandInIsThere); }));
     const ProgramRun run = bless("install");
     EXPECT_EQ(run.exitStatus, 0) << run.err;
     EXPECT_EQ(run.out, "The helper is installed.\n");

@@ -2,18 +2,17 @@
 
 #include <array>
 #include <cerrno>
-#include <chrono>
 #include <csignal>
 #include <fcntl.h>
 #include <fstream>
 #include <iterator>
 #include <poll.h>
 #include <sys/prctl.h>
-#include <thread>
 #include <unistd.h>
 
 #include "base/SdBusPointers.h"
 #include "base/UniqueFd.h"
+#include "tests/eventually.h"
 
 namespace kestrav {
 namespace {
@@ -85,8 +84,7 @@ FakeLogind::FakeLogind(const std::string& mode) {
     const pid_t child = ::fork();
     if (child == 0) serve(mode);
     process_ = ChildProcess(child);
-    for (int i = 0; i < 1000 && said().empty(); ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    eventually([] { return !said().empty(); });
 }
 
 std::string FakeLogind::said() {

@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "tests/eventually.h"
 #include "tests/services/helper/FakeLogind.h"
 #include "tests/services/helper/RunningHelper.h"
 #include "tests/signalOne.h"
@@ -12,7 +13,6 @@
 namespace kestrav {
 namespace {
 
-using namespace std::chrono_literals;
 using testing::StartsWith;
 
 class HelperBesideLogind : public HelperOnALargeDisk {
@@ -28,7 +28,7 @@ class HelperBesideLogind : public HelperOnALargeDisk {
         EXPECT_EQ(FakeLogind::said(), lines);
         signalOne(job, SIGCONT);
         EXPECT_THAT(user.result(), StartsWith("Wrote 157286400 bytes"));
-        EXPECT_TRUE(holdsWithin(60s, [&] { return FakeLogind::said() == lines + "released\n"; })) << FakeLogind::said();
+        EXPECT_TRUE(eventually([&] { return FakeLogind::said() == lines + "released\n"; })) << FakeLogind::said();
     }
 };
 

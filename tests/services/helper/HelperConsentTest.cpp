@@ -11,6 +11,7 @@
 #include "command/SMJError.h"
 #include "command/linux/PolkitAuthorization.h"
 #include "tests/base/RecordingLog.h"
+#include "tests/eventually.h"
 #include "tests/sandbox/DismissingAgent.h"
 #include "tests/sandbox/PasswordAgent.h"
 #include "tests/services/asker/dropCapabilities.h"
@@ -21,7 +22,6 @@ namespace kestrav {
 namespace {
 
 namespace fs = std::filesystem;
-using namespace std::chrono_literals;
 using testing::AllOf;
 using testing::HasSubstr;
 using testing::MatchesRegex;
@@ -284,7 +284,7 @@ TEST_F(Helper, BeginsNothingForACallerThatIsGone) {
     user.go();
     ASSERT_TRUE(agent.isAsked()) << agent.shown();
     user.kill();
-    ASSERT_TRUE(holdsWithin(60s, [&] { return childrenOf(helper_.pid()).empty(); }));
+    ASSERT_TRUE(eventually([&] { return childrenOf(helper_.pid()).empty(); }));
     expectOneRefusal(kAdmin, kAskedFor + "gone before the request was begun; nothing was done");
 }
 
@@ -297,7 +297,7 @@ TEST_F(HelperOnALargeDisk, EndsTheWriteThatItHasBegunForACallerThatIsGone) {
     ASSERT_TRUE(isWriting());
     user.kill();
     ASSERT_FALSE(childrenOf(helper_.pid()).empty()) << "the write was over before the caller went";
-    ASSERT_TRUE(holdsWithin(60s, [&] { return childrenOf(helper_.pid()).empty(); }));
+    ASSERT_TRUE(eventually([&] { return childrenOf(helper_.pid()).empty(); }));
     EXPECT_THAT(log(), HasSubstr(": Wrote 157286400 bytes"));
 }
 

@@ -9,7 +9,6 @@
 #include <string>
 #include <string_view>
 #include <sys/prctl.h>
-#include <thread>
 #include <unistd.h>
 
 #include "services/disk/UdevBlockDevices.h"
@@ -17,6 +16,7 @@
 #include "services/gate/RequestLog.h"
 #include "services/helper/HelperService.h"
 #include "tests/base/FileLog.h"
+#include "tests/eventually.h"
 #include "tests/services/asker/FakeConsent.h"
 #include "tests/services/helper/RunningHelper.h"
 #include "tests/signalOne.h"
@@ -45,7 +45,7 @@ class WithParts : public Fixture {
         const pid_t child = ::fork();
         if (child == 0) serve(parts);
         this->helper_ = ChildProcess(child);
-        ASSERT_TRUE(holdsWithin(60s, helperHasItsName));
+        ASSERT_TRUE(eventually(helperHasItsName));
     }
 
   private:
@@ -96,7 +96,7 @@ TEST_F(HelperOfPartsInMidWrite, WaitsForTheWriteThatRunsWhenItFails) {
     // It has to log this refusal, and fails.
     UserProcess other(kGuest, [] { return callHelper("dd", {std::string(70'000, 'x')}); });
     other.go();
-    EXPECT_FALSE(holdsWithin(500ms, [&] { return !helper_.runs(); })) << "ended under a write";
+    EXPECT_FALSE(eventually([&] { return !helper_.runs(); }, 500ms)) << "ended under a write";
     signalOne(job_, SIGCONT);
     EXPECT_THAT(user_->result(), StartsWith("Wrote 157286400 bytes"));
     EXPECT_EQ(helper_.wait(), 1);
@@ -115,7 +115,7 @@ TEST_F(HelperOfParts, SaysByItselfHowManyRefusalsItOnlyCounted) {
     });
     user.go();
     EXPECT_EQ(user.result(), "AccessDenied: Refused: no.");
-    EXPECT_TRUE(holdsWithin(60s, [] { return linesSaying(log(), "more refusals within a minute are not listed") > 0; }))
+    EXPECT_TRUE(eventually([] { return linesSaying(log(), "more refusals within a minute are not listed") > 0; }))
         << log();
     EXPECT_TRUE(helper_.runs());
 }
@@ -127,7 +127,7 @@ TEST_F(HelperOfParts, EndsItselfWhenItWasIdle) {
     startService(parts);
     EXPECT_EQ(callUnmount(), "sdzz1 was not mounted.");
     const auto answered = std::chrono::steady_clock::now();
-    EXPECT_TRUE(holdsWithin(60s, [&] { return !helper_.runs(); }));
+    EXPECT_TRUE(eventually([&] { return !helper_.runs(); }));
     EXPECT_GE(std::chrono::steady_clock::now() - answered, 600ms);
     EXPECT_EQ(helper_.wait(), 0);
     EXPECT_THAT(callUnmount(), StartsWith("Refused: ")) << "the bus did not start another";
@@ -144,7 +144,7 @@ TEST_F(HelperOfPartsInMidWrite, IsNotIdleWhileItWrites) {
     job_ = jobProcess();
     ASSERT_TRUE(isWriting());
     signalOne(job_, SIGSTOP);
-    EXPECT_FALSE(holdsWithin(2s, [&] { return !helper_.runs(); })) << "the idle time passed under a write";
+    EXPECT_FALSE(eventually([&] { return !helper_.runs(); }, 2s)) << "the idle time passed under a write";
     signalOne(job_, SIGCONT);
     EXPECT_THAT(user_->result(), StartsWith("Wrote 157286400 bytes"));
 }
@@ -170,7 +170,7 @@ TEST_P(HelperToldToEnd, DoesSoAfterTheWriteThatRuns) {
     ASSERT_NO_FATAL_FAILURE(holdInMidWrite());
     signalOne(helper_.pid(), GetParam());
     signalOne(job_, GetParam());  // as one does who ends a whole group of processes
-    EXPECT_FALSE(holdsWithin(300ms, [&] { return !helper_.runs(); }));
+    EXPECT_FALSE(eventually([&] { return !helper_.runs(); }, 300ms));
     signalOne(job_, SIGCONT);
     EXPECT_THAT(user_->result(), StartsWith("Wrote 157286400 bytes"));
     EXPECT_EQ(helper_.wait(), 0);

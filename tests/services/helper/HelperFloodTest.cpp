@@ -11,6 +11,7 @@
 #include <thread>
 #include <vector>
 
+#include "tests/eventually.h"
 #include "tests/sanitizers.h"
 #include "tests/services/helper/FloodingCaller.h"
 #include "tests/services/helper/RunningHelper.h"
@@ -19,7 +20,6 @@
 namespace kestrav {
 namespace {
 
-using namespace std::chrono_literals;
 using testing::ContainsRegex;
 using testing::StartsWith;
 
@@ -81,7 +81,7 @@ TEST_F(HelperInAFlood, EndsTheWriteThatRunsAndAnswersOthers) {
     EXPECT_EQ(one.result(), "sent");
     EXPECT_EQ(another.result(), "sent");
     // The bus itself turns callers away until the helper has read what waits there.
-    EXPECT_TRUE(holdsWithin(60s, [] { return callUnmount() == "sdzz1 was not mounted."; })) << "root was kept out";
+    EXPECT_TRUE(eventually([] { return callUnmount() == "sdzz1 was not mounted."; })) << "root was kept out";
     signalOne(job, SIGCONT);
     EXPECT_THAT(root.result(), StartsWith("Wrote 62914560 bytes to sdzz at block 1536, verified"));
     EXPECT_TRUE(helper_.runs());
@@ -111,7 +111,7 @@ TEST_F(HelperOnALargeDisk, IsOutlivedByTheWriteThatRunsWhenItIsKilled) {
     another.go();
     EXPECT_THAT(another.result(), StartsWith("Refused: the disk sdzz is in use by "));
     signalOne(job_, SIGCONT);
-    EXPECT_TRUE(holdsWithin(60s, [] { return linesSaying(log(), ": Wrote 157286400 bytes") == 1; })) << log();
+    EXPECT_TRUE(eventually([] { return linesSaying(log(), ": Wrote 157286400 bytes") == 1; })) << log();
 }
 
 TEST_F(HelperOnALargeDisk, IsWhatEndsBeforeTheWriteWhenMemoryRunsOut) {

@@ -1,20 +1,19 @@
 #pragma once
 
-#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <gtest/gtest.h>
 #include <optional>
 #include <sstream>
 #include <string>
-#include <thread>
 #include <unistd.h>
 #include <utility>
 #include <vector>
 
 #include "tests/TemporaryFolder.h"
+#include "tests/childrenOf.h"
+#include "tests/eventually.h"
 #include "tests/sandbox/ChildProcess.h"
 #include "tests/sandbox/Sandbox.h"
 #include "tests/sandbox/SystemDaemons.h"
@@ -33,23 +32,6 @@ inline constexpr uid_t kAdmin = 4711;
 inline constexpr uid_t kGuest = 4712;
 inline constexpr std::size_t kDiskBytes = std::size_t{4} << 20U;
 inline constexpr std::streamoff kFirmwareByte = 786432;
-
-inline bool holdsWithin(std::chrono::milliseconds time, const std::function<bool()>& condition) {
-    const auto end = std::chrono::steady_clock::now() + time;
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() >= end) return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    return true;
-}
-
-inline std::vector<pid_t> childrenOf(pid_t parent) {
-    std::ifstream in("/proc/" + std::to_string(parent) + "/task/" + std::to_string(parent) + "/children");
-    std::vector<pid_t> children;
-    for (pid_t child = 0; in >> child;)
-        children.push_back(child);
-    return children;
-}
 
 inline const std::vector<std::string> kWrite{std::string("if=") + kImage, "of=/dev/rsdzz", "seek=1536", "bs=512"};
 
@@ -96,7 +78,7 @@ class Helper : public testing::Test {
         }
         helper_ = ChildProcess::start({"/bin/sh", "-c", std::string("exec ") + KESTRAV_HELPER + " 2>>" + errors},
                                       environment);
-        ASSERT_TRUE(holdsWithin(std::chrono::seconds(60), helperHasItsName));
+        ASSERT_TRUE(eventually(helperHasItsName));
     }
 
     static std::string log() {
@@ -108,7 +90,7 @@ class Helper : public testing::Test {
     /// The one process that works on a request.
     pid_t jobProcess() const {
         std::vector<pid_t> children;
-        holdsWithin(std::chrono::seconds(60), [&] { return !(children = childrenOf(helper_.pid())).empty(); });
+        eventually([&] { return !(children = childrenOf(helper_.pid())).empty(); });
         return children.empty() ? -1 : children.front();
     }
 
@@ -145,7 +127,7 @@ class HelperOnALargeDisk : public Helper {
 
     /// Waits until the first block is written.
     bool isWriting() const {
-        return holdsWithin(std::chrono::seconds(60), [this] {
+        return eventually([this] {
             std::ifstream disk(accessory_->nodes() / "sdzz", std::ios::binary);
             disk.seekg(kFirmwareByte);
             return disk.get() == 'x';

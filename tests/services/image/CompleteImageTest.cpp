@@ -9,6 +9,7 @@
 
 #include "services/image/CompleteImage.h"
 #include "tests/TemporaryFolder.h"
+#include "tests/childrenOf.h"
 #include "tests/signalOne.h"
 
 namespace kestrav {
@@ -31,13 +32,7 @@ class CompleteImageTest : public testing::Test {
         std::string text(image.size(), '\0');
         return image.read(0, std::as_writable_bytes(std::span(text))) ? text : "unreadable";
     }
-    static pid_t reader() {
-        const std::string id = std::to_string(::getpid());
-        std::ifstream list("/proc/" + id + "/task/" + id + "/children");
-        pid_t child = -1;
-        list >> child;
-        return child;
-    }
+    static pid_t reader() { return childrenOf(::getpid()).at(0); }
 
     TemporaryFolder folder_;
     std::string path_;

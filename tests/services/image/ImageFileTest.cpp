@@ -12,13 +12,14 @@
 #include <string>
 #include <sys/stat.h>
 #include <sys/wait.h>
-#include <thread>
 #include <unistd.h>
 #include <vector>
 
 #include "base/UniqueFd.h"
 #include "services/image/ImageFile.h"
 #include "tests/TemporaryFolder.h"
+#include "tests/childrenOf.h"
+#include "tests/eventually.h"
 #include "tests/signalOne.h"
 
 namespace kestrav {
@@ -28,12 +29,6 @@ using namespace std::chrono_literals;
 
 UserRights self() {
     return rightsOf(::geteuid()).value();
-}
-
-std::vector<pid_t> childrenOfThis() {
-    const std::string id = std::to_string(::getpid());
-    std::ifstream list("/proc/" + id + "/task/" + id + "/children");
-    return {std::istream_iterator<pid_t>(list), {}};
 }
 
 std::string refusal(const std::string& path, const UserRights& rights = self()) {
@@ -77,10 +72,10 @@ TEST(ImageFile, IsOpenInAnotherProcessAlone) {
         const auto during = openPaths();
         EXPECT_EQ(during.size(), before + 1);  // the way to that process
         EXPECT_EQ(std::ranges::count(during, (folder.path() / "image").string()), 0);
-        ASSERT_EQ(childrenOfThis().size(), 1U);
+        ASSERT_EQ(childrenOf(::getpid()).size(), 1U);
     }
     EXPECT_EQ(openPaths().size(), before);
-    EXPECT_EQ(childrenOfThis(), std::vector<pid_t>());
+    EXPECT_EQ(childrenOf(::getpid()), std::vector<pid_t>());
 }
 
 std::error_code causeOf(const Outcome<void>& outcome) {
@@ -91,7 +86,7 @@ TEST(ImageFile, GivesAReaderUpThatDoesNotAnswer) {
     const TemporaryFolder folder;
     const auto image = ImageFile::open(folder.file("image", "firmware"), self(), {.toOpen = 20s, .toRead = 200ms});
     ASSERT_TRUE(image);
-    const auto readers = childrenOfThis();
+    const auto readers = childrenOf(::getpid());
     ASSERT_EQ(readers.size(), 1U);
     signalOne(readers.front(), SIGSTOP);
     std::array<std::byte, 8> bytes{};
@@ -105,7 +100,7 @@ TEST(ImageFile, SaysWhenItsReaderWasEnded) {
     const TemporaryFolder folder;
     const auto image = ImageFile::open(folder.file("image", "firmware"), self());
     ASSERT_TRUE(image);
-    signalOne(childrenOfThis().at(0), SIGKILL);
+    signalOne(childrenOf(::getpid()).at(0), SIGKILL);
     std::array<std::byte, 8> bytes{};
     EXPECT_EQ(causeOf(image.value().read(0, bytes)), std::errc::io_error);
     EXPECT_EQ(causeOf(image.value().keptLength()), std::errc::io_error);
@@ -121,7 +116,7 @@ TEST(ImageFile, EndsItsReaderWithTheProcessThatUsesIt) {
     const pid_t user = ::fork();
     if (user == 0) {
         const auto image = ImageFile::open(path, self());
-        const pid_t reader = childrenOfThis().at(0);
+        const pid_t reader = childrenOf(::getpid()).at(0);
         if (::write(telling.get(), &reader, sizeof reader) < 0) ::_exit(1);
         ::pause();
     }
@@ -137,9 +132,7 @@ TEST(ImageFile, EndsItsReaderWithTheProcessThatUsesIt) {
         std::string state;
         return !(stat >> number >> name >> state) || state == "Z" || state == "X";
     };
-    for (int i = 0; i < 1000 && !isGone(); ++i)
-        std::this_thread::sleep_for(10ms);
-    EXPECT_TRUE(isGone());
+    EXPECT_TRUE(eventually(isGone));
 }
 
 TEST(ImageFile, RefusesWhatIsNoImage) {

@@ -9,10 +9,11 @@
 #include <iostream>
 #include <iterator>
 #include <sys/prctl.h>
-#include <thread>
 #include <unistd.h>
 #include <vector>
 
+#include "tests/childrenOf.h"
+#include "tests/eventually.h"
 #include "tests/sandbox/ChildProcess.h"
 
 namespace kestrav {
@@ -32,23 +33,21 @@ std::uint64_t statusNumber(const fs::path& process, const std::string& name) {
 }  // namespace
 
 Footprint Footprint::of(pid_t process) {
-    const std::string id = std::to_string(process);
-    const fs::path folder = "/proc/" + id;
+    const fs::path folder = "/proc/" + std::to_string(process);
     Footprint now;
     const fs::directory_iterator table(folder / "fd");
     now.descriptors = static_cast<std::size_t>(std::distance(begin(table), end(table)));
-    std::ifstream children(folder / "task" / id / "children");
-    now.children = static_cast<std::size_t>(std::distance(std::istream_iterator<pid_t>(children), {}));
+    now.children = childrenOf(process).size();
     now.kibibytes = statusNumber(folder, "RssAnon");
     return now;
 }
 
 Footprint Footprint::ofIdle(pid_t process, std::size_t descriptors) {
-    Footprint now = of(process);
-    for (int i = 0; i < 3000 && (now.children > 0 || now.descriptors > descriptors); ++i) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    Footprint now;
+    eventually([&] {
         now = of(process);
-    }
+        return now.children == 0 && now.descriptors <= descriptors;
+    });
     return now;
 }
 
