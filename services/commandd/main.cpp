@@ -1,12 +1,7 @@
-#include <csignal>
-#include <cstdio>
-#include <exception>
-#include <string_view>
 #include <systemd/sd-daemon.h>
 #include <unistd.h>
+#include <utility>
 
-#include "base/SystemLog.h"
-#include "base/openStandardDescriptors.h"
 #include "protocol/accessory.h"
 #include "protocol/wire.h"
 #include "services/asker/NoConsent.h"
@@ -17,6 +12,7 @@
 #include "services/gate/BoardNote.h"
 #include "services/gate/Gate.h"
 #include "services/gate/RequestLog.h"
+#include "services/jobs/serviceMain.h"
 
 namespace {
 
@@ -32,8 +28,7 @@ constexpr const char* kHelp =
     "everybody else to whom polkit gives consent.\n"
     "SIGTERM stops it after the write that is running.\n";
 
-int serve(kestrav::SystemLog& systemLog) {
-    kestrav::RequestLog log(systemLog);
+int serve(kestrav::RequestLog& log) {
     auto listener = kestrav::listeningSocket();
     if (!listener) {
         log.write(listener.problem().sentence);
@@ -54,27 +49,5 @@ int serve(kestrav::SystemLog& systemLog) {
 }  // namespace
 
 int main(int count, char** words) {
-    if (!kestrav::openStandardDescriptors()) return 1;
-    const std::string_view word = count == 2 ? words[1] : "";
-    if (word == "--help") {
-        std::fputs(kHelp, stdout);
-        return 0;
-    }
-    if (word == "--version") {
-        std::puts("kestrav-commandd " KESTRAV_VERSION);
-        return 0;
-    }
-    if (count != 1) {
-        std::fputs(kHelp, stderr);
-        return 2;
-    }
-    // Before the first line: whoever reads standard error may have gone.
-    std::signal(SIGPIPE, SIG_IGN);
-    kestrav::SyslogSystemLog log("kestrav-commandd", kestrav::SyslogSystemLog::SlowReader::missesLines);
-    try {
-        return serve(log);
-    } catch (const std::exception& error) {
-        log.write(error.what());
-        return 1;
-    }
+    return kestrav::serviceMain(count, words, {"kestrav-commandd", KESTRAV_VERSION, kHelp}, serve);
 }

@@ -1,12 +1,5 @@
-#include <csignal>
-#include <cstdio>
-#include <cstdlib>
-#include <exception>
-#include <string_view>
 #include <sys/stat.h>
 
-#include "base/SystemLog.h"
-#include "base/openStandardDescriptors.h"
 #include "protocol/accessory.h"
 #include "protocol/names.h"
 #include "services/asker/PolkitConsent.h"
@@ -15,6 +8,7 @@
 #include "services/gate/Gate.h"
 #include "services/gate/RequestLog.h"
 #include "services/helper/HelperService.h"
+#include "services/jobs/serviceMain.h"
 
 namespace {
 
@@ -26,8 +20,8 @@ constexpr const char* kHelp =
     "accessory's (USB " KESTRAV_ACCESSORY_USB
     "). Ends itself when it is idle, and on SIGTERM after the work that runs.\n";
 
-int serve(kestrav::SystemLog& systemLog) {
-    kestrav::RequestLog log(systemLog);
+int serve(kestrav::RequestLog& log) {
+    ::umask(077);
     const kestrav::UdevBlockDevices devices;
     const kestrav::MountinfoTable mounts;
     kestrav::PolkitConsent consent;
@@ -38,28 +32,5 @@ int serve(kestrav::SystemLog& systemLog) {
 }  // namespace
 
 int main(int count, char** words) {
-    if (!kestrav::openStandardDescriptors()) return 1;
-    const std::string_view word = count == 2 ? words[1] : "";
-    if (word == "--help") {
-        std::fputs(kHelp, stdout);
-        return 0;
-    }
-    if (word == "--version") {
-        std::puts("kestrav-helper " KESTRAV_VERSION);
-        return 0;
-    }
-    if (count != 1) {
-        std::fputs(kHelp, stderr);
-        return 2;
-    }
-    ::umask(077);
-    // Before the first line: whoever reads standard error may have gone, or may not read.
-    std::signal(SIGPIPE, SIG_IGN);
-    kestrav::SyslogSystemLog log("kestrav-helper", kestrav::SyslogSystemLog::SlowReader::missesLines);
-    try {
-        return serve(log);
-    } catch (const std::exception& error) {
-        log.write(error.what());
-        return 1;
-    }
+    return kestrav::serviceMain(count, words, {"kestrav-helper", KESTRAV_VERSION, kHelp}, serve);
 }

@@ -93,7 +93,7 @@ class InSentences(RoadTest):
                 self.assertTrue(found or named == OF_ANOTHER, named)
 
     def test_the_logs_are_asked_for_programs_that_write_them(self):
-        idents = set(re.findall(r'SystemLog \w+[({]"([\w-]+)"', self.sources()))
+        idents = set(re.findall(r'(?:SystemLog \w+[({]|serviceMain\(count, words, \{)"([\w-]+)"', self.sources()))
         for command in self.at_least(3, "journalctl"):
             with self.subTest(command=command):
                 status, said = self.status_of(*command.split())
