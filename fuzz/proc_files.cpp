@@ -18,10 +18,10 @@
 
 #include "base/TcpTableLine.h"
 #include "base/UniqueFd.h"
+#include "base/fieldIn.h"
 #include "base/startTimeIn.h"
 #include "base/stopProcess.h"
 #include "services/asker/areAll.h"
-#include "services/asker/fieldIn.h"
 #include "services/disk/forEachLine.h"
 #include "services/disk/isMappingOf.h"
 

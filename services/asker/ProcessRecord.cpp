@@ -10,10 +10,10 @@
 #include <unistd.h>
 #include <utility>
 
+#include "base/fieldIn.h"
 #include "base/startTimeIn.h"
 #include "base/wholeFile.h"
 #include "services/asker/areAll.h"
-#include "services/asker/fieldIn.h"
 
 namespace kestrav {
 namespace {

@@ -8,7 +8,7 @@
 #include "services/asker/PolkitConsent.h"
 #include "services/commandd/Server.h"
 #include "services/commandd/listeningSocket.h"
-#include "services/disk/UdevBlockDevices.h"
+#include "services/disk/SysfsBlockDevices.h"
 #include "services/gate/BoardNote.h"
 #include "services/gate/Gate.h"
 #include "services/gate/RequestLog.h"
@@ -34,7 +34,7 @@ int serve(kestrav::RequestLog& log) {
         log.write(listener.problem().sentence);
         return 1;
     }
-    const kestrav::UdevBlockDevices devices;
+    const kestrav::SysfsBlockDevices devices;
     const kestrav::MountinfoTable mounts;
     kestrav::PolkitConsent polkit;
     kestrav::NoConsent none;

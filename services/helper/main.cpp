@@ -3,7 +3,7 @@
 #include "protocol/accessory.h"
 #include "protocol/names.h"
 #include "services/asker/PolkitConsent.h"
-#include "services/disk/UdevBlockDevices.h"
+#include "services/disk/SysfsBlockDevices.h"
 #include "services/gate/BoardNote.h"
 #include "services/gate/Gate.h"
 #include "services/gate/RequestLog.h"
@@ -22,7 +22,7 @@ constexpr const char* kHelp =
 
 int serve(kestrav::RequestLog& log) {
     ::umask(077);
-    const kestrav::UdevBlockDevices devices;
+    const kestrav::SysfsBlockDevices devices;
     const kestrav::MountinfoTable mounts;
     kestrav::PolkitConsent consent;
     kestrav::Gate gate(consent, devices, mounts, log, kestrav::BoardNote::folderOfService());

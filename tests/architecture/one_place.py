@@ -39,9 +39,9 @@ OTHERS = (
     ("json/", "kBlockBytes", "kFirstSize"),
     ("services/commandd/", "kLongestRequest", "scratch"),
     # Limits of the disk's own block, which the disk tells, and the unit that sysfs counts in.
-    ("services/disk/UdevBlockDevices.cpp", "kBlockBytes", ""),
+    ("services/disk/SysfsBlockDevices.cpp", "kBlockBytes", ""),
     ("device/linux/UdevDeviceRegistry.cpp", "kBlockBytes", ""),
-    ("services/disk/UdevBlockDevices.cpp", "kLongestRequest", "blockSize"),
+    ("services/disk/SysfsBlockDevices.cpp", "kLongestRequest", "blockSize"),
     ("services/gate/", "kLongestRequest", "argestBlock"),
     # The installer's own sentences: nobody but people reads them.
     ("services/helper/bless/openTrustedFolder.cpp", "kRefusedPrefix", "refused("),

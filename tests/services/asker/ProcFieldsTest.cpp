@@ -4,9 +4,9 @@
 #include <unistd.h>
 
 #include "base/UniqueFd.h"
+#include "base/fieldIn.h"
 #include "services/asker/ProcessRecord.h"
 #include "services/asker/areAll.h"
-#include "services/asker/fieldIn.h"
 #include "tests/sandbox/ChildProcess.h"
 
 namespace kestrav {

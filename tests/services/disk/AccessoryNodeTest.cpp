@@ -6,7 +6,7 @@
 #include <string>
 
 #include "services/disk/AccessoryNode.h"
-#include "services/disk/UdevBlockDevices.h"
+#include "services/disk/SysfsBlockDevices.h"
 #include "services/disk/openDisk.h"
 #include "tests/TemporaryFolder.h"
 #include "tests/services/SimulatedAccessory.h"
@@ -19,13 +19,13 @@ namespace fs = std::filesystem;
 constexpr std::size_t mebibyte = std::size_t{1} << 20U;
 
 std::string refusalOfDisk() {
-    const auto node = findDisk(UdevBlockDevices(), "/dev/rsdzz", "sdzz");
+    const auto node = findDisk(SysfsBlockDevices(), "/dev/rsdzz", "sdzz");
     return node ? std::string() : node.problem().sentence;
 }
 
 TEST(FindDisk, KnowsTheAccessorysDisk) {
     const SimulatedAccessory accessory(patternOf(2 * mebibyte));
-    const auto node = findDisk(UdevBlockDevices(), "/dev/rsdzz", "sdzz");
+    const auto node = findDisk(SysfsBlockDevices(), "/dev/rsdzz", "sdzz");
     ASSERT_TRUE(node) << node.problem().sentence;
     EXPECT_EQ(node.value().path, "/dev/sdzz");
     EXPECT_EQ(node.value().device.name, "sdzz");
@@ -37,7 +37,7 @@ TEST(FindDisk, KnowsTheAccessorysDisk) {
 TEST(FindDisk, ReadsBlockSizeAndSequence) {
     const SimulatedAccessory accessory(patternOf(mebibyte),
                                        {{"logical_block_size=512", "logical_block_size=4096\nA: diskseq=77"}});
-    const auto node = findDisk(UdevBlockDevices(), "/dev/rsdzz", "sdzz");
+    const auto node = findDisk(SysfsBlockDevices(), "/dev/rsdzz", "sdzz");
     ASSERT_TRUE(node);
     EXPECT_EQ(node.value().device.logicalBlockSize, 4096U);
     EXPECT_EQ(node.value().device.diskSequence, 77U);
@@ -45,15 +45,15 @@ TEST(FindDisk, ReadsBlockSizeAndSequence) {
 
 TEST(FindFirstPartition, KnowsTheAccessorysFirstPartition) {
     const SimulatedAccessory accessory(patternOf(mebibyte));
-    const auto node = findFirstPartition(UdevBlockDevices(), "/dev/sdzzs1", "sdzz");
+    const auto node = findFirstPartition(SysfsBlockDevices(), "/dev/sdzzs1", "sdzz");
     ASSERT_TRUE(node) << node.problem().sentence;
     EXPECT_EQ(node.value().path, "/dev/sdzz1");
     EXPECT_EQ(node.value().device.diskName, "sdzz");
 }
 
-TEST(UdevBlockDevices, ListsADiskWithItsPartitions) {
+TEST(SysfsBlockDevices, ListsADiskWithItsPartitions) {
     const SimulatedAccessory accessory(patternOf(mebibyte));
-    const UdevBlockDevices devices;
+    const SysfsBlockDevices devices;
     const auto node = findDisk(devices, "/dev/rsdzz", "sdzz");
     ASSERT_TRUE(node);
     const dev_t disk = node.value().device.number;
@@ -63,9 +63,9 @@ TEST(UdevBlockDevices, ListsADiskWithItsPartitions) {
     EXPECT_FALSE(devices.diskAndPartitions(disk + 99));
 }
 
-TEST(UdevBlockDevices, NamesWhatIsBuiltOnTop) {
+TEST(SysfsBlockDevices, NamesWhatIsBuiltOnTop) {
     const SimulatedAccessory accessory(patternOf(mebibyte));
-    const UdevBlockDevices devices;
+    const SysfsBlockDevices devices;
     const auto node = findDisk(devices, "/dev/rsdzz", "sdzz");
     ASSERT_TRUE(node);
     EXPECT_TRUE(devices.builtOnTopOf(node.value().device.number).empty());
@@ -141,6 +141,7 @@ INSTANTIATE_TEST_SUITE_P(
                      {},
                      [](const fs::path& dev) { leadTo(dev / ".node/sdzz", "131:999"); },
                      "does not know the disk"},
+        WrongDiskRow{"FolderOfAnotherNumber", {{"MINOR=720", "MINOR=736"}}, {}, "does not know the disk"},
         WrongDiskRow{"NoSize", {{"size=2048", "size=-1"}}, {}, "does not know the disk"},
         WrongDiskRow{"AbsurdSize", {{"size=2048", "size=18446744073709551615"}}, {}, "does not know the disk"},
         WrongDiskRow{
@@ -149,7 +150,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(FindDisk, RefusesAnAliasThatLeadsToADiskOfAnotherName) {
     const SimulatedAccessory accessory(patternOf(mebibyte), {{"S: rsdzz", "S: rsdzy"}});
-    const auto node = findDisk(UdevBlockDevices(), "/dev/rsdzy", "sdzy");
+    const auto node = findDisk(SysfsBlockDevices(), "/dev/rsdzy", "sdzy");
     ASSERT_FALSE(node);
     EXPECT_EQ(node.problem().sentence, "/dev/rsdzy leads to the disk sdzz.");
 }
@@ -157,13 +158,13 @@ TEST(FindDisk, RefusesAnAliasThatLeadsToADiskOfAnotherName) {
 TEST(FindFirstPartition, RefusesAnotherPartitionAndTheWholeDisk) {
     for (const char* edit : {"partition=2", "partition=", "partition=x"}) {
         const SimulatedAccessory accessory(patternOf(mebibyte), {{"partition=1", edit}});
-        const auto node = findFirstPartition(UdevBlockDevices(), "/dev/sdzzs1", "sdzz");
+        const auto node = findFirstPartition(SysfsBlockDevices(), "/dev/sdzzs1", "sdzz");
         ASSERT_FALSE(node);
         EXPECT_EQ(node.problem().sentence, "/dev/sdzz1 is not the accessory's first partition.");
     }
     const SimulatedAccessory accessory(patternOf(mebibyte));
     leadTo(accessory.nodes() / "sdzzs1", accessory.nodes() / "sdzz");
-    EXPECT_FALSE(findFirstPartition(UdevBlockDevices(), "/dev/sdzzs1", "sdzz"));
+    EXPECT_FALSE(findFirstPartition(SysfsBlockDevices(), "/dev/sdzzs1", "sdzz"));
 }
 
 struct SwapRow {
@@ -178,7 +179,7 @@ class SwappedDisk : public testing::TestWithParam<SwapRow> {};
 
 TEST_P(SwappedDisk, IsRefusedAfterItWasOpened) {
     SimulatedAccessory accessory(patternOf(mebibyte), {{"removable=1", "removable=1\nA: diskseq=77"}});
-    const UdevBlockDevices devices;
+    const SysfsBlockDevices devices;
     const auto judged = findDisk(devices, "/dev/rsdzz", "sdzz");
     ASSERT_TRUE(judged);
     ASSERT_TRUE(openDisk(devices, judged.value(), DiskUse::write));

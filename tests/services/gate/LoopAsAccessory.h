@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "services/disk/UdevBlockDevices.h"
+#include "services/disk/SysfsBlockDevices.h"
 #include "tests/services/LoopDisk.h"
 
 namespace kestrav {
@@ -25,7 +25,7 @@ class LoopAsAccessory final : public BlockDevices {
 
   private:
     const LoopDisk& disk_;
-    UdevBlockDevices devices_;
+    SysfsBlockDevices devices_;
 };
 
 }  // namespace kestrav

@@ -11,7 +11,7 @@
 #include <sys/prctl.h>
 #include <unistd.h>
 
-#include "services/disk/UdevBlockDevices.h"
+#include "services/disk/SysfsBlockDevices.h"
 #include "services/gate/Gate.h"
 #include "services/gate/RequestLog.h"
 #include "services/helper/HelperService.h"
@@ -53,7 +53,7 @@ class WithParts : public Fixture {
         ::prctl(PR_SET_PDEATHSIG, SIGKILL);  // a service that hangs must not outlive the test
         FileLog lines(kLog, [&parts](std::string_view entry) { return parts.logFails && entry != "ready"; });
         try {
-            const UdevBlockDevices devices;
+            const SysfsBlockDevices devices;
             const MountinfoTable mounts;
             RequestLog log(lines, parts.window);
             Gate gate(parts.consent, devices, mounts, log);

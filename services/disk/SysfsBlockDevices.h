@@ -4,9 +4,9 @@
 
 namespace kestrav {
 
-/// The register as libudev and sysfs show it. Every call asks anew, so nothing goes stale. Without an udev context or
-/// a mounted sysfs there are no devices.
-class UdevBlockDevices final : public BlockDevices {
+/// The register as the kernel itself shows it in /sys. Every call asks anew, so nothing goes stale. Without a mounted
+/// sysfs there are no devices.
+class SysfsBlockDevices final : public BlockDevices {
   public:
     Outcome<BlockDevice> find(dev_t number) const override;
     Outcome<std::vector<dev_t>> diskAndPartitions(dev_t disk) const override;

@@ -1,4 +1,4 @@
-#include "services/asker/fieldIn.h"
+#include "base/fieldIn.h"
 
 #include <algorithm>
 
