@@ -17,7 +17,7 @@ class Window(WindowCase):
         self.assertEqual(self.window.at_launch["asked"], 1)
         self.assertIn("That takes an administrator's password", self.window.at_launch["while asking"])
         self.assertIn("Nothing has been sent yet.", self.window.at_launch["panel"])
-        self.wait_for_log("Installed successfully!", "kestrav")
+        self.assertIn("Installed successfully!", self.guest.system_log(0, ("kestrav",)))
         accessory = self.plugged()
         firmware, icon = self.image(200000, 4), self.image(5000, 5, "fif")
         accessory.slot.expect(FIRMWARE, content(200000, 4))
