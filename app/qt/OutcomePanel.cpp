@@ -6,7 +6,9 @@
 #include <QLabel>
 #include <QPainter>
 #include <QPushButton>
+#include <QTimer>
 #include <QVBoxLayout>
+#include <chrono>
 #include <utility>
 
 #include "app/qt/StatusLine.h"
@@ -16,6 +18,10 @@
 
 namespace kestrav {
 namespace {
+
+/// Whatever a chooser that closes and the focus that comes back make a reader say is said by then: it breaks off what
+/// it is saying for what is newer, and drops news of this kind while it is behind.
+constexpr std::chrono::milliseconds kUntilAnnounced(500);
 
 /// Readers speak a notification out when it comes to be shown, wherever the keyboard's focus is.
 class Notification final : public QAccessibleWidget {
@@ -50,6 +56,11 @@ OutcomePanel::OutcomePanel(QWidget* parent) : QFrame(parent) {
 }
 
 void OutcomePanel::makeParts() {
+    announcement_ = new QTimer(this);
+    announcement_->setObjectName(QStringLiteral("announcement"));
+    announcement_->setSingleShot(true);
+    announcement_->setInterval(kUntilAnnounced);
+    connect(announcement_, &QTimer::timeout, this, &OutcomePanel::announce);
     sign_ = new OutcomeSign(this);
     headline_ = new WrappedLabel(this);
     QFont bold = headline_->font();
@@ -134,7 +145,9 @@ void OutcomePanel::say(OutcomeSign::Kind kind, const QString& headline, const QS
     headline_->setText(more.isEmpty() ? headline : headline + ' ' + more);
     remedy_->setText(remedy);
     update();
-    if (std::exchange(announced_, headline + remedy) != announced_) announce();
+    if (std::exchange(said_, headline + remedy) == said_) return;
+    tell(QAccessible::NameChanged);
+    announcement_->start();
 }
 
 QStringList OutcomePanel::sentences() const {
@@ -149,11 +162,14 @@ QString OutcomePanel::words() const {
 }
 
 void OutcomePanel::announce() {
+    tell(QAccessible::ObjectHide);
+    tell(QAccessible::ObjectShow);
+}
+
+void OutcomePanel::tell(QAccessible::Event what) {
     if (!isVisible()) return;
-    for (const auto type : {QAccessible::NameChanged, QAccessible::ObjectHide, QAccessible::ObjectShow}) {
-        QAccessibleEvent event(this, type);
-        QAccessible::updateAccessibility(&event);
-    }
+    QAccessibleEvent event(this, what);
+    QAccessible::updateAccessibility(&event);
 }
 
 void OutcomePanel::paintEvent(QPaintEvent* /*event*/) {

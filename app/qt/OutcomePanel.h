@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QAccessible>
 #include <QCoreApplication>
 #include <QFrame>
 #include <functional>
@@ -10,14 +11,15 @@
 class QBoxLayout;
 class QLabel;
 class QPushButton;
+class QTimer;
 
 namespace kestrav {
 
 class StatusLine;
 
 /// How the newest update stands, at one glance: a sign, what counts in one line, what to do in another, and below them
-/// what the service itself has said. What is shown stays until something else is. A screen reader is told of each
-/// change as of a notification. Used on the main thread.
+/// what the service itself has said. What is shown stays until something else is. A screen reader is told of what has
+/// stood for a moment, as of a notification. Used on the main thread.
 class OutcomePanel final : public QFrame {
     Q_DECLARE_TR_FUNCTIONS(OutcomePanel)
 
@@ -57,6 +59,7 @@ class OutcomePanel final : public QFrame {
     void layOut();
     void say(OutcomeSign::Kind kind, const QString& headline, const QString& more, const QString& remedy);
     void announce();
+    void tell(QAccessible::Event what);
     static void setShown(QWidget& part, bool shown);
 
     OutcomeSign* sign_ = nullptr;
@@ -65,7 +68,8 @@ class OutcomePanel final : public QFrame {
     QPushButton* again_ = nullptr;
     StatusLine* statusLine_ = nullptr;
     QBoxLayout* column_ = nullptr;
-    QString announced_;
+    QString said_;
+    QTimer* announcement_ = nullptr;
     const Report* report_ = nullptr;
     std::function<void()> sendAgain_ = [] {};
 };

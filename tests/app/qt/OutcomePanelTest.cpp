@@ -1,7 +1,9 @@
 #include <QAccessible>
 #include <QLabel>
 #include <QPushButton>
+#include <QSignalSpy>
 #include <QTest>
+#include <QTimer>
 #include <gtest/gtest.h>
 #include <vector>
 
@@ -87,6 +89,30 @@ TEST_F(ThePanel, IsANotificationForAScreenReader) {
     EXPECT_EQ(interface->role(), QAccessible::Notification);
     panel_.showReport(reportOf(UpdateEnding::serviceGone));
     EXPECT_EQ(interface->text(QAccessible::Name), panel_.words());
+}
+
+// The screen in memory has no readers; what a real one hears is looked at in the window's own cases.
+TEST_F(ThePanel, AnnouncesOnceWhatHasStoodForAMoment) {
+    auto& announcement = *panel_.findChild<QTimer*>("announcement");
+    const QSignalSpy announced(&announcement, &QTimer::timeout);
+    panel_.showWorking("Asking.", "", "Wait.");
+    panel_.showWorking("Writing.", "1 %", "Wait.");
+    panel_.showReport(reportOf(UpdateEnding::serviceGone));
+    EXPECT_TRUE(announcement.isActive());
+    EXPECT_EQ(announced.count(), 0) << "the focus that comes back would break it off";
+    ASSERT_TRUE(QTest::qWaitFor([&] { return announced.count() > 0; }, 20'000));
+    EXPECT_EQ(announced.count(), 1);
+    EXPECT_FALSE(announcement.isActive());
+}
+
+TEST_F(ThePanel, AnnouncesNoNumbers) {
+    auto& announcement = *panel_.findChild<QTimer*>("announcement");
+    panel_.showWorking("Writing.", "1 %", "Wait.");
+    announcement.stop();
+    panel_.showWorking("Writing.", "2 %", "Wait.");
+    EXPECT_FALSE(announcement.isActive());
+    panel_.showWorking("Checking.", "2 %", "Wait.");
+    EXPECT_TRUE(announcement.isActive());
 }
 
 }  // namespace
