@@ -7,6 +7,7 @@
 #include <initializer_list>
 #include <string_view>
 
+#include "app/qt/fitOnScreen.h"
 #include "protocol/wire.h"
 
 namespace kestrav {
@@ -34,6 +35,8 @@ HelpPage::HelpPage(QWidget* parent, const QString& title, const QString& resourc
     resize(560, 420);
     QFile file(resource);
     if (file.open(QIODevice::ReadOnly)) browser_->document()->setMarkdown(QString::fromUtf8(file.readAll()));
+    // Reading leaves the cursor behind the last word, and the page is shown where that is.
+    browser_->moveCursor(QTextCursor::Start);
     // Its links lead to pages that are not here.
     browser_->setOpenLinks(false);
     browser_->setAccessibleName(title);
@@ -42,6 +45,7 @@ HelpPage::HelpPage(QWidget* parent, const QString& title, const QString& resourc
     auto* column = new QVBoxLayout(this);
     column->addWidget(browser_);
     column->addWidget(buttons);
+    fitOnScreen(*this);
     for (const QString& sentence : sought) {
         if (goTo(sentence)) return;
     }

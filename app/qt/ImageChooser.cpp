@@ -6,6 +6,7 @@
 #include <QPushButton>
 #include <QStandardPaths>
 
+#include "app/qt/fitOnScreen.h"
 #include "app/qt/imageProblem.h"
 #include "app/qt/lastFolder.h"
 
@@ -109,6 +110,7 @@ std::int32_t ImageChooser::runModal() {
     setUp(dialog);
     const QList<QUrl> before = dialog.sidebarUrls();
     dialog.setSidebarUrls(sideBar(dialog));
+    fitOnScreen(dialog);
     const int end = dialog.exec();
     // The toolkit keeps the side bar for all of the person's programs, and these places are ours alone.
     dialog.setSidebarUrls(before);

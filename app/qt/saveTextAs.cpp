@@ -5,7 +5,24 @@
 #include <QMessageBox>
 #include <QSaveFile>
 
+#include "app/qt/fitOnScreen.h"
+
 namespace kestrav {
+
+namespace {
+
+/// Empty if none was chosen.
+QString chosenPath(QWidget* parent, const QString& title, const QString& name) {
+    QFileDialog dialog(parent, title);
+    dialog.setOption(QFileDialog::DontUseNativeDialog);
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setFileMode(QFileDialog::AnyFile);
+    dialog.selectFile(name);
+    fitOnScreen(dialog);
+    return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles().value(0) : QString();
+}
+
+}  // namespace
 
 bool writeTextFile(const QString& path, std::string_view text) {
     QSaveFile file(path);
@@ -16,8 +33,7 @@ bool writeTextFile(const QString& path, std::string_view text) {
 
 void saveTextAs(QWidget* parent, const QString& name, std::string_view text) {
     const QString title = QCoreApplication::translate("saveTextAs", "Save the log");
-    const QString path =
-        QFileDialog::getSaveFileName(parent, title, name, {}, nullptr, QFileDialog::DontUseNativeDialog);
+    const QString path = chosenPath(parent, title, name);
     if (path.isEmpty() || writeTextFile(path, text)) return;
     QMessageBox message(QMessageBox::Warning, QCoreApplication::translate("saveTextAs", "Kestrav"),
                         QCoreApplication::translate("saveTextAs", "The log could not be saved to %1.").arg(path),

@@ -44,6 +44,7 @@ def unmount_drives():
 
 class SandboxTest(unittest.TestCase):
     pause = 0.02  # seconds between two looks at what is waited for
+    screen = "1600x1200"  # how large the display is, in pixels
 
     def setUp(self):
         bring_loopback_up()
@@ -120,7 +121,7 @@ class SandboxTest(unittest.TestCase):
     def start_display(self, start, environment):
         """A display, the person's bus and a window manager, each started with `start`; `environment` learns of them."""
         quiet = {"stdin": subprocess.DEVNULL, "stderr": subprocess.DEVNULL}
-        told = (("DISPLAY", ":", ["Xvfb", "-displayfd", "1", "-screen", "0", "1600x1200x24", "-nolisten", "tcp",
+        told = (("DISPLAY", ":", ["Xvfb", "-displayfd", "1", "-screen", "0", f"{self.screen}x24", "-nolisten", "tcp",
                                   "-noreset"]),
                 ("DBUS_SESSION_BUS_ADDRESS", "", ["dbus-daemon", "--session", "--nofork", "--print-address=1"]))
         for name, before, command in told:

@@ -3,6 +3,7 @@
 #include <QFile>
 #include <QMenu>
 #include <QMessageBox>
+#include <QScrollBar>
 #include <QTest>
 #include <QTextBrowser>
 #include <filesystem>
@@ -54,6 +55,16 @@ class Help : public ::testing::Test {
     const ProgramResources resources_;
     TemporaryFolder folder_;
 };
+
+TEST_F(Help, OpensAtItsBeginningWhenNothingIsSought) {
+    HelpPage page(nullptr, "Help", ":/troubleshooting.md");
+    page.setAttribute(Qt::WA_DeleteOnClose, false);
+    page.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&page));
+    EXPECT_EQ(page.browser().textCursor().position(), 0);
+    EXPECT_EQ(page.browser().verticalScrollBar()->value(), 0);
+    EXPECT_GT(page.browser().verticalScrollBar()->maximum(), 0);
+}
 
 TEST_F(Help, OpensAtTheSentenceThatIsShown) {
     EXPECT_EQ(selected({"Not written: the image is empty."}), "Not written: the image is empty.");
