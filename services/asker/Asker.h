@@ -18,8 +18,9 @@ class Asker {
     virtual uid_t uid() const = 0;
     /// Whom consent is asked for, looked up anew with each call. Refused when that can't be told.
     virtual Outcome<ConsentSubject> subject() = 0;
-    /// For an asker who needs no consent: whether the process that asks could do without the service what it asks for.
-    virtual Outcome<void> couldDoItself() = 0;
+    /// For an asker who needs no consent: whether `subject`, the process that asks, could do without the service what
+    /// it asks for, and still is the one that asks.
+    virtual Outcome<void> couldDoItself(const ConsentSubject& subject) = 0;
     /// Whether a person may be asked for a password on the asker's behalf.
     virtual bool mayBePrompted() const = 0;
     /// Before a person is asked about `subject`: waits until nobody is asked on behalf of another request of the same.

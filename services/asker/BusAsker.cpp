@@ -4,7 +4,7 @@
 
 namespace kestrav {
 
-Outcome<void> BusAsker::couldDoItself() {
+Outcome<void> BusAsker::couldDoItself(const ConsentSubject&) {
     return kestrav::couldDoItself(process_, uid_);
 }
 

@@ -20,7 +20,7 @@ class BusAsker final : public Asker {
 
     uid_t uid() const override { return uid_; }
     Outcome<ConsentSubject> subject() override { return ConsentSubject(AskingBusName{name_, process_}); }
-    Outcome<void> couldDoItself() override;
+    Outcome<void> couldDoItself(const ConsentSubject& subject) override;
     bool mayBePrompted() const override { return mayBePrompted_; }
     bool stillWants() override { return true; }
     bool mayBegin() override { return true; }

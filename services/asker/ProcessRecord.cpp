@@ -6,6 +6,7 @@
 #include <dirent.h>
 #include <linux/kcmp.h>
 #include <memory>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 #include <utility>
@@ -39,22 +40,27 @@ std::vector<pid_t> numbersIn(const std::string& path) {
     return found;
 }
 
-/// What a descriptor's link in that folder says, as far as it may be the name of a socket.
-std::string targetOf(int folder, const char* descriptor) {
-    std::array<char, 64> target{};
-    const ssize_t length = ::readlinkat(folder, descriptor, target.data(), target.size());
-    return {target.data(), static_cast<std::size_t>(std::max<ssize_t>(length, 0))};
-}
-
-/// Whether `isIt` takes one of the descriptors of a table, by its number and the text of its link. There may be very
-/// many in all: each is looked up from its folder, which takes a fraction of the time of a look from the root.
+/// Whether `isIt` takes one of the descriptors of a table, by its number and the text of its link, as far as that may
+/// be the name of a socket. There may be very many in all: each is looked up from its folder, which takes a fraction of
+/// the time of a look from the root.
 template <class IsIt>
 bool anyDescriptor(const std::string& table, IsIt isIt) {
     const Folder folder(::opendir((table + "/fd").c_str()));
+    std::array<char, 64> target;  // NOLINT: only what readlinkat() wrote is looked at
     while (const dirent* entry = folder ? ::readdir(folder.get()) : nullptr) {
-        if (isIt(entry->d_name, targetOf(::dirfd(folder.get()), entry->d_name))) return true;
+        if (entry->d_name[0] == '.') continue;
+        const ssize_t length = ::readlinkat(::dirfd(folder.get()), entry->d_name, target.data(), target.size());
+        if (isIt(entry->d_name, {target.data(), static_cast<std::size_t>(std::max<ssize_t>(length, 0))})) return true;
     }
     return false;
+}
+
+/// Told by the number of links to the folder of threads, which the kernel keeps as other file systems do: two, and one
+/// for each folder in it. To list it would be five calls, and most programs have one thread.
+bool hasOneThread(const std::string& process) {
+    constexpr nlink_t kLinksOfOne = 3;
+    struct stat status {};
+    return ::stat((process + "/task").c_str(), &status) == 0 && status.st_nlink == kLinksOfOne;
 }
 
 /// Empty when it can't be read, as that of a process or a thread that ends at any moment: between the opening of its
@@ -65,11 +71,11 @@ std::string contentsOf(const std::string& path) {
 }
 
 bool tableHolds(const std::string& table, const std::string& socket) {
-    return anyDescriptor(table, [&](const char*, const std::string& target) { return target == socket; });
+    return anyDescriptor(table, [&](const char*, std::string_view target) { return target == socket; });
 }
 
 bool tableHasDescriptorsUnderWay(const std::string& table) {
-    return anyDescriptor(table, [&](const char* number, const std::string& target) {
+    return anyDescriptor(table, [&](const char* number, std::string_view target) {
         if (!target.starts_with("socket:")) return false;
         const std::string count = statusField(table + "/fdinfo/" + number, "scm_fds:");
         return !count.empty() && count != "0";
@@ -101,6 +107,7 @@ std::vector<std::string> ProcessRecord::threads() const {
 /// compare (kcmp(2)), each thread has one.
 std::vector<std::string> ProcessRecord::descriptorTables() const {
     std::vector<std::string> tables{folder_};
+    if (hasOneThread(folder_)) return tables;
     for (const pid_t thread : numbersIn(folder_ + "/task")) {
         if (thread == process_ || ::syscall(SYS_kcmp, process_, thread, KCMP_FILES, 0, 0) == 0) continue;
         tables.push_back(folder_ + "/task/" + std::to_string(thread));

@@ -11,13 +11,12 @@ Outcome<ConsentSubject> SocketAsker::subject() {
     return ConsentSubject(process.value());
 }
 
-Outcome<void> SocketAsker::couldDoItself() {
-    const auto process = processHolding(identity_);
-    if (!process) return process.problem();
-    if (auto could = kestrav::couldDoItself(process.value().pid, identity_.uid); !could) return could;
+Outcome<void> SocketAsker::couldDoItself(const ConsentSubject& subject) {
+    const auto& process = std::get<AskingProcess>(subject);
+    if (auto could = kestrav::couldDoItself(process.pid, identity_.uid); !could) return could;
     const auto now = processHolding(identity_);
     if (!now) return now.problem();
-    if (now.value() != process.value()) return refused("the connection passed to another process.");
+    if (now.value() != process) return refused("the connection passed to another process.");
     return {};
 }
 

@@ -14,8 +14,7 @@ class SocketAsker final : public Asker {
     uid_t uid() const override { return identity_.uid; }
     /// The one process that has the socket open. Needs root to see all processes.
     Outcome<ConsentSubject> subject() override;
-    /// That process, too, is looked up anew.
-    Outcome<void> couldDoItself() override;
+    Outcome<void> couldDoItself(const ConsentSubject& subject) override;
     bool mayBePrompted() const override { return true; }
     /// Whether the same socket is still at the other end; another one could have taken its address.
     bool stillWants() override;

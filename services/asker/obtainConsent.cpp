@@ -28,11 +28,15 @@ Outcome<void> mayAsk(const Consent& consent, uid_t uid) {
     return needsConsent(uid) ? consent.canBeGivenTo(uid) : Outcome<void>();
 }
 
-Outcome<void> obtainConsent(Consent& consent, Asker& asker, const Intent& intent) {
-    if (!needsConsent(asker.uid())) return asker.couldDoItself();
-    if (auto possible = consent.canBeGivenTo(asker.uid()); !possible) return possible;
-    const auto subject = asker.subject();
+Outcome<ConsentSubject> whoAsks(const Consent& consent, Asker& asker) {
+    if (const auto welcome = mayAsk(consent, asker.uid()); !welcome) return welcome.problem();
+    return asker.subject();
+}
+
+Outcome<void> obtainConsent(Consent& consent, Asker& asker, const Outcome<ConsentSubject>& subject,
+                            const Intent& intent) {
     if (!subject) return subject.problem();
+    if (!needsConsent(asker.uid())) return asker.couldDoItself(subject.value());
     if (auto given = decided(consent, asker, subject.value(), intent); !given) return given;
     // A connection that was passed on meanwhile is somebody else's.
     const auto now = asker.subject();

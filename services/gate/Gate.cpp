@@ -102,8 +102,7 @@ WriteVerdict verdictOn(const Outcome<std::string>& outcome) {
 }
 
 /// The asker's process; 0 where it is not known.
-pid_t processOf(Asker& asker) {
-    const auto subject = asker.subject();
+pid_t processIn(const Outcome<ConsentSubject>& subject) {
     if (!subject) return 0;
     if (const auto* process = std::get_if<AskingProcess>(&subject.value())) return process->pid;
     return std::get<AskingBusName>(subject.value()).process;
@@ -142,15 +141,17 @@ GateAnswer Gate::perform(Asker& asker, std::string_view command, std::span<const
         // Nobody is asked to agree to an image that can't be opened.
         opened ? void(image = std::move(opened.value())) : void(request = opened.problem());
     }
-    BoardNote note = noteFor(asker, request);
+    BoardNote note;
     if (request) {
+        const auto subject = whoAsks(consent_, asker);
+        note = noteFor(asker.uid(), subject, request.value());
         if (needsConsent(asker.uid())) note.ask();
         // Later on the board may be the next request's.
         asker.whenAnswered([&] {
             note.end(WriteVerdict::refused);
             image.reset();
         });
-        if (const auto consent = obtainConsent(consent_, asker, intentOf(request.value(), image)); !consent) {
+        if (const auto consent = obtainConsent(consent_, asker, subject, intentOf(request.value(), image)); !consent) {
             note.end(WriteVerdict::refused);
             return denied(consent.problem());
         }
@@ -172,11 +173,11 @@ Outcome<std::optional<ImageFile>> Gate::imageOf(const PrivilegedRequest& request
 }
 
 /// Only for a disk that is there and the accessory's: nobody fills the board with names of his own.
-BoardNote Gate::noteFor(Asker& asker, const Outcome<PrivilegedRequest>& request) const {
-    const auto* writing = request ? std::get_if<WriteRequest>(&request.value()) : nullptr;
+BoardNote Gate::noteFor(uid_t uid, const Outcome<ConsentSubject>& subject, const PrivilegedRequest& request) const {
+    const auto* writing = std::get_if<WriteRequest>(&request);
     if (writing == nullptr || board_.empty()) return {};
     if (!findDisk(devices_, writing->node, writing->diskName)) return {};
-    return {board_, {writing->diskName, asker.uid(), processOf(asker), writing->firstBlock}};
+    return {board_, {writing->diskName, uid, processIn(subject), writing->firstBlock}};
 }
 
 std::string Gate::answer(const UserRights& rights, const Outcome<PrivilegedRequest>& request,

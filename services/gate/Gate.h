@@ -7,6 +7,7 @@
 #include <string_view>
 #include <utility>
 
+#include "services/asker/ConsentSubject.h"
 #include "services/disk/BlockDevices.h"
 #include "services/disk/MountTable.h"
 #include "services/gate/GateAnswer.h"
@@ -54,7 +55,7 @@ class Gate {
 
   private:
     Outcome<std::optional<ImageFile>> imageOf(const PrivilegedRequest& request, const UserRights& rights) const;
-    BoardNote noteFor(Asker& asker, const Outcome<PrivilegedRequest>& request) const;
+    BoardNote noteFor(uid_t uid, const Outcome<ConsentSubject>& subject, const PrivilegedRequest& request) const;
     std::string answer(const UserRights& rights, const Outcome<PrivilegedRequest>& request,
                        std::optional<ImageFile>& image, const std::string& who, BoardNote& note);
     Outcome<std::string> carryOut(const UserRights& rights, const PrivilegedRequest& request,

@@ -27,7 +27,7 @@ class AskerOfJob final : public Asker {
 
     uid_t uid() const override { return asker_.uid(); }
     Outcome<ConsentSubject> subject() override { return asker_.subject(); }
-    Outcome<void> couldDoItself() override { return asker_.couldDoItself(); }
+    Outcome<void> couldDoItself(const ConsentSubject& subject) override { return asker_.couldDoItself(subject); }
     bool mayBePrompted() const override { return asker_.mayBePrompted(); }
     Outcome<void> awaitTurn(const ConsentSubject& subject) override;
     void tellDecision(const Outcome<void>& decision) override;

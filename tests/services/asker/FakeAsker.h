@@ -32,7 +32,9 @@ class FakeAsker final : public Asker {
         if (name.empty()) return refused("nobody knows who asks.");
         return ConsentSubject(AskingBusName{name});
     }
-    Outcome<void> couldDoItself() override { return cannotItself ? Outcome<void>(*cannotItself) : Outcome<void>(); }
+    Outcome<void> couldDoItself(const ConsentSubject&) override {
+        return cannotItself ? Outcome<void>(*cannotItself) : Outcome<void>();
+    }
     bool mayBePrompted() const override { return prompts; }
     Outcome<void> awaitTurn(const ConsentSubject&) override {
         return notItsTurn ? Outcome<void>(*notItsTurn) : Outcome<void>();

@@ -13,7 +13,7 @@ namespace {
 class ObtainConsent : public testing::Test {
   protected:
     std::string refusal() {
-        const auto outcome = obtainConsent(consent_, asker_, {});
+        const auto outcome = obtainConsent(consent_, asker_, whoAsks(consent_, asker_), {});
         return outcome ? "" : outcome.problem().sentence;
     }
 
@@ -26,7 +26,7 @@ TEST_F(ObtainConsent, IsNotNeededForRootAndTheServicesOwnUser) {
     for (const uid_t uid : {uid_t{0}, ::geteuid()}) {
         FakeAsker asker(uid);
         EXPECT_FALSE(needsConsent(uid));
-        EXPECT_TRUE(obtainConsent(consent_, asker, {}));
+        EXPECT_TRUE(obtainConsent(consent_, asker, whoAsks(consent_, asker), {}));
         EXPECT_TRUE(mayAsk(NoConsent(), uid));
     }
     EXPECT_TRUE(consent_.askedAbout.empty());
@@ -35,7 +35,7 @@ TEST_F(ObtainConsent, IsNotNeededForRootAndTheServicesOwnUser) {
 TEST_F(ObtainConsent, IsRefusedToARootThatCouldNotDoItItself) {
     FakeAsker root(0);
     root.cannotItself = refused("confined.");
-    const auto outcome = obtainConsent(consent_, root, {});
+    const auto outcome = obtainConsent(consent_, root, whoAsks(consent_, root), {});
     ASSERT_FALSE(outcome);
     EXPECT_EQ(outcome.problem().sentence, "confined.");
     EXPECT_TRUE(consent_.askedAbout.empty());
