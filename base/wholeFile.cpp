@@ -42,7 +42,7 @@ Outcome<std::string> readWholeFile(const std::filesystem::path& file, std::size_
     const UniqueFd fd(::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     if (const int error = fd ? kindError(fd.get()) : errno; error != 0) return systemProblem(error);
     std::string bytes;
-    std::array<char, 1U << 16U> piece{};
+    std::array<char, 1U << 16U> piece;  // NOLINT: only what read() wrote is looked at
     for (;;) {
         const ssize_t count = retry([&] { return ::read(fd.get(), piece.data(), piece.size()); });
         if (count < 0) return systemProblem(errno);

@@ -50,21 +50,22 @@ Outcome<CompleteImage> CompleteImage::read(ImageFile file, std::optional<PlacesI
 }
 
 Outcome<void> CompleteImage::readTwice(const std::function<void(std::uint64_t)>& advanced) {
-    const auto buffer = std::make_unique_for_overwrite<std::byte[]>(kPieceSize);
     const auto toMemory = [&](std::uint64_t at, std::size_t length) -> Outcome<void> {
         auto got = file_.read(at, std::span(memory_.get() + at, length));
         if (got) advanced(at + length);
         return got;
     };
     const auto compared = [&](std::uint64_t at, std::size_t length) -> Outcome<void> {
-        const std::span piece(buffer.get(), length);
-        if (auto got = file_.read(at, piece); !got) return got;
-        if (std::memcmp(piece.data(), memory_.get() + at, length) != 0) return systemProblem(ERANGE);
+        const auto same = file_.holds(at, std::span(memory_.get() + at, length));
+        if (!same) return same.problem();
+        if (!same.value()) return systemProblem(ERANGE);
         return {};
     };
     if (auto got = forEachPiece(size(), toMemory); !got) return got;
     if (auto got = forEachPiece(size(), compared); !got) return got;
-    return file_.keptLength();
+    // Its process ends while the disk is written.
+    file_.letGo();
+    return {};
 }
 
 Outcome<void> CompleteImage::readOnce(const std::function<void(std::uint64_t)>& advanced) {

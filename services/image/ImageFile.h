@@ -33,6 +33,13 @@ class ImageFile final : public ImageBytes {
         return read(offset, into);
     }
 
+    /// Whether the file has those bytes from `offset` on, and is still as long as when it was opened. The problems are
+    /// those of read().
+    Outcome<bool> holds(std::uint64_t offset, std::span<const std::byte> bytes) const;
+
+    /// Nothing more is read of it: its process may go.
+    void letGo() const { reader_->end(); }
+
     /// A problem unless the file is as long as when it was opened: its cause is std::errc::result_out_of_range when the
     /// file has grown or shrunk, else why that can't be told.
     Outcome<void> keptLength() const override;

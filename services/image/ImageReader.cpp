@@ -12,6 +12,7 @@
 #include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -88,7 +89,8 @@ bool hear(int socket, Question& question) {
     ::posix_fadvise(file, 0, 0, POSIX_FADV_SEQUENTIAL);
     Question question{};
     while (hear(socket, question)) {
-        say(socket, question.length == 0 ? lookAt(file) : Answer{fill(file, question, shared), 0, 0, 0});
+        const int error = question.length == 0 ? 0 : fill(file, question, shared);
+        say(socket, error == 0 ? lookAt(file) : Answer{error, 0, 0, 0});
     }
     ::_exit(0);
 }
@@ -126,11 +128,19 @@ ImageReader::ImageReader(const std::string& path, const UserRights& rights, Imag
     if (process_ < 0) start_ = systemProblem(errno);
 }
 
+void ImageReader::end() noexcept {
+    channel_.reset();
+    // It stays to be collected, so the number is not another's yet.
+    if (process_ > 0) ::kill(process_, SIGKILL);
+}
+
 ImageReader::~ImageReader() {
+    end();
     if (process_ <= 0) return;
-    ::kill(process_, SIGKILL);
-    const auto end = Clock::now() + kTimeToEnd;
-    while (::waitpid(process_, nullptr, WNOHANG) == 0 && Clock::now() < end)
+    const UniqueFd watch(static_cast<int>(::syscall(SYS_pidfd_open, process_, 0)));
+    if (watch) isReadable(watch.get(), kTimeToEnd);
+    const auto latest = Clock::now() + kTimeToEnd;
+    while (::waitpid(process_, nullptr, WNOHANG) == 0 && Clock::now() < latest)
         std::this_thread::sleep_for(std::chrono::microseconds(200));
 }
 
@@ -163,24 +173,37 @@ Outcome<ImageReader::File> ImageReader::look() {
     return answer(patience_.toRead);
 }
 
-Outcome<void> ImageReader::readPiece(std::uint64_t offset, std::span<std::byte> into) {
-    const Question question{offset, into.size()};
+/// A piece of the file, into the memory that both share, and the file as it is after that.
+Outcome<ImageReader::File> ImageReader::readPiece(std::uint64_t offset, std::size_t length) {
+    const Question question{offset, length};
     if (channel_ && ::send(channel_.get(), &question, sizeof question, MSG_NOSIGNAL) < 0) return systemProblem(EIO);
-    const auto filled = answer(patience_.toRead);
-    if (!filled) return filled.problem();
-    // A copy: the process could still change what both share.
-    std::memcpy(into.data(), shared_.get(), into.size());
-    return {};
+    return answer(patience_.toRead);
 }
 
 Outcome<void> ImageReader::read(std::uint64_t offset, std::span<std::byte> into) {
     while (!into.empty()) {
         const auto piece = into.first(std::min(into.size(), kPieceSize));
-        if (auto got = readPiece(offset, piece); !got) return got;
+        if (const auto got = readPiece(offset, piece.size()); !got) return got.problem();
+        // A copy: the process could still change what both share.
+        std::memcpy(piece.data(), shared_.get(), piece.size());
         into = into.subspan(piece.size());
         offset += piece.size();
     }
     return {};
+}
+
+Outcome<bool> ImageReader::holds(std::uint64_t offset, std::span<const std::byte> bytes, std::uint64_t size) {
+    while (!bytes.empty()) {
+        const auto piece = bytes.first(std::min(bytes.size(), kPieceSize));
+        const auto file = readPiece(offset, piece.size());
+        if (!file) return file.problem();
+        if (file.value().size != static_cast<std::int64_t>(size)) return false;
+        // Where they stand: whatever the process makes of them afterwards, `bytes` are what was the same.
+        if (std::memcmp(piece.data(), shared_.get(), piece.size()) != 0) return false;
+        bytes = bytes.subspan(piece.size());
+        offset += piece.size();
+    }
+    return true;
 }
 
 }  // namespace kestrav

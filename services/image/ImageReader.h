@@ -47,6 +47,10 @@ class ImageReader {
     /// The file as it is now.
     Outcome<File> look();
     Outcome<void> read(std::uint64_t offset, std::span<std::byte> into);
+    /// Whether the file has those bytes from `offset` on, and is `size` long then.
+    Outcome<bool> holds(std::uint64_t offset, std::span<const std::byte> bytes, std::uint64_t size);
+    /// Lets the process go, which is not waited for: nothing more is read.
+    void end() noexcept;
     /// Whether all the time that there is has passed since the start.
     bool timeIsUp() const { return timeLeft() <= std::chrono::milliseconds::zero(); }
 
@@ -57,7 +61,7 @@ class ImageReader {
 
     std::chrono::milliseconds timeLeft() const;
     Outcome<File> answer(std::chrono::milliseconds patience);
-    Outcome<void> readPiece(std::uint64_t offset, std::span<std::byte> into);
+    Outcome<File> readPiece(std::uint64_t offset, std::size_t length);
 
     ImagePatience patience_;
     std::chrono::steady_clock::time_point started_ = std::chrono::steady_clock::now();

@@ -10,6 +10,7 @@
 #include "services/image/CompleteImage.h"
 #include "tests/TemporaryFolder.h"
 #include "tests/childrenOf.h"
+#include "tests/eventually.h"
 #include "tests/signalOne.h"
 
 namespace kestrav {
@@ -44,9 +45,13 @@ TEST_F(CompleteImageTest, StandsInMemoryWhateverBecomesOfItsReader) {
     const auto image = read(bytes);
     ASSERT_TRUE(image) << image.problem().sentence;
     EXPECT_TRUE(image.value().isComplete());
-    signalOne(reader(), SIGSTOP);
     folder_.file("image", "another one");
     EXPECT_TRUE(textOf(image.value()) == bytes);
+    const auto readerHasEnded = [pid = reader()] {
+        siginfo_t end{};
+        return ::waitid(P_PID, static_cast<id_t>(pid), &end, WEXITED | WNOWAIT | WNOHANG) == 0 && end.si_pid == pid;
+    };
+    EXPECT_TRUE(eventually(readerHasEnded)) << "nothing more is read of the file";
 }
 
 TEST_F(CompleteImageTest, IsReadToItsEndOnceWhenItIsLonger) {

@@ -142,7 +142,10 @@ TEST(ImageFile, RefusesWhatIsNoImage) {
     EXPECT_NE(refusal(fifo).find("not a regular file"), std::string::npos);
     EXPECT_NE(refusal(folder.path()).find("not a regular file"), std::string::npos);
     EXPECT_NE(refusal("/dev/null").find("not a regular file"), std::string::npos);
-    EXPECT_NE(refusal(folder.file("empty", "")).find("is empty"), std::string::npos);
+    EXPECT_NE(refusal(folder.file("empty", "")).find("is empty."), std::string::npos);
+    EXPECT_EQ(refusal("/proc/version"),
+              "the image /proc/version has something in it, but its file system does not tell how much; copy it to "
+              "another place first, and send the copy.");
     EXPECT_NE(refusal(folder.path() / "missing").find("No such file"), std::string::npos);
     EXPECT_NE(refusal(folder.file("file", "x") + "/below").find("Not a directory"), std::string::npos);
 }
