@@ -118,6 +118,7 @@ std::vector<JobProcess::Message> JobProcess::listen() {
     std::vector<Message> messages;
     while (true) {
         const ssize_t got = retry([&] { return ::recv(channel_.get(), bytes.data(), bytes.size(), MSG_DONTWAIT); });
+        isSilent_ = got == 0;
         if (got <= 0) return messages;
         const auto word = static_cast<FromJob>(bytes[0]);
         const std::string_view text(bytes.data() + 1, static_cast<std::size_t>(got) - 1);

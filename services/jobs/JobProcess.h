@@ -45,6 +45,8 @@ class JobProcess {
     void giveUp() const;
     /// Ends one that has not begun anything.
     void kill() const;
+    /// Whether it will never say anything more.
+    bool isSilent() const { return isSilent_; }
     /// Its answer; nothing if it ended without one.
     const std::optional<GateAnswer>& answer() const { return answer_; }
     /// What nobody foresaw and kept it from an answer, as far as it could tell; in one harmless line.
@@ -54,6 +56,7 @@ class JobProcess {
     pid_t pid_ = -1;
     UniqueFd channel_;
     bool begun_ = false;
+    bool isSilent_ = false;
     std::optional<GateAnswer> answer_;
     std::string trouble_;
 };

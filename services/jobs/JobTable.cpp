@@ -97,7 +97,7 @@ bool JobTable::giveUpOldest(uid_t uid, bool ofThoseAnswered) {
     Job* oldest = nullptr;
     std::ptrdiff_t givingWay = 0;
     for (auto& [pid, job] : jobs_) {
-        if (!job.place) ++givingWay;
+        if (!job.place && !job.process.answer()) ++givingWay;
         const bool waits = job.place && !job.process.begun() && !job.isGivenUp && job.isAnswered == ofThoseAnswered &&
                            job.request->asker().uid() == uid;
         if (waits && (oldest == nullptr || job.number < oldest->number)) oldest = &job;
@@ -150,8 +150,16 @@ void JobTable::watch(Job& job) {
 void JobTable::listen(Job& job) {
     for (const JobProcess::Message& message : job.process.listen())
         hear(job, message);
-    // What is said at the end is taken at the end; a closed channel would be readable for ever.
-    if (job.process.begun() || job.process.answer()) job.channel.reset();
+    if (job.process.answer()) answer(job);
+    // A closed channel would be readable for ever.
+    if (job.process.answer() || job.process.isSilent()) job.channel.reset();
+}
+
+/// Whoever waits for the answer need not wait until its process has been taken apart, too.
+void JobTable::answer(Job& job) {
+    if (std::exchange(job.isAnswered, true)) return;
+    job.place.reset();
+    job.request->ended(endOf(job.process));
 }
 
 void JobTable::hear(Job& job, const JobProcess::Message& message) {
@@ -191,7 +199,7 @@ void JobTable::giveUpUnagreed(const Request& request) {
     Job& job = found->second;
     // What it has said already counts: it may have got consent by now.
     listen(job);
-    if (job.process.begun() || job.isGivenUp) return;
+    if (job.process.begun() || job.isGivenUp || job.isAnswered) return;
     if (!questions_.isAsking(found->first)) return giveUp(job);
     job.isAnswered = true;
     job.process.tellLate();

@@ -103,7 +103,7 @@ class JobTable {
         std::unique_ptr<Request> request;
         JobProcess process;
         std::string asked = {};   ///< known once a person is to be asked; in one harmless line
-        bool isAnswered = false;  ///< and only the question goes on
+        bool isAnswered = false;  ///< and only the question goes on, or its process ends
         bool isGivenUp = false;
         EventLoop::Watch channel;
         EventLoop::Watch end;
@@ -112,6 +112,7 @@ class JobTable {
 
     void watch(Job& job);
     void listen(Job& job);
+    static void answer(Job& job);
     void hear(Job& job, const JobProcess::Message& message);
     void tell(const QuestionLine::Replies& replies);
     void giveUp(Job& job);
