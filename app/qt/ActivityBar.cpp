@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cmath>
 
+#include "app/qt/askForStillness.h"
 #include "app/qt/discernible.h"
 #include "app/qt/prefersStillness.h"
 
@@ -58,7 +59,15 @@ void ActivityBar::showEvent(QShowEvent* event) {
     QProgressBar::showEvent(event);
     running_.start();
     isStill_ = prefersStillness(*this);
-    if (!isStill_) frames_.start();
+    if (isStill_) return;
+    frames_.start();
+    askForStillness(*this, [this] { keepStill(); });
+}
+
+void ActivityBar::keepStill() {
+    isStill_ = true;
+    frames_.stop();
+    update();
 }
 
 void ActivityBar::hideEvent(QHideEvent* event) {

@@ -22,6 +22,8 @@ class ActivityBar final : public QProgressBar {
     void hideEvent(QHideEvent* event) override;
 
   private:
+    void keepStill();
+
     bool isStill_ = false;
     QTimer frames_;
     QElapsedTimer running_;
