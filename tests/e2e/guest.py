@@ -20,7 +20,7 @@ HARDWARE = ("-accel", "kvm", "-cpu", "host")
 
 # How long anything in the guest may take, in seconds: software emulation on a busy computer is slow.
 PATIENCE = 120
-BOOT_PATIENCE = 180
+BOOT_PATIENCE = 360
 
 
 class GuestFailure(AssertionError):
@@ -125,6 +125,8 @@ class Guest:
 
     def power_off(self):
         """Shuts down in order, and waits for the end."""
+        if "root" not in self.people:
+            return self.cut_power()  # it was never ready, and nobody is there to be asked
         self.people["root"].start("systemctl", "poweroff")
         try:
             self.qemu.wait(timeout=PATIENCE)

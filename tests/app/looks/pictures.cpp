@@ -56,6 +56,18 @@ constexpr std::array kEndings{
     UpdateEnding::serviceDied,
 };
 
+/// What the service has said before such an ending.
+std::string sentenceOf(UpdateEnding ending) {
+    switch (reportOf(ending).kind) {
+        case Report::Kind::success:
+            return "Wrote 62000000 bytes to sdb at block 1536, verified, 11.3 MB/s.";
+        case Report::Kind::notWritten:
+            return "Refused: the disk sdb is write-protected.";
+        default:
+            return "sdb1 was not mounted.";
+    }
+}
+
 QPalette dark() {
     QPalette palette(QColor(53, 53, 53));
     palette.setColor(QPalette::Base, QColor(35, 35, 35));
@@ -93,9 +105,8 @@ class Pictures {
   public:
     explicit Pictures(QString folder) : folder_(std::move(folder)) {
         for (const char* line :
-             {"Installed successfully!", "Started processing fds file: /home/anna/kestrav-2.1.fds",
-              "umount: /dev/sdbs1", "dd: if=/home/anna/kestrav-2.1.fds of=/dev/rsdb seek=1536 bs=512",
-              "Finished writing to device."}) {
+             {"Preparing to process firmware.", "Loaded icon file: /home/anna/accessory-2.1.fds with 62000000 bytes.",
+              "Writing to device memory space.", "", "Finished writing to device.", "End firmware processing."}) {
             window_.findChild<LogTextEdit*>()->append(std::string(line) + "\r\n");
         }
     }
@@ -112,7 +123,7 @@ class Pictures {
         done = take("working") && done;
         for (const UpdateEnding ending : kEndings) {
             panel.showReport(reportOf(ending));
-            panel.statusLine().showSentence("Wrote 62000000 bytes to sdb from block 1536 on, verified.");
+            panel.statusLine().showSentence(sentenceOf(ending));
             done = take(QStringLiteral("ending-%1").arg(static_cast<int>(ending), 2, 10, QChar('0'))) && done;
         }
         window_.accessoryLine().showAccessories(std::vector{accessory("sdb"), accessory("sdc")});

@@ -1,7 +1,34 @@
 """The window as a screen reader finds it."""
 
-from desktop import DesktopTest
+from pathlib import Path
+
+from desktop import PICTURES, DesktopTest
 from road import AnsweringService
+
+ALWAYS = [
+    "frame: Kestrav",
+    "  label: Kestrav Accessory · sdzz · 16.8 MB",
+    "  push button: Help",
+    "  push button: Update Firmware…",
+    "  push button: Update Icon…",
+]
+SUCCESS = [
+    *ALWAYS,
+    "  notification: The firmware is on the accessory, read back and equal. You may unplug it.",
+    "    label: The firmware is on the accessory, read back and equal.",
+    "    label: You may unplug it.",
+    "    text: System message",
+    "  text: Log",
+]
+FAILURE = [
+    *ALWAYS,
+    "  notification: Not written: the service refused. It says why below. Put that right, then send the image again.",
+    "    label: Not written: the service refused.",
+    "    label: It says why below. Put that right, then send the image again.",
+    "    push button: Send Again…",
+    "    text: System message",
+    "  text: Log",
+]
 
 
 class Accessibility(DesktopTest):
@@ -24,6 +51,46 @@ class Accessibility(DesktopTest):
         nameless = [node.get_role_name() for node in self.nodes()
                     if self.has(node, "FOCUSABLE") and self.has(node, "SHOWING") and not node.get_name()]
         self.assertEqual(nameless, [])
+
+    def tree(self):
+        """The showing objects as a reader meets them, one a line: how deep, the role, the name. What only holds others
+        together is left out: it says nothing, and differs from one version of the toolkit to the next."""
+        lines = []
+
+        def walk(node, depth):
+            node.clear_cache()
+            if not self.has(node, "SHOWING"):
+                return
+            says_something = node.get_role_name() not in ("filler", "scroll bar")
+            if says_something:
+                lines.append(f"{'  ' * depth}{node.get_role_name()}: {node.get_name()}")
+            for index in range(node.get_child_count()):
+                walk(node.get_child_at_index(index), depth + says_something)
+
+        try:
+            walk(self.find("frame", "Kestrav"), 0)
+        except Exception:  # pylint: disable=broad-except; an object that is gone by now has many ways to say so
+            return []
+        return lines
+
+    def assert_tree(self, name, expected):
+        shown = []
+        self.wait_until(lambda: shown.append(self.tree()) or shown[-1] == expected, "the tree is another one")
+        if PICTURES:
+            Path(PICTURES, f"tree-{name}.txt").write_text("\n".join([*shown[-1], ""]), encoding="utf-8")
+
+    def test_the_tree_after_a_failure(self):
+        self.open_after_a_refusal()
+        self.assert_tree("failure", FAILURE)
+
+    def test_the_tree_after_a_success(self):
+        self.start_service()
+        self.open_window()
+        self.click(self.firmware_button())
+        self.choose(self.image(3000), "Choose a firmware image")
+        self.wait_for_panel("read back and equal")
+        self.wait_until_usable()
+        self.assert_tree("success", SUCCESS)
 
     def test_the_texts_can_be_read_only(self):
         self.open_after_a_refusal()
