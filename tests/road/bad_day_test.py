@@ -3,9 +3,8 @@
 import os
 import signal
 import subprocess
-import time
 
-from road import FINISH, FIRMWARE, MIB, PRELUDE, PROGRAMS, AnsweringService, RoadTest, content, loaded, on_disk
+from road import FINISH, FIRMWARE, ICON, MIB, PRELUDE, PROGRAMS, ROOT, AnsweringService, RoadTest, content, loaded, on_disk
 
 
 class BadDay(RoadTest):
@@ -46,7 +45,9 @@ class BadDay(RoadTest):
         path = self.image(1000)
         result = self.kestravctl("firmware", path, device="accessory-without-disk")
         self.assert_said(result, self.finished(path, 1000), 4)
-        self.assert_reported(result, "/dev/rnil")
+        self.assert_reported(result, "kestravctl: Refused: there is no /dev/rnil; ")
+        self.assert_ends(result, "The accessory has no disk yet, so nothing was done. Wait some seconds and try again; if "
+                                 "that does not help, plug it in once more.")
 
     def test_the_accessory_is_gone_when_the_service_looks(self):
         self.start_service("accessory-without-disk")
@@ -54,7 +55,48 @@ class BadDay(RoadTest):
         path = self.image(1000)
         result = self.kestravctl("firmware", path)
         self.assert_said(result, self.finished(path, 1000), 4)
-        self.assert_reported(result, "/dev/rsdzz")
+        self.assert_reported(result, "kestravctl: Refused: there is no /dev/rsdzz; is the accessory plugged in, and its udev "
+                                     "rule installed?")
+        self.assertEqual(self.digest(), before)
+
+    def test_another_vendors_stick_has_the_accessorys_name(self):
+        description = (ROOT / "simulator/accessory.umockdev").read_text()
+        self.assertIn("A: idVendor=10d6", description)
+        stick = self.folder / "stick.umockdev"
+        stick.write_text(description.replace("A: idVendor=10d6", "A: idVendor=0951"))
+        self.start_service(stick)
+        before = self.digest()
+        path = self.image(1000)
+        result = self.kestravctl("firmware", path)
+        self.assert_said(result, self.finished(path, 1000), 4)
+        self.assert_ends(result, "Nothing was written: /dev/sdzz is not on the accessory (USB 10d6:fd01); nothing else is "
+                                 "touched.")
+        self.assertIn("Refused: /dev/sdzz is not on the accessory", self.service_log())
+        self.assertEqual(self.digest(), before)
+
+    def test_the_loopback_interface_is_down(self):
+        self.start_service()
+        before = self.digest()
+        subprocess.run(["ip", "link", "set", "lo", "down"], check=True)
+        path = self.image(1000)
+        result = self.kestravctl("firmware", path)
+        self.assert_said(result, self.finished(path, 1000), 1)
+        self.assert_reported(result, "SocketError.connectionTimeout")
+        self.assert_ends(result, "The service does not take the request: systemctl restart kestrav-commandd")
+        self.assertEqual(self.digest(), before)
+
+    def test_a_full_disk_keeps_no_backup_and_so_nothing_is_written(self):
+        self.start_service()
+        before = self.digest()
+        full = self.folder / "full"
+        full.mkdir()
+        subprocess.run(["mount", "-t", "tmpfs", "-o", "size=64k", "none", full], check=True)
+        self.addCleanup(subprocess.run, ["umount", full], check=True)
+        result = self.kestravctl("firmware", "--backup", full, self.image(1000))
+        self.assertEqual(result.returncode, 2, result.stderr.decode())
+        self.assert_reported(result, "Nothing was written, for what stands there can't be kept: ")
+        self.assert_reported(result, "No space left on device")
+        self.assertEqual(list(full.iterdir()), [])
         self.assertEqual(self.digest(), before)
 
     def test_an_image_longer_than_the_disk_is_refused_before_a_byte_is_written(self):
@@ -165,14 +207,19 @@ class BadDay(RoadTest):
         service = self.start_service()
         big = self.folder / "big"
         with open(big, "wb") as image:
+            image.write(content(512))
             image.truncate(900 * MIB)
+            image.seek(-512, os.SEEK_END)
+            image.write(content(512, 2))
         sender = subprocess.Popen(
             self.plugged_in([PROGRAMS / "kestravctl", "icon", big]), stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-        time.sleep(0.5)
+        self.wait_until(lambda: self.disk_bytes(ICON, 512) == content(512), "the write is not begun", sender, 120)
         for pid in self.processes_named("kestrav-commandd"):
             os.kill(pid, signal.SIGKILL)
         service.wait(timeout=30)
+        self.assertNotEqual(self.disk_bytes(ICON + 900 * MIB // 512 - 1, 512), content(512, 2), "it was not in mid-write")
         sender.communicate(timeout=90)
+        self.assertEqual(sender.returncode, 6)
         self.start_service()
         path = self.image(5000)
         self.assert_said(self.kestravctl("firmware", path), self.written(path, 5000))

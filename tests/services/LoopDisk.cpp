@@ -65,8 +65,8 @@ int freeLoop() {
 
 }  // namespace
 
-LoopDisk::LoopDisk(const std::filesystem::path& image, bool readOnly) {
-    attach(image, readOnly);
+LoopDisk::LoopDisk(const std::filesystem::path& image, const Shape& shape) : shape_(shape) {
+    attach(image);
 }
 
 LoopDisk::~LoopDisk() {
@@ -79,14 +79,16 @@ dev_t LoopDisk::partitionNumber() const {
 
 void LoopDisk::swapFor(const std::filesystem::path& image) {
     detach();
-    attach(image, false);
+    attach(image);
 }
 
-void LoopDisk::attach(const std::filesystem::path& image, bool readOnly) {
+void LoopDisk::attach(const std::filesystem::path& image) {
+    const bool readOnly = shape_.isReadOnly;
     const UniqueFd file(::open(image.c_str(), (readOnly ? O_RDONLY : O_RDWR) | O_CLOEXEC));
     check(static_cast<bool>(file), "open image");
     loop_config config{};
     config.fd = static_cast<unsigned>(file.get());
+    config.block_size = shape_.blockBytes;
     config.info.lo_flags = readOnly ? LO_FLAGS_PARTSCAN | LO_FLAGS_READ_ONLY : LO_FLAGS_PARTSCAN;
     // Another test may take the free one first.
     for (int tries = 50;; --tries) {

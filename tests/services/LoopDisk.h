@@ -10,8 +10,13 @@ namespace kestrav {
 /// Needs root. Detached with the object.
 class LoopDisk {
   public:
+    struct Shape {
+        bool isReadOnly = false;
+        unsigned blockBytes = 512;
+    };
     /// `image`, a file or another disk, exists and is larger than a mebibyte. Throws std::runtime_error.
-    explicit LoopDisk(const std::filesystem::path& image, bool readOnly = false);
+    explicit LoopDisk(const std::filesystem::path& image) : LoopDisk(image, Shape{}) {}
+    LoopDisk(const std::filesystem::path& image, const Shape& shape);
     ~LoopDisk();
     LoopDisk(const LoopDisk&) = delete;
     LoopDisk& operator=(const LoopDisk&) = delete;
@@ -25,9 +30,10 @@ class LoopDisk {
     void swapFor(const std::filesystem::path& image);
 
   private:
-    void attach(const std::filesystem::path& image, bool readOnly);
+    void attach(const std::filesystem::path& image);
     void detach();
 
+    Shape shape_;
     std::string name_;
     dev_t number_ = 0;
 };

@@ -20,7 +20,14 @@ class FakeDisk final : public DiskBytes {
     std::uint64_t failsReadAt = ~0ULL;  // an access that covers this byte
     std::uint64_t failsWriteAt = ~0ULL;
     std::uint64_t failsReadBackAt = ~0ULL;
-    std::uint64_t losesByteAt = ~0ULL;  // a write seems to succeed but this byte stays what it was
+    std::uint64_t losesByteAt = ~0ULL;        // a write seems to succeed but this byte stays what it was
+    std::uint64_t flipsOnWritingAt = ~0ULL;   // a bit of this byte arrives as the other one,
+    std::uint64_t flipsOnReadingAt = ~0ULL;   // or comes back as the other one,
+    int flips = 1;                            // so many times
+    std::uint64_t pulledOnceWritten = ~0ULL;  // with so many bytes written it is unplugged, in mid-write
+    bool pulledInFlush = false;
+    bool pulledInReadBack = false;
+    bool swallowsWrites = false;  // says each time that it has kept them
     std::error_code flushResult;
     bool cached = false;               // reads back from the system's memory
     std::function<void()> afterWrite;  // what the world does meanwhile
@@ -32,22 +39,30 @@ class FakeDisk final : public DiskBytes {
     std::uint32_t blockSize() const override { return blockSize_; }
 
     Outcome<void> read(std::uint64_t offset, std::span<std::byte> into) override {
+        if (isPulled_) return gone();
         if (covers(offset, into, failsReadAt)) return ioError();
         std::memcpy(into.data(), bytes.data() + offset, into.size());
         return {};
     }
 
     Outcome<void> write(std::uint64_t offset, std::span<const std::byte> from) override {
+        if (isPulled_) return gone();
         if (covers(offset, from, failsWriteAt)) return ioError();
+        if (written_ + from.size() > pulledOnceWritten) return writeInPart(offset, from);
+        written_ += from.size();
+        if (swallowsWrites) return {};
         const char kept = covers(offset, from, losesByteAt) ? bytes[losesByteAt] : '\0';
         std::memcpy(bytes.data() + offset, from.data(), from.size());
         if (covers(offset, from, losesByteAt)) bytes[losesByteAt] = kept;
+        if (covers(offset, from, flipsOnWritingAt) && flips-- > 0) bytes[flipsOnWritingAt] ^= 1;
         ++unflushedWrites;
         if (afterWrite) afterWrite();
         return {};
     }
 
     Outcome<void> flush() override {
+        isPulled_ = isPulled_ || pulledInFlush;
+        if (isPulled_) return gone();
         unflushedWrites = 0;
         if (afterFlush) afterFlush();
         if (flushResult) return systemProblem(flushResult.value());
@@ -55,13 +70,23 @@ class FakeDisk final : public DiskBytes {
     }
 
     Outcome<ReadFrom> readBack(std::uint64_t offset, std::span<std::byte> into) override {
+        isPulled_ = isPulled_ || pulledInReadBack;
         if (covers(offset, into, failsReadBackAt)) return ioError();
         if (const auto got = read(offset, into); !got) return got.problem();
+        if (covers(offset, into, flipsOnReadingAt) && flips-- > 0) into[flipsOnReadingAt - offset] ^= std::byte{1};
         return cached ? ReadFrom::memory : ReadFrom::disk;
     }
 
   private:
     static Problem ioError() { return systemProblem(EIO); }
+    static Problem gone() { return systemProblem(ENODEV); }
+
+    /// Unplugged in the middle of an access: the front of it has arrived.
+    Problem writeInPart(std::uint64_t offset, std::span<const std::byte> from) {
+        std::memcpy(bytes.data() + offset, from.data(), pulledOnceWritten - written_);
+        isPulled_ = true;
+        return gone();
+    }
 
     bool covers(std::uint64_t offset, std::span<const std::byte> span, std::uint64_t byte) {
         const bool aligned = reinterpret_cast<std::uintptr_t>(span.data()) % kBufferAlignment == 0;
@@ -71,6 +96,8 @@ class FakeDisk final : public DiskBytes {
     }
 
     std::uint32_t blockSize_;
+    std::uint64_t written_ = 0;
+    bool isPulled_ = false;
 };
 
 }  // namespace kestrav

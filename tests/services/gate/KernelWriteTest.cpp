@@ -137,7 +137,7 @@ TEST_F(GateOnKernel, TrustsTheOpenedDisksOwnSequenceNumberMost) {
 
 TEST_F(GateOnKernel, RefusesAWriteProtectedDisk) {
     disk_.reset();
-    disk_.emplace(folder_.path() / "disk", true);
+    disk_.emplace(folder_.path() / "disk", LoopDisk::Shape{.isReadOnly = true});
     makeNode("/dev/" + disk_->name(), disk_->number());
     fs::remove("/dev/r" + disk_->name());
     fs::create_symlink(disk_->name(), "/dev/r" + disk_->name());

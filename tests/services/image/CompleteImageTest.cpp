@@ -1,4 +1,5 @@
 #include <csignal>
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <gtest/gtest.h>
@@ -91,6 +92,18 @@ TEST_F(CompleteImageTest, IsNoneWhenItChangesWhileItIsRead) {
         });
         ASSERT_FALSE(image) << size;
         EXPECT_EQ(image.problem().sentence, "the image changed while it was read. Nothing was written.");
+    }
+}
+
+TEST_F(CompleteImageTest, IsWholeThoughItsFileIsDeletedWhileItIsRead) {
+    for (const std::size_t size : {3 * mebibyte, CompleteImage::kMostInMemory + 3 * mebibyte}) {
+        const std::string bytes = patternOf(size, 3);
+        const auto image = read(bytes, [this](std::uint64_t come) {
+            if (come == 2 * mebibyte) std::filesystem::remove(path_);
+        });
+        ASSERT_TRUE(image) << image.problem().sentence;
+        EXPECT_FALSE(std::filesystem::exists(path_));
+        EXPECT_TRUE(textOf(image.value()) == bytes) << size;
     }
 }
 
