@@ -116,6 +116,7 @@ TEST_F(GateOnKernel, WaitsForAShortLookAtTheMount) {
     });
     ::usleep(50'000);
     EXPECT_THAT(unmount(), StartsWith("Unmounted"));
+    EXPECT_THAT(write(folder_.file("image", "x")), StartsWith("Wrote 1 bytes"));
 }
 
 TEST_F(GateOnKernel, RefusesWhenAnotherMountHidesTheDisks) {

@@ -28,6 +28,7 @@ TEST_F(GateOnKernel, UnmountsWhatIsBoundElsewhereToo) {
     EXPECT_EQ(unmount(),
               "Unmounted " + disk_->partitionName() + " from " + part.string() + " and " + place_.string() + ".");
     EXPECT_FALSE(isMounted());
+    EXPECT_THAT(write(folder_.file("image", "x")), StartsWith("Wrote 1 bytes"));
 }
 
 TEST_F(GateOnKernel, UnmountsOneMountOnTopOfAnotherOfTheSameDisk) {
@@ -36,6 +37,7 @@ TEST_F(GateOnKernel, UnmountsOneMountOnTopOfAnotherOfTheSameDisk) {
     ASSERT_EQ(::mount(place_.c_str(), place_.c_str(), nullptr, MS_BIND, nullptr), 0);
     EXPECT_THAT(unmount(), StartsWith("Unmounted " + disk_->partitionName() + " from " + place_.string()));
     EXPECT_FALSE(isMounted());
+    EXPECT_THAT(write(folder_.file("image", "x")), StartsWith("Wrote 1 bytes"));
 }
 
 TEST_F(GateOnKernel, UnmountsAReadOnlyMountToo) {
@@ -55,6 +57,7 @@ TEST_F(GateOnKernel, UnmountsAPlaceWhateverItsNameHolds) {
     EXPECT_THAT(answer, HasSubstr(R"(new\x0aline \x09\\040 \u{202e})"));
     EXPECT_TRUE(std::ranges::none_of(answer, [](char byte) { return byte == '\n' || byte == '\t' || byte == '\xff'; }));
     EXPECT_FALSE(isMounted());
+    EXPECT_THAT(write(folder_.file("image", "x")), StartsWith("Wrote 1 bytes"));
 }
 
 TEST_F(GateOnKernel, UnmountsTheWholeDiskWhereThatIsWhatIsMounted) {
