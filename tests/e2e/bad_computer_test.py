@@ -6,7 +6,7 @@ import shutil
 import subprocess
 
 from accessory import OTHER_VENDOR, SOUND, slow
-from bad_days import wrote
+from bad_days import let_kernel_wait, wrote
 from disks import FIRMWARE, content
 from fronts import KestravctlCase
 from world import World
@@ -25,11 +25,17 @@ class Computer(KestravctlCase):
         accessory.slot.expect(FIRMWARE, content(size))
         return accessory
 
-    def in_mid_write(self, meanwhile, **sound):
-        """A write into a slow memory, and what happens meanwhile. It ends well."""
+    def begun(self):
+        """A slow memory, and a write into it that has begun."""
         accessory = self.plugged_for(SIZE, table=slow(300_000))
+        let_kernel_wait(accessory, 600)
         update = self.start("firmware", self.image(SIZE), verify=False)
         self.wait_until_begun(accessory, SIZE)
+        return accessory, update
+
+    def in_mid_write(self, meanwhile):
+        """A write, and what happens meanwhile. It ends well."""
+        accessory, update = self.begun()
         meanwhile(accessory)
         self.assertFalse(update.is_over())
         accessory.change_memory(SOUND)
@@ -78,7 +84,7 @@ class Daemons(Computer):
         self.addCleanup(self.root.run, "systemctl", "unmask", "--runtime", "polkit.service")
         result = World.person("anna").run("kestravctl", "firmware", path, check=False)
         self.assertEqual(result.status, 4, str(result))
-        self.assertIn("Refused: the authorization service (polkit) can't be asked: ", result.err)
+        self.assertIn("Refused: the authorization service (polkit) could not decide: ", result.err)
         self.assert_disk(accessory)
 
     def test_an_update_needs_no_udev_once_the_disk_has_its_names(self):
@@ -93,7 +99,8 @@ class Daemons(Computer):
         self.without_udev()
         accessory.push_in()
         blocks = "/sys/devices/platform/dummy_hcd.0/usb*/*/*/host*/target*/*/block/*"
-        accessory.disk = self.root.sh(f"while set -- {blocks}; [ ! -e \"$1/dev\" ]; do sleep 0.1; done; basename \"$1\"").out.strip()
+        accessory.disk = self.root.sh(f"while set -- {blocks}; [ ! -e \"$1/dev\" ]; do sleep 0.1; done;"
+                                      "basename \"$1\"").out.strip()
         told = self.update("firmware", path)
         self.assert_answered(told, f"Refused: there is no /dev/r{accessory.disk}; is the accessory plugged in, and its "
                                    "udev rule installed?")
@@ -126,9 +133,7 @@ class MidWrite(Computer):
             self.assertEqual(freezing.wait().status, 0)
             self.assertTrue(is_frozen())
             self.addCleanup(self.root.run, "systemctl", "thaw", unit)
-        accessory = self.plugged_for(SIZE, table=slow(300_000))
-        update = self.start("firmware", self.image(SIZE), verify=False)
-        self.wait_until_begun(accessory, SIZE)
+        accessory, update = self.begun()
         freeze(accessory)
         self.assertFalse(update.is_over())
         self.root.run("systemctl", "thaw", unit)
@@ -242,8 +247,8 @@ class BetweenTheCommands(Computer):
         accessory = self.plugged()
         self.assertEqual(self.ask("umount", f"/dev/{accessory.disk}s1"), f"{accessory.disk}1 was not mounted.")
         accessory.pull()
-        self.assertEqual(self.write(accessory.disk), f"Refused: there is no /dev/r{accessory.disk}; is the accessory plugged in, "
-                         "and its udev rule installed?")
+        self.assertEqual(self.write(accessory.disk), f"Refused: there is no /dev/r{accessory.disk}; is the accessory "
+                         "plugged in, and its udev rule installed?")
         self.assert_disk(accessory)
 
     def test_another_vendors_stick_takes_the_accessorys_name(self):
@@ -258,7 +263,7 @@ class BetweenTheCommands(Computer):
         # A name that somebody has left behind for it changes nothing.
         self.root.run("ln", "-sf", stick.disk, f"/dev/r{stick.disk}")
         self.addCleanup(self.root.run, "rm", "-f", f"/dev/r{stick.disk}")
-        self.assertEqual(self.write(stick.disk), f"Refused: /dev/{stick.disk} is not on the accessory (USB 10d6:fd01); nothing "
-                         "else is touched.")
+        self.assertEqual(self.write(stick.disk), f"Refused: /dev/{stick.disk} is not on the accessory (USB 10d6:fd01); "
+                         "nothing else is touched.")
         self.assert_disk(stick)
         self.assert_disk(accessory)
