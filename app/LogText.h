@@ -6,6 +6,9 @@
 
 namespace kestrav {
 
+/// What ends each line of the log's text.
+inline constexpr std::string_view kLogLineEnd = "\r\n";
+
 /// The text of the window's log, which only grows. May be used on any thread: a call returns when the text has changed
 /// on the main one, which shows it then or a moment later.
 class LogText {

@@ -4,14 +4,13 @@
 #include <array>
 #include <cstdio>
 #include <ctime>
-#include <utility>
 
+#include "app/LogText.h"
 #include "base/shownText.h"
+#include "base/stopProcess.h"
 
 namespace kestrav {
 namespace {
-
-constexpr std::string_view kLineEnd = "\r\n";
 
 /// A refusal is a few sentences; more than this is not for people.
 constexpr std::size_t kMostBytes = 4096;
@@ -28,13 +27,26 @@ std::string inUtc(SupportRecord::Time time) {
     return text.data();
 }
 
+/// With the blanks that make a column of it.
+std::string_view name(SupportRecord::Kind kind) {
+    switch (kind) {
+        case SupportRecord::Kind::log:
+            return "log    ";
+        case SupportRecord::Kind::asked:
+            return "asked  ";
+        case SupportRecord::Kind::answer:
+            return "answer ";
+    }
+    stopProcess();
+}
+
 }  // namespace
 
 void SupportRecord::logged(std::string_view text) {
     while (!text.empty()) {
-        const std::string_view line = text.substr(0, text.find(kLineEnd));
-        enter("log", line);
-        text.remove_prefix(std::min(text.size(), line.size() + kLineEnd.size()));
+        const std::string_view line = text.substr(0, text.find(kLogLineEnd));
+        enter(Kind::log, line);
+        text.remove_prefix(std::min(text.size(), line.size() + kLogLineEnd.size()));
     }
 }
 
@@ -42,26 +54,24 @@ void SupportRecord::asked(std::string_view command, std::span<const std::string>
     std::string line(command);
     for (const std::string& argument : arguments)
         line += ' ' + argument;
-    enter("asked", line);
+    enter(Kind::asked, line);
 }
 
 void SupportRecord::answered(std::string_view bytes) {
-    enter("answer", bytes);
+    enter(Kind::answer, bytes);
 }
 
 void SupportRecord::unanswered(const Unanswered& unanswered) {
-    enter("answer", unanswered.sentence.empty() ? "(none)" : unanswered.sentence);
+    enter(Kind::answer, unanswered.sentence.empty() ? "(none)" : unanswered.sentence);
 }
 
-void SupportRecord::enter(std::string_view kind, std::string_view line) {
-    std::string entry = inUtc(now_()) + ' ';
-    entry += kind;
-    entry.append(sizeof "answer" - kind.size(), ' ');
-    entry += shownSentence(line, kMostBytes);
+/// One byte more than is shown, so that the reader is told that there was more. What a long update logs comes by here
+/// line by line, and hardly anybody reads it: it is put into words in text().
+void SupportRecord::enter(Kind kind, std::string_view line) {
     const std::scoped_lock lock(mutex_);
-    lines_.push_back(std::move(entry));
-    if (lines_.size() <= kMostEntries) return;
-    lines_.pop_front();
+    entries_.push_back({now_(), kind, std::string(line.substr(0, kMostBytes + 1))});
+    if (entries_.size() <= kMostEntries) return;
+    entries_.pop_front();
     ++dropped_;
 }
 
@@ -69,8 +79,11 @@ std::string SupportRecord::text() const {
     const std::scoped_lock lock(mutex_);
     std::string all;
     if (dropped_ > 0) all = "(" + std::to_string(dropped_) + " earlier entries are not kept)" + "\n";
-    for (const std::string& line : lines_)
-        all += line + '\n';
+    for (const Entry& entry : entries_) {
+        all += inUtc(entry.time) + ' ';
+        all += name(entry.kind);
+        all += shownSentence(entry.line, kMostBytes) + '\n';
+    }
     return all;
 }
 

@@ -34,12 +34,21 @@ class SupportRecord final : public AnswerSink {
     /// line feed, and what came from outside can neither end a line nor hide in it.
     std::string text() const;
 
+    /// What an entry is about.
+    enum class Kind { log, asked, answer };
+
   private:
-    void enter(std::string_view kind, std::string_view line);
+    struct Entry {
+        Time time;
+        Kind kind = Kind::log;
+        std::string line;
+    };
+
+    void enter(Kind kind, std::string_view line);
 
     std::function<Time()> now_;
     mutable std::mutex mutex_;
-    std::deque<std::string> lines_;
+    std::deque<Entry> entries_;
     std::size_t dropped_ = 0;
 };
 

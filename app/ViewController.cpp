@@ -59,7 +59,7 @@ void ViewController::log(std::string_view line) {
     }
     std::string text(line);
     // frozen: F64
-    text += "\r\n";
+    text += kLogLineEnd;
     require(logText_->append(text));
     logText_->scrollToEndOfDocument();
 }

@@ -11,6 +11,7 @@
 #include <chrono>
 #include <memory>
 
+#include "app/LogText.h"
 #include "app/qt/discernible.h"
 #include "app/qt/saveTextAs.h"
 #include "base/shownText.h"
@@ -19,8 +20,6 @@ namespace kestrav {
 namespace {
 
 using namespace std::chrono_literals;
-
-constexpr std::string_view kLineEnd = "\r\n";
 
 /// A screen shows sixty pictures a second. Painting costs more than everything else about a line.
 constexpr std::chrono::milliseconds kBetweenPaintings = 16ms;
@@ -88,15 +87,15 @@ void LogTextEdit::append(std::string_view text) {
     end.movePosition(QTextCursor::End);
     end.beginEditBlock();
     while (!text.empty()) {
-        const std::size_t lineEnd = text.find(kLineEnd);
+        const std::size_t lineEnd = text.find(kLogLineEnd);
         const std::string_view line = text.substr(0, lineEnd);
         end.insertText(pictured(fromUtf8(line)));
         content_ += line;
         text.remove_prefix(line.size());
         if (text.empty()) break;
         end.insertBlock();
-        content_ += kLineEnd;
-        text.remove_prefix(kLineEnd.size());
+        content_ += kLogLineEnd;
+        text.remove_prefix(kLogLineEnd.size());
         lineStarts_.push_back(content_.size());
     }
     end.endEditBlock();
@@ -152,7 +151,7 @@ QMimeData* LogTextEdit::createMimeDataFromSelection() const {
     lines.last().truncate(selection.selectionEnd() - last.position());
     lines.first().remove(0, selection.selectionStart() - first.position());
     auto copied = std::make_unique<QMimeData>();
-    copied->setText(lines.join(QString::fromLatin1(kLineEnd.data(), kLineEnd.size())));
+    copied->setText(lines.join(QString::fromLatin1(kLogLineEnd.data(), kLogLineEnd.size())));
     return copied.release();
 }
 
@@ -161,7 +160,7 @@ QString LogTextEdit::lineText(int line) const {
     const std::string_view content = content_;
     const std::size_t start = lineStarts_[index];
     if (index + 1 == lineStarts_.size()) return fromUtf8(content.substr(start));
-    return fromUtf8(content.substr(start, lineStarts_[index + 1] - kLineEnd.size() - start));
+    return fromUtf8(content.substr(start, lineStarts_[index + 1] - kLogLineEnd.size() - start));
 }
 
 }  // namespace kestrav

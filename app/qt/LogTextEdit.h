@@ -27,7 +27,7 @@ class LogTextEdit final : public QPlainTextEdit {
     explicit LogTextEdit(QWidget* parent = nullptr);
 
     const std::string& content() const { return content_; }
-    /// Costs what `text` costs. A line ends at "\r\n".
+    /// Costs what `text` costs. A line ends at kLogLineEnd.
     void append(std::string_view text);
     /// Brings the newest line into view, and paints it now or, from the event loop, a moment later.
     void scrollToEnd();

@@ -38,6 +38,19 @@ TEST_F(Record, LetsNothingFromOutsidePretendToBeAnEntry) {
         "2026-11-22T07:30:00.125Z answer x\\x0a2026-11-22T07:30:00.125Z answer Wrote all\\x1b[2J\uFFFD\\u{202e}\n");
 }
 
+TEST_F(Record, CutsWhatIsTooLongAndSaysSo) {
+    const std::string kept(4096, 'x');
+    record_.answered(kept);
+    EXPECT_TRUE(record_.text().ends_with(" answer " + kept + "\n"));
+    record_.answered(kept + "y");
+    EXPECT_TRUE(record_.text().ends_with(" answer " + kept.substr(3) + "...\n"));
+    std::string euros;
+    for (int euro = 0; euro < 2000; ++euro)
+        euros += "\u20ac";
+    record_.answered(euros);
+    EXPECT_TRUE(record_.text().ends_with(" answer " + euros.substr(0, 4092) + "...\n"));
+}
+
 TEST_F(Record, IsBoundedByTheNewestEntries) {
     for (std::size_t line = 0; line < SupportRecord::kMostEntries + 2; ++line) {
         record_.logged(std::to_string(line));
