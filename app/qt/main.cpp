@@ -9,8 +9,8 @@
 #include <string>
 #include <thread>
 
+#include "app/AnswerSinks.h"
 #include "app/AppDelegate.h"
-#include "app/BothAnswerSinks.h"
 #include "app/BothUpdateObservers.h"
 #include "app/LastWords.h"
 #include "app/SupportRecord.h"
@@ -116,9 +116,7 @@ class Program {
     WatchedRegistry registry_{udev_};
     UpdatePresenter presenter_{window_.panel(), registry_};
     StatusLineAnswers ownWords_{window_.statusLine()};
-    BothAnswerSinks shown_{presenter_.record(), ownWords_};
-    BothAnswerSinks kept_{shown_, window_.supportRecord()};
-    BothAnswerSinks answers_{lastWords_, kept_};
+    AnswerSinks answers_{lastWords_, presenter_.record(), ownWords_, window_.supportRecord()};
     BothUpdateObservers observers_{lastWords_, presenter_};
     UdevEvents events_;
     AccessoryWatch accessories_{udev_, events_, [this](const AccessoryWatch::Accessories& attached) {

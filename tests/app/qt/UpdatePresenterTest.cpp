@@ -6,7 +6,7 @@
 #include <iostream>
 #include <unistd.h>
 
-#include "app/BothAnswerSinks.h"
+#include "app/AnswerSinks.h"
 #include "app/Button.h"
 #include "app/ViewController.h"
 #include "app/qt/MainWindow.h"
@@ -83,7 +83,7 @@ class Presented : public ::testing::Test {
     RecordingLog log_;
     UpdatePresenter presenter_{window_.panel(), registry_, BoardReader({board_})};
     StatusLineAnswers ownWords_{window_.statusLine()};
-    BothAnswerSinks answers_{presenter_.record(), ownWords_};
+    AnswerSinks answers_{presenter_.record(), ownWords_};
     LoopbackService service_;
     CommandService commands_{log_, {.port = service_.port(), .connectSeconds = 5, .readSeconds = 5}, &answers_};
     KestravDevice engine_{registry_, volumes_, disks_, commands_, std::cout};
