@@ -8,6 +8,7 @@
 
 #include "app/qt/HelpPage.h"
 #include "app/qt/saveTextAs.h"
+#include "app/qt/setPlainTexts.h"
 
 namespace kestrav {
 
@@ -40,12 +41,11 @@ void HelpButton::showHelp() {
 }
 
 void HelpButton::showAbout() {
-    auto* box = new QMessageBox(QMessageBox::NoIcon, tr("About Kestrav"), QStringLiteral("Kestrav " KESTRAV_VERSION),
-                                QMessageBox::Close, window());
+    auto* box = new QMessageBox(QMessageBox::NoIcon, tr("About Kestrav"), {}, QMessageBox::Close, window());
     box->setAttribute(Qt::WA_DeleteOnClose);
-    box->setTextFormat(Qt::PlainText);
     box->setIconPixmap(QGuiApplication::windowIcon().pixmap(64));
-    box->setInformativeText(tr("Updates the firmware and the icon of a USB accessory."));
+    setPlainTexts(*box, QStringLiteral("Kestrav " KESTRAV_VERSION),
+                  tr("Updates the firmware and the icon of a USB accessory."));
     const QAbstractButton* licences = box->addButton(tr("&Licences…"), QMessageBox::ActionRole);
     connect(licences, &QAbstractButton::clicked, this, [this] {
         (new HelpPage(window(), tr("Kestrav – Licences"), QStringLiteral(":/dependencies.md")))->show();
@@ -56,13 +56,11 @@ void HelpButton::showAbout() {
 void HelpButton::copyForSupport() {
     support_.gather(shown_(), record_.text(), [this](const QString& text) {
         QGuiApplication::clipboard()->setText(text);
-        auto* box = new QMessageBox(QMessageBox::Information, tr("Kestrav"), tr("Everything is on the clipboard."),
-                                    QMessageBox::Ok, window());
+        auto* box = new QMessageBox(QMessageBox::Information, tr("Kestrav"), {}, QMessageBox::Ok, window());
         box->setAttribute(Qt::WA_DeleteOnClose);
-        box->setTextFormat(Qt::PlainText);
-        box->setInformativeText(
-            tr("Paste it into your message. It has the names of your image files and of your disks "
-               "in it, and nothing of what is in them."));
+        setPlainTexts(*box, tr("Everything is on the clipboard."),
+                      tr("Paste it into your message. It has the names of your image files and of your disks "
+                         "in it, and nothing of what is in them."));
         box->open();
     });
 }

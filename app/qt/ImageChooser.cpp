@@ -9,6 +9,7 @@
 #include "app/qt/fitOnScreen.h"
 #include "app/qt/imageProblem.h"
 #include "app/qt/lastFolder.h"
+#include "app/qt/setPlainTexts.h"
 
 namespace kestrav {
 
@@ -56,8 +57,8 @@ void ImageChooserDialog::accept() {
     const QStringList files = selectedFiles();
     const QString objection = files.isEmpty() ? QString() : objectionTo(files.first());
     if (!objection.isEmpty()) {
-        QMessageBox message(QMessageBox::Information, windowTitle(), objection, QMessageBox::Ok, this);
-        message.setTextFormat(Qt::PlainText);
+        QMessageBox message(QMessageBox::Information, windowTitle(), {}, QMessageBox::Ok, this);
+        setPlainTexts(message, objection);
         message.exec();
         return;
     }

@@ -2,27 +2,14 @@
 
 #include <QAbstractButton>
 #include <QCoreApplication>
-#include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QVector>
 
 #include "app/ApplicationError.h"
+#include "app/qt/setPlainTexts.h"
 
 namespace kestrav {
-namespace {
-
-void setTexts(QMessageBox& box, const std::string& text, const std::string& informativeText) {
-    box.setTextFormat(Qt::PlainText);
-    box.setText(QString::fromStdString(text));
-    box.setInformativeText(QString::fromStdString(informativeText));
-    // A path may look like markup. The box applies the plain-text format to its first label only, so all are set here.
-    for (QLabel* label : box.findChildren<QLabel*>()) {
-        label->setTextFormat(Qt::PlainText);
-    }
-}
-
-}  // namespace
 
 std::string MessageBoxes::translate(const char* context, const char* text, const char* comment) const {
     return QCoreApplication::translate(context, text, comment).toStdString();
@@ -32,7 +19,7 @@ std::int32_t MessageBoxes::runModal(const Alert& alert) {
     QMessageBox box(&window_);
     box.setIcon(QMessageBox::Warning);
     box.setWindowTitle(QCoreApplication::translate("MessageBoxes", "Kestrav"));
-    setTexts(box, alert.messageText, alert.informativeText);
+    setPlainTexts(box, QString::fromStdString(alert.messageText), QString::fromStdString(alert.informativeText));
     QVector<QAbstractButton*> buttons;
     for (const std::string& title : alert.buttons) {
         const QString text = QString::fromStdString(title).replace('&', QStringLiteral("&&"));
@@ -51,7 +38,7 @@ bool MessageBoxes::presentError(const ApplicationError& error) {
     box.setWindowTitle(QCoreApplication::translate("MessageBoxes", "Kestrav"));
     std::string details = error.failureReason.value_or("");
     if (error.underlying) details += (details.empty() ? "" : "\n\n") + error.underlying->localizedDescription;
-    setTexts(box, error.localizedDescription, details);
+    setPlainTexts(box, QString::fromStdString(error.localizedDescription), QString::fromStdString(details));
     box.exec();
     return false;
 }

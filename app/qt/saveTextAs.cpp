@@ -6,6 +6,7 @@
 #include <QSaveFile>
 
 #include "app/qt/fitOnScreen.h"
+#include "app/qt/setPlainTexts.h"
 
 namespace kestrav {
 
@@ -35,10 +36,9 @@ void saveTextAs(QWidget* parent, const QString& name, std::string_view text) {
     const QString title = QCoreApplication::translate("saveTextAs", "Save the log");
     const QString path = chosenPath(parent, title, name);
     if (path.isEmpty() || writeTextFile(path, text)) return;
-    QMessageBox message(QMessageBox::Warning, QCoreApplication::translate("saveTextAs", "Kestrav"),
-                        QCoreApplication::translate("saveTextAs", "The log could not be saved to %1.").arg(path),
-                        QMessageBox::Ok, parent);
-    message.setTextFormat(Qt::PlainText);
+    QMessageBox message(QMessageBox::Warning, QCoreApplication::translate("saveTextAs", "Kestrav"), {}, QMessageBox::Ok,
+                        parent);
+    setPlainTexts(message, QCoreApplication::translate("saveTextAs", "The log could not be saved to %1.").arg(path));
     message.exec();
 }
 

@@ -7,6 +7,7 @@
 
 #include "app/LastWords.h"
 #include "app/qt/imageProblem.h"
+#include "app/qt/setPlainTexts.h"
 
 namespace kestrav {
 namespace {
@@ -37,13 +38,10 @@ QString lastWordsOn(const LastScene& scene) {
 }
 
 void showLastWords(const LastScene& scene) {
-    QMessageBox box(QMessageBox::Critical, LastMessage::tr("Kestrav"), LastMessage::tr("Kestrav has stopped."),
-                    QMessageBox::Ok);
-    box.setInformativeText(lastWordsOn(scene));
-    for (QLabel* label : box.findChildren<QLabel*>()) {
-        label->setTextFormat(Qt::PlainText);
+    QMessageBox box(QMessageBox::Critical, LastMessage::tr("Kestrav"), {}, QMessageBox::Ok);
+    setPlainTexts(box, LastMessage::tr("Kestrav has stopped."), lastWordsOn(scene));
+    for (QLabel* label : box.findChildren<QLabel*>())
         label->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    }
     box.exec();
 }
 
