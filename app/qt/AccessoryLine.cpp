@@ -35,7 +35,6 @@ AccessoryLine::AccessoryLine(QWidget* parent) : QLabel(parent) {
     setTextFormat(Qt::PlainText);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     setAccessibleDescription(tr("The accessory that an update will take"));
-    showAccessories(std::vector<UsbDevice>());
 }
 
 void AccessoryLine::showAccessories(const std::optional<std::vector<UsbDevice>>& accessories) {

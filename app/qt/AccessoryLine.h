@@ -15,6 +15,7 @@ class AccessoryLine final : public QLabel {
     Q_DECLARE_TR_FUNCTIONS(AccessoryLine)
 
   public:
+    /// Says nothing before the first showAccessories().
     explicit AccessoryLine(QWidget* parent = nullptr);
 
     /// In the order in which the engine sees them, whose choice is the last one; absent where nobody can tell.

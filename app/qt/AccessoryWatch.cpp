@@ -26,6 +26,9 @@ AccessoryWatch::AccessoryWatch(DeviceRegistry& registry, DeviceEvents& events,
     connect(&notifier_, &QSocketNotifier::activated, this, [this] {
         if (events_.take() && !soon_.isActive()) soon_.start();
     });
+}
+
+void AccessoryWatch::begin() {
     if (events_.descriptor() >= 0) {
         notifier_.setSocket(events_.descriptor());
         notifier_.setEnabled(true);

@@ -19,10 +19,12 @@ class AccessoryWatch final : public QObject {
     /// In the order in which the engine sees them; absent where the registry is out of reach.
     using Accessories = std::optional<std::vector<UsbDevice>>;
 
-    /// Neither is owned; both outlive this object. `changed` is called with those that are attached, from here for the
+    /// Neither is owned; both outlive this object. `changed` is called with those that are attached, by begin() for the
     /// first time and then from the event loop.
     AccessoryWatch(DeviceRegistry& registry, DeviceEvents& events, std::function<void(const Accessories&)> changed);
 
+    /// Asks for the first time, and listens from then on. To be called once.
+    void begin();
     /// Asks the registry now, and calls `changed`.
     void look();
 

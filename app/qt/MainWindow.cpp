@@ -57,12 +57,13 @@ class Disabled {
 
 }  // namespace
 
-MainWindow::MainWindow() : folder_(QDir::homePath()) {
+MainWindow::MainWindow(const std::function<bool()>& mayComeUp) : folder_(QDir::homePath()) {
     setWindowTitle(tr("Kestrav"));
     resize(480, 270);
     // The window manager takes as long to bring the window up as the toolkit to load its fonts. Asked first, it does so
     // while the parts are made; nothing is painted before the event loop runs.
-    show();
+    create();
+    if (mayComeUp()) show();
     makeParts();
     makeOutlets();
     layOut();

@@ -30,8 +30,8 @@ class MainWindow final : public QMainWindow, public MainView {
     Q_DECLARE_TR_FUNCTIONS(MainWindow)
 
   public:
-    /// Brings the window up.
-    MainWindow();
+    /// Brings the window up, unless `mayComeUp` says no; it is asked when the display has heard of the window.
+    explicit MainWindow(const std::function<bool()>& mayComeUp = [] { return true; });
     ~MainWindow() override;
 
     /// Gives the controller the window's parts and the buttons their action. Both live as long as this object.

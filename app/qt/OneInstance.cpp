@@ -27,15 +27,18 @@ bool raiseTheOther(QDBusConnection& bus) {
 
 }  // namespace
 
-OneInstance::OneInstance() {
+OneInstance::OneInstance() : hasRaisedAnother_(std::async(std::launch::async, [this] { return raiseAnother(); })) {}
+
+bool OneInstance::raiseAnother() {
     QDBusConnection bus = QDBusConnection::sessionBus();
-    if (!bus.isConnected()) return;
+    if (!bus.isConnected()) return false;
     // Before the name: whoever finds it has to find the object, too.
     bus.registerVirtualObject(kObject, this);
-    hasRaisedAnother_ = !bus.registerService(kApplicationName) && raiseTheOther(bus);
+    return !bus.registerService(kApplicationName) && raiseTheOther(bus);
 }
 
 OneInstance::~OneInstance() {
+    hasRaisedAnother_.wait();
     QDBusConnection bus = QDBusConnection::sessionBus();
     bus.unregisterService(kApplicationName);
     bus.unregisterObject(kObject);

@@ -43,14 +43,22 @@ void drawDots(QPainter& painter, const QColor& colour) {
     }
 }
 
-/// A letter of the window's own font; `low` is how far below the middle of the square it stands.
-void drawLetter(QPainter& painter, QChar letter, const QColor& colour, double low) {
+/// Of lines, for it is in the first picture of the window: a letter would have one more font loaded for it.
+void drawI(QPainter& painter, const QColor& colour) {
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(colour);
+    painter.drawEllipse(QPointF(12, 7.5), 1.5, 1.5);
+    painter.drawRoundedRect(QRectF(10.75, 10.5, 2.5, 7), 0.75, 0.75);
+}
+
+/// A question mark of the window's own font, as low in the square as a triangle has room.
+void drawQuestionMark(QPainter& painter, const QColor& colour) {
     QFont font = painter.font();
     font.setBold(true);
     font.setPixelSize(14);
     painter.setFont(font);
     painter.setPen(colour);
-    painter.drawText(QRectF(0, low, 24, 24), Qt::AlignCenter, letter);
+    painter.drawText(QRectF(0, 3, 24, 24), Qt::AlignCenter, QChar('?'));
 }
 
 }  // namespace
@@ -96,7 +104,7 @@ void OutcomeSign::paintEvent(QPaintEvent* /*event*/) {
     switch (kind_) {
         case Kind::ready:
             painter.strokePath(disc(), QPen(colour, 1.5));
-            return drawLetter(painter, 'i', colour, 0);
+            return drawI(painter, colour);
         case Kind::working:
             return drawDots(painter, colour);
         case Kind::success:
@@ -108,7 +116,7 @@ void OutcomeSign::paintEvent(QPaintEvent* /*event*/) {
             return painter.strokePath(lines({{16, 8}, {8, 16}}, false), QPen(within, 2.5));
         case Kind::nobodyKnows:
             painter.fillPath(triangle(), colour);
-            return drawLetter(painter, '?', within, 3);
+            return drawQuestionMark(painter, within);
     }
 }
 

@@ -1,9 +1,10 @@
 #include <QApplication>
-#include <QIcon>
+#include <QFontDatabase>
 #include <QStandardPaths>
 #include <cstdlib>
 #include <fontconfig/fontconfig.h>
 #include <iostream>
+#include <malloc.h>
 #include <memory>
 #include <optional>
 #include <string>
@@ -29,6 +30,7 @@
 #include "app/qt/UpdatePresenter.h"
 #include "app/qt/announceEnd.h"
 #include "app/qt/installTranslations.h"
+#include "app/qt/programIcon.h"
 #include "app/qt/showLastWords.h"
 #include "base/SystemLog.h"
 #include "command/CommandService.h"
@@ -49,15 +51,21 @@ namespace {
 void introduce() {
     QCoreApplication::setApplicationName(QStringLiteral("kestrav"));
     QGuiApplication::setDesktopFileName(QString::fromLatin1(kApplicationName));
-    QGuiApplication::setWindowIcon(QIcon(QStringLiteral(":/kestrav-64.png")));
     QGuiApplication::setLayoutDirection(QLocale().textDirection());
     installTranslations();
+}
+
+/// Has the window manager and the messages show the program's icon.
+void showIcon() {
+    QGuiApplication::setWindowIcon(programIcon());
 }
 
 /// The parts of the program, each made of those above it.
 class Program {
   public:
-    explicit Program(LastWords& lastWords) : lastWords_(lastWords) {
+    Program(LastWords& lastWords, const OneInstance& instance)
+        : lastWords_(lastWords),
+          window_([&instance] { return !instance.hasRaisedAnother(); }) {
         connectUpdates();
         connectLife();
     }
@@ -87,12 +95,17 @@ class Program {
         QObject::connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit,
                          [this] { delegate_.applicationWillTerminate(); });
         window_.setClosedWhileAsking([this] { endWhileAsking(); });
-        window_.setOnceVisible([this] {
-            window_.panel().showAsking();
-            delegate_.applicationDidFinishLaunching();
-            // It doesn't return from a failure.
-            window_.panel().showReady();
-        });
+        window_.setOnceVisible([this] { beginAfterTheFirstPicture(); });
+    }
+
+    /// Whatever the person need not wait for to see the window.
+    void beginAfterTheFirstPicture() {
+        showIcon();
+        accessories_.begin();
+        window_.panel().showAsking();
+        delegate_.applicationDidFinishLaunching();
+        // It doesn't return from a failure.
+        window_.panel().showReady();
     }
 
     void endWhileAsking() {
@@ -138,8 +151,8 @@ class Program {
 int run(LastWords& lastWords) {
     introduce();
     OneInstance instance;
+    Program program(lastWords, instance);
     if (instance.hasRaisedAnother()) return 0;
-    Program program(lastWords);
     instance.setRaise([&] { program.bringToFront(); });
     return QApplication::exec();
 }
@@ -148,11 +161,14 @@ int run(LastWords& lastWords) {
 }  // namespace kestrav
 
 int main(int argc, char* argv[]) {
+    // A thread's memory of its own is kept when the thread has gone, and the threads here do little at the same time.
+    ::mallopt(M_ARENA_MAX, 1);
     // Static, for its end is heard at std::exit(), too; first, for threads don't get along with a second process.
     static kestrav::LastWords lastWords([&](const kestrav::LastScene& scene) {
         const kestrav::DisplayCheck check;
         const QApplication application(argc, argv);
         kestrav::introduce();
+        kestrav::showIcon();
         kestrav::showLastWords(scene);
     });
     // Reading the fonts' configuration is a third of the work until the window is there, and needs nothing of the
@@ -162,5 +178,7 @@ int main(int argc, char* argv[]) {
     const QApplication application(argc, argv);
     check.reset();
     fonts.join();
+    // The toolkit's list of the fonts is all threads'; whoever has a text to measure waits for it.
+    const std::jthread list([font = QApplication::font().family()] { QFontDatabase::hasFamily(font); });
     return kestrav::run(lastWords);
 }

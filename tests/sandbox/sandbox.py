@@ -45,6 +45,7 @@ def unmount_drives():
 class SandboxTest(unittest.TestCase):
     pause = 0.02  # seconds between two looks at what is waited for
     screen = "1600x1200"  # how large the display is, in pixels
+    display_options = ()  # of Xvfb, beside its usual ones
 
     def setUp(self):
         bring_loopback_up()
@@ -122,7 +123,7 @@ class SandboxTest(unittest.TestCase):
         """A display, the person's bus and a window manager, each started with `start`; `environment` learns of them."""
         quiet = {"stdin": subprocess.DEVNULL, "stderr": subprocess.DEVNULL}
         told = (("DISPLAY", ":", ["Xvfb", "-displayfd", "1", "-screen", "0", f"{self.screen}x24", "-nolisten", "tcp",
-                                  "-noreset"]),
+                                  "-noreset", *self.display_options]),
                 ("DBUS_SESSION_BUS_ADDRESS", "", ["dbus-daemon", "--session", "--nofork", "--print-address=1"]))
         for name, before, command in told:
             server = start(command, stdout=subprocess.PIPE, **quiet)

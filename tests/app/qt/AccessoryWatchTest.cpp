@@ -47,6 +47,7 @@ class TheWatch : public ::testing::Test {
             seen_ = attached;
             ++told_;
         });
+        watch_->begin();
     }
 
     Testbed bed_;
@@ -112,7 +113,7 @@ UsbDevice accessory(const std::string& name, std::optional<std::string> disk, co
 
 TEST(TheAccessoryLine, SaysWhatIsThereAndWhatTheUpdateTakes) {
     AccessoryLine line;
-    EXPECT_EQ(line.text(), "Plug the accessory in.");
+    EXPECT_EQ(line.text(), "") << "before anybody has looked";
     line.showAccessories(std::vector{accessory("Kestrav Accessory", "sdb", "KA17")});
     EXPECT_EQ(line.text(), "Kestrav Accessory · sdb · 16.8 MB · serial number KA17");
     EXPECT_EQ(line.accessibleName(), line.text());
