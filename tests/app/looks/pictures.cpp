@@ -8,12 +8,10 @@
 #include <QPixmap>
 #include <QStringList>
 #include <QStyleFactory>
-#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
 
-#include "app/UpdateEnding.h"
 #include "app/qt/AccessoryLine.h"
 #include "app/qt/LogTextEdit.h"
 #include "app/qt/MainWindow.h"
@@ -22,39 +20,10 @@
 #include "app/qt/installTranslations.h"
 #include "app/qt/progressSentence.h"
 #include "app/reportOf.h"
+#include "tests/app/everyEnding.h"
 
 namespace kestrav {
 namespace {
-
-constexpr std::array kEndings{
-    UpdateEnding::firmwareArrived,
-    UpdateEnding::firmwareArrivedInIcon,
-    UpdateEnding::iconArrived,
-    UpdateEnding::boardSaysArrived,
-    UpdateEnding::registryOutOfReach,
-    UpdateEnding::imageEmpty,
-    UpdateEnding::noAccessory,
-    UpdateEnding::notHandedOver,
-    UpdateEnding::cannotConnect,
-    UpdateEnding::notRunning,
-    UpdateEnding::notAcceptedInTime,
-    UpdateEnding::notSent,
-    UpdateEnding::accessoryUnplugged,
-    UpdateEnding::noDiskYet,
-    UpdateEnding::refused,
-    UpdateEnding::unpluggedInTheMiddle,
-    UpdateEnding::failed,
-    UpdateEnding::imageChanged,
-    UpdateEnding::boardSaysRefused,
-    UpdateEnding::boardSaysFailed,
-    UpdateEnding::notReadBack,
-    UpdateEnding::otherWrite,
-    UpdateEnding::halfAnAnswer,
-    UpdateEnding::strangersAnswer,
-    UpdateEnding::noAnswerInTime,
-    UpdateEnding::serviceGone,
-    UpdateEnding::serviceDied,
-};
 
 /// What the service has said before such an ending.
 std::string sentenceOf(UpdateEnding ending) {
@@ -121,7 +90,7 @@ class Pictures {
         const ProgressSentence half = progressSentence({"sdb", WritePhase::writing, 31'000'000, 62'000'000, 9'000'000});
         panel.showWorking(half.phase, half.share, "Don't unplug the accessory.");
         done = take("working") && done;
-        for (const UpdateEnding ending : kEndings) {
+        for (const UpdateEnding ending : kEveryEnding) {
             panel.showReport(reportOf(ending));
             panel.statusLine().showSentence(sentenceOf(ending));
             done = take(QStringLiteral("ending-%1").arg(static_cast<int>(ending), 2, 10, QChar('0'))) && done;

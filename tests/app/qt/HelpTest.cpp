@@ -10,7 +10,6 @@
 #include <fstream>
 #include <gtest/gtest.h>
 
-#include "app/UpdateEnding.h"
 #include "app/qt/HelpButton.h"
 #include "app/qt/HelpPage.h"
 #include "app/qt/MainWindow.h"
@@ -20,6 +19,7 @@
 #include "app/qt/SupportText.h"
 #include "app/reportOf.h"
 #include "tests/TemporaryFolder.h"
+#include "tests/app/everyEnding.h"
 
 namespace kestrav {
 namespace {
@@ -79,8 +79,8 @@ TEST_F(Help, OpensWhereTheBeginningOfASentenceIsExplained) {
 
 TEST_F(Help, ExplainsEachEndOfAnUpdate) {
     OutcomePanel panel;
-    for (int ending = 0; ending <= static_cast<int>(UpdateEnding::serviceDied); ++ending) {
-        const Report& report = reportOf(static_cast<UpdateEnding>(ending));
+    for (const UpdateEnding ending : kEveryEnding) {
+        const Report& report = reportOf(ending);
         panel.showReport(report);
         EXPECT_EQ(panel.sentences(), QStringList(report.headline));
         EXPECT_EQ(selected(panel.sentences()), report.headline);

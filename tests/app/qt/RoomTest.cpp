@@ -17,11 +17,11 @@
 #include "app/qt/StatusLine.h"
 #include "app/qt/installTranslations.h"
 #include "app/reportOf.h"
+#include "tests/app/everyEnding.h"
 
 namespace kestrav {
 namespace {
 
-constexpr int kEndings = static_cast<int>(UpdateEnding::serviceDied) + 1;
 constexpr const char* kShortSentence = "Refused: the disk sdzz is write-protected.";
 constexpr const char* kLongSentence =
     "Refused: the image has 16777216 bytes, but sdzz has room for 15990784 from block 1536 on. Nothing was written.";
@@ -42,12 +42,12 @@ class Room : public ::testing::Test, public ::testing::WithParamInterface<const 
     }
 
     /// A fresh window after an ending; the log has more lines than it can show.
-    static void showEnding(MainWindow& window, int ending, const char* sentence) {
+    static void showEnding(MainWindow& window, UpdateEnding ending, const char* sentence) {
         window.accessoryLine().showAccessories(
             std::vector<UsbDevice>{{.name = "Kestrav Accessory", .disk = "sdzz", .serial = "0123456789AB"}});
         for (int line = 1; line <= 30; ++line)
             log(window).append("A line of the log.\r\n");
-        window.panel().showReport(reportOf(static_cast<UpdateEnding>(ending)));
+        window.panel().showReport(reportOf(ending));
         window.panel().offerToSendAgain(true);
         window.statusLine().showSentence(sentence);
         log(window).scrollToEnd();
@@ -91,9 +91,9 @@ class Room : public ::testing::Test, public ::testing::WithParamInterface<const 
 
 TEST_P(Room, IsThereForEveryEndingAndTheServicesSentence) {
     speak(GetParam());
-    for (int ending = 0; ending < kEndings; ++ending) {
+    for (const UpdateEnding ending : kEveryEnding) {
         for (const char* sentence : {"", kShortSentence}) {
-            SCOPED_TRACE(std::to_string(ending) + ' ' + sentence);
+            SCOPED_TRACE(std::to_string(static_cast<int>(ending)) + ' ' + sentence);
             MainWindow window;
             showEnding(window, ending, sentence);
             EXPECT_EQ(window.size(), QSize(480, 270));
@@ -105,8 +105,8 @@ TEST_P(Room, IsThereForEveryEndingAndTheServicesSentence) {
 
 TEST_P(Room, IsMadeForALongSentence) {
     speak(GetParam());
-    for (int ending = 0; ending < kEndings; ++ending) {
-        SCOPED_TRACE(ending);
+    for (const UpdateEnding ending : kEveryEnding) {
+        SCOPED_TRACE(static_cast<int>(ending));
         MainWindow window;
         showEnding(window, ending, kLongSentence);
         // The window grows rather than that something is cut off; in English it need not.
@@ -121,8 +121,8 @@ TEST_P(Room, IsMadeForLettersOf22Points) {
     QFont large = QApplication::font();
     large.setPointSize(22);
     QApplication::setFont(large);
-    for (int ending = 0; ending < kEndings; ++ending) {
-        SCOPED_TRACE(ending);
+    for (const UpdateEnding ending : kEveryEnding) {
+        SCOPED_TRACE(static_cast<int>(ending));
         MainWindow window;
         showEnding(window, ending, kLongSentence);
         EXPECT_GE(logLines(window), 4);
