@@ -3,6 +3,7 @@
 // line may take 0.3 ms, 100,000 may take 30 s and 90 MB.
 
 #include <QApplication>
+#include <algorithm>
 #include <benchmark/benchmark.h>
 #include <fstream>
 
@@ -16,7 +17,9 @@ namespace {
 constexpr std::string_view kLine = "Loaded icon file: /home/somebody/firmware.fds with 200000 bytes.\r\n";
 
 LogTextEdit& logOf(const MainWindow& window) {
-    return *dynamic_cast<LogTextEdit*>(window.findChildren<QPlainTextEdit*>().first());
+    const auto texts = window.findChildren<QPlainTextEdit*>();
+    const auto isLog = [](const QPlainTextEdit* text) { return dynamic_cast<const LogTextEdit*>(text) != nullptr; };
+    return *dynamic_cast<LogTextEdit*>(*std::ranges::find_if(texts, isLog));
 }
 
 /// MB of memory that the process has of its own.
