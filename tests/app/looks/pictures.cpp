@@ -92,6 +92,7 @@ class Pictures {
         done = take("working") && done;
         for (const UpdateEnding ending : kEveryEnding) {
             panel.showReport(reportOf(ending));
+            panel.offerToSendAgain(true);
             panel.statusLine().showSentence(sentenceOf(ending));
             done = take(QStringLiteral("ending-%1").arg(static_cast<int>(ending), 2, 10, QChar('0'))) && done;
         }

@@ -32,7 +32,7 @@ event_manager.EventManager._inDeluge = lambda _: False
 
 
 class Orca(DesktopTest):
-    patience = 60
+    patience = 90  # it tells of all that happens, one after the other
 
     def setUp(self):
         super().setUp()
@@ -41,7 +41,9 @@ class Orca(DesktopTest):
         customizations = self.home / ".local/share/orca/orca-customizations.py"
         customizations.parent.mkdir(parents=True)
         customizations.write_text(PATIENT)
-        self.start(["orca", "--debug-file", self.kept_log(), "--enable", "speech", "--disable", "braille"], **QUIET)
+        # It does not start where another one runs, and there may be a person's own, or another case's.
+        alone = ["unshare", "--pid", "--fork", "--kill-child", "--mount-proc"]
+        self.start([*alone, "orca", "--debug-file", self.kept_log(), "--enable", "speech", "--disable", "braille"], **QUIET)
         self.wait_until_heard("Screen reader on.")
 
     def start_speech_service(self):
@@ -81,16 +83,17 @@ class Orca(DesktopTest):
         return "\n".join(["It says:", *self.spoken, super().more_of_a_failure()])
 
     def send(self):
-        self.wait_until(lambda: self.is_in_state(("push button", "Update Firmware…"), "SENSITIVE"), "it stays disabled")
         self.click(self.firmware_button())
         self.choose(self.image(3000), "Choose a firmware image")
 
-    def test_a_success_and_a_failure_are_spoken(self):
+    def test_a_success_is_spoken(self):
+        self.start_service()
         self.open_window()
-        self.wait_until_heard("Update Firmware…")
+        self.send()
+        self.wait_until_heard("The firmware is on the accessory, read back and equal. You may unplug it.")
+
+    def test_a_failure_is_spoken(self):
+        self.open_window()
         self.send()
         self.wait_until_heard("Not written: the service is not running. "
                               "'systemctl start kestrav-commandd.socket', then send the image again.")
-        self.start_service()
-        self.send()
-        self.wait_until_heard("The firmware is on the accessory, read back and equal. You may unplug it.")

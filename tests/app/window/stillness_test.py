@@ -30,24 +30,24 @@ class Stillness(DesktopTest):
         self.assertEqual(self.portal.stdout.readline(), "ready\n")
         self.open_window()
 
-    def moves(self):
-        """Whether one picture of the indicator, while an update runs, differs from the next."""
+    def moves(self, bar):
+        """Whether one picture of the indicator, which is at this place, differs from the next."""
         before = self.picture("before")
-        return self.differing_pixels(before, self.picture("after"), self.box(self.find("progress bar"))) > 0
+        return self.differing_pixels(before, self.picture("after"), bar) > 0
 
     def assert_moves(self, moves):
         release = self.folder / "release"
 
         def answer(peer):
-            self.wait_until(release.exists, "nobody goes on")
+            self.wait_until(release.exists, "nobody goes on", seconds=150)
             peer.sendall(b"Refused: not today.")
 
         with AnsweringService(answer):
             self.click(self.firmware_button())
             self.choose(self.image(1000), "Choose a firmware image")
-            self.find("progress bar", "Update in progress")
+            bar = self.box(self.find("progress bar", "Update in progress"))
             self.assertEqual(self.portal.stdout.readline(), "org.freedesktop.appearance org.gnome.desktop.interface\n")
-            self.wait_until(lambda: self.moves() == moves, "it stands still" if moves else "it moves")
+            self.wait_until(lambda: self.moves(bar) == moves, "it stands still" if moves else "it moves")
             release.touch()
             self.wait_for_panel("Not written: the service refused.")
 
