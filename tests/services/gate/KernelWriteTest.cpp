@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>
+#include <sys/mount.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
@@ -46,6 +47,31 @@ TEST_F(GateOnKernel, WritesPastTheSystemsCache) {
     std::string expected = before_;
     expected.replace(1536 * 512, image.size(), image);
     EXPECT_TRUE(onDisk() == expected);
+}
+
+TEST_F(GateOnKernel, SaysWhereTheDiskTookNoMoreAndWritesOnceItDoesAgain) {
+    // A memory that has less room than it says, as a forged stick has.
+    const fs::path small = folder_.path() / "small";
+    fs::create_directory(small);
+    ASSERT_EQ(::mount("none", small.c_str(), "tmpfs", 0, "size=2M"), 0);
+    std::ofstream(small / "disk").close();
+    fs::resize_file(small / "disk", before_.size());
+    disk_.reset();
+    disk_.emplace(small / "disk");
+    makeNode("/dev/" + disk_->name(), disk_->number());
+    fs::remove("/dev/r" + disk_->name());
+    fs::create_symlink(disk_->name(), "/dev/r" + disk_->name());
+    const std::string image = folder_.file("image", patternOf(3'000'000, 3));
+    EXPECT_THAT(write(image), testing::MatchesRegex("Failed: writing " + disk_->name() +
+                                                    " from block 5632 on: (No space left on device|Input/output error)"
+                                                    "\\. The accessory's memory may hold a mixture now: .*"));
+    const std::string untouched(1536 * 512, '\0');
+    EXPECT_TRUE(contentsOf(small / "disk").starts_with(untouched + patternOf(3'000'000, 3).substr(0, 2U << 20U)));
+    ASSERT_EQ(::mount(nullptr, small.c_str(), nullptr, MS_REMOUNT, "size=8M"), 0);
+    EXPECT_THAT(write(image), HasSubstr("block 1536, verified, "));
+    EXPECT_TRUE(contentsOf(small / "disk").starts_with(untouched + patternOf(3'000'000, 3)));
+    disk_.reset();
+    ::umount2(small.c_str(), MNT_DETACH);
 }
 
 TEST_F(GateOnKernel, UnmountsOnceMoreBeforeAWrite) {
