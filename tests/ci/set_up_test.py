@@ -5,7 +5,7 @@ import unittest
 from pathlib import Path
 
 SET_UP = Path(__file__).resolve().parents[2] / ".ci/set-up"
-STEPS = ("format", "release", "sanitizers", "tidy", "threads", "fuzz", "package", "e2e", "installation", "rpm", "soak",
+STEPS = ("format", "release", "sanitizers", "tidy", "threads", "fuzz", "package", "e2e", "installation", "rpm", "arch", "soak",
          "mutants", "stress", "coverage", "quick")
 
 
