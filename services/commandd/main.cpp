@@ -49,5 +49,5 @@ int serve(kestrav::RequestLog& log) {
 }  // namespace
 
 int main(int count, char** words) {
-    return kestrav::serviceMain(count, words, {"kestrav-commandd", KESTRAV_VERSION, kHelp}, serve);
+    return kestrav::serviceMain(count, words, {"kestrav-commandd", "kestrav-commandd " KESTRAV_VERSION, kHelp}, serve);
 }

@@ -32,5 +32,5 @@ int serve(kestrav::RequestLog& log) {
 }  // namespace
 
 int main(int count, char** words) {
-    return kestrav::serviceMain(count, words, {"kestrav-helper", KESTRAV_VERSION, kHelp}, serve);
+    return kestrav::serviceMain(count, words, {"kestrav-helper", "kestrav-helper " KESTRAV_VERSION, kHelp}, serve);
 }

@@ -19,7 +19,7 @@ int serviceMain(int count, char** words, const ServiceProgram& program,
         return 0;
     }
     if (word == "--version") {
-        std::printf("%s %s\n", program.name, program.version);
+        std::puts(program.version);
         return 0;
     }
     if (count != 1) {

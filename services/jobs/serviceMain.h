@@ -8,9 +8,11 @@ namespace kestrav {
 
 /// What a service's program is besides its service.
 struct ServiceProgram {
-    const char* name;     ///< as it is called, and as the system log has it
-    const char* version;  ///< what --version says behind the name
-    const char* help;     ///< what --help says, line ends included
+    const char* name;  ///< as it is called, and as the system log has it
+    /// What --version says, name and version: in one piece, by which "kestravctl doctor" knows the program that is
+    /// installed.
+    const char* version;
+    const char* help;  ///< what --help says, line ends included
 };
 
 /// main() of a root service: answers --help and --version, gives back 2 for any other word, and otherwise what `serve`
