@@ -10,8 +10,10 @@ namespace {
 
 Outcome<void> decided(Consent& consent, Asker& asker, const ConsentSubject& subject, const Intent& intent) {
     const auto stillWanted = [&asker] { return asker.stillWants(); };
-    // Nobody is bothered then, so nobody is bothered twice.
-    if (!asker.mayBePrompted()) return consent.given(subject, intent, false, stillWanted);
+    // Nobody is bothered then, so nobody is bothered twice, and there is nobody to wait for: where consent was given
+    // before, or a rule gives it, many requests at once don't use their time up in a line.
+    auto unasked = consent.given(subject, intent, false, stillWanted);
+    if (unasked || !asker.mayBePrompted()) return unasked;
     if (auto turn = asker.awaitTurn(subject); !turn) return turn;
     auto decision = consent.given(subject, intent, true, stillWanted);
     asker.tellDecision(decision);

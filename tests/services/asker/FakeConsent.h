@@ -14,6 +14,7 @@ namespace kestrav {
 class FakeConsent final : public Consent {
   public:
     std::optional<Problem> problem;           ///< none: it is given
+    bool needsAPerson = true;                 ///< to be prompted before it is given
     std::optional<Problem> turnsEverybody;    ///< away, at once
     std::function<void()> meanwhile = [] {};  ///< happens while a person would think about it
     bool waits = false;                       ///< as long as the answer is wanted
@@ -26,6 +27,8 @@ class FakeConsent final : public Consent {
     }
     Outcome<void> given(const ConsentSubject& subject, const Intent& intent, bool prompts,
                         const std::function<bool()>& stillWanted) override {
+        const bool isHopeless = needsAPerson && !prompts;
+        if (isHopeless) return refused("an administrator has to agree.");
         askedAbout.push_back(subject);
         mayPrompt.push_back(prompts);
         intents.push_back(intent);

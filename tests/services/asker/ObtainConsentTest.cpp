@@ -48,6 +48,7 @@ TEST_F(ObtainConsent, AsksAboutEverybodyElse) {
     EXPECT_EQ(consent_.askedAbout.front(), ConsentSubject(AskingBusName{":1.1"}));
     EXPECT_TRUE(consent_.mayPrompt.front());
     asker_.prompts = false;
+    consent_.needsAPerson = false;
     EXPECT_EQ(refusal(), "");
     EXPECT_FALSE(consent_.mayPrompt.back());
 }
@@ -91,7 +92,16 @@ TEST_F(ObtainConsent, TellsWhatCameOfAsking) {
     EXPECT_EQ(asker_.decision, false);
 }
 
+TEST_F(ObtainConsent, AwaitsNoTurnWhereItWasGivenBefore) {
+    consent_.needsAPerson = false;
+    asker_.notItsTurn = refused("somebody else's turn takes a minute.");
+    EXPECT_EQ(refusal(), "");
+    EXPECT_FALSE(asker_.decision) << "nobody was asked";
+    EXPECT_EQ(consent_.mayPrompt, std::vector<bool>{false});
+}
+
 TEST_F(ObtainConsent, AwaitsNoTurnWhereNobodyIsPrompted) {
+    consent_.needsAPerson = false;
     asker_.prompts = false;
     asker_.notItsTurn = refused("somebody has just said no.");
     EXPECT_EQ(refusal(), "");
