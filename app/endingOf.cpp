@@ -69,6 +69,8 @@ UpdateEnding endingOf(const UpdateFacts& facts) {
             return UpdateEnding::strangersAnswer;
         case Finding::cannotConnect:
             return UpdateEnding::cannotConnect;
+        case Finding::noDescriptorLeft:
+            return UpdateEnding::notHandedOver;
         case Finding::notRunning:
             return UpdateEnding::notRunning;
         case Finding::notAcceptedInTime:

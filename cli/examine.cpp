@@ -96,6 +96,9 @@ Finding ofSilence(const Unanswered& unanswered) {
         case Unanswered::Why::hostNotFound:
         case Unanswered::Why::connectingFailed:
             return bad("service", "The service can't be reached.", "Is the loopback interface up?");
+        case Unanswered::Why::noDescriptorLeft:
+            return bad("service", "Too many files are open for a connection to the service.",
+                       "'ulimit -n' shows how many there may be: raise it, or do fewer things at once.");
         default:
             return bad("service", "The service does not answer:", "systemctl restart kestrav-commandd");
     }

@@ -72,6 +72,7 @@ class Speaker {
             case Finding::strangerListens:
                 return ofStranger();
             case Finding::cannotConnect:
+            case Finding::noDescriptorLeft:
             case Finding::notRunning:
             case Finding::notAcceptedInTime:
             case Finding::notSent:
@@ -126,6 +127,9 @@ class Speaker {
         if (judgement_.finding == Finding::notSent)
             return saying("The connection broke before the service had the request, so nothing was done.",
                           "Try again.");
+        if (judgement_.finding == Finding::noDescriptorLeft)
+            return saying("Too many files are open for a connection to the service, so nothing was handed over.",
+                          "'ulimit -n' shows how many there may be: raise it, or do fewer things at once.");
         return saying("The service can't be reached, so nothing was handed over.", "Is the loopback interface up?");
     }
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "base/SystemLog.h"
+#include "base/UniqueFd.h"
 #include "base/shownText.h"
 #include "base/stopProcess.h"
 #include "base/utf8.h"
@@ -42,12 +43,18 @@ std::optional<SocketError> errorOf(Step step) {
     }
 }
 
+/// The socket's error does not tell why there is no connection; another socket does.
+bool lacksDescriptors() {
+    const UniqueFd another(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    return !another && (errno == EMFILE || errno == ENFILE);
+}
+
 Unanswered::Why whyNotConnected(SocketError error) {
     switch (error) {
         case SocketError::queryFailed:
             return Unanswered::Why::hostNotFound;
         case SocketError::connectionClosed:
-            return Unanswered::Why::connectingFailed;
+            return lacksDescriptors() ? Unanswered::Why::noDescriptorLeft : Unanswered::Why::connectingFailed;
         case SocketError::connectionTimeout:
             return Unanswered::Why::notAcceptedInTime;
         case SocketError::unknownError:

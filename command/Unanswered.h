@@ -13,6 +13,7 @@ struct Unanswered {
         notAccepted,          ///< nobody listens there, or the connection was refused or broken off
         notAcceptedInTime,    ///< neither accepted nor refused before the time for connecting was over
         connectingFailed,     ///< the system could not wait for the connection
+        noDescriptorLeft,     ///< the program, or the whole system, has too many files open for a connection
         notSent,              ///< the connection broke before the request had gone out whole
         noReplyInTime,        ///< the service has the request and has said nothing before the time was over
         closedWithoutAReply,  ///< the service closed or reset the connection, or reading from it failed

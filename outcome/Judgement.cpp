@@ -10,6 +10,7 @@ Judgement::Kind Judgement::kind() const {
         case Finding::blocksCame:
             return Kind::confirmed;
         case Finding::cannotConnect:
+        case Finding::noDescriptorLeft:
         case Finding::notRunning:
         case Finding::notAcceptedInTime:
         case Finding::notSent:

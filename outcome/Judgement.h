@@ -19,6 +19,7 @@ struct Judgement {
         halfAnAnswer,         ///< a part of what the service says
         strangersAnswer,      ///< nothing that the service says
         cannotConnect,        ///< the service's address can't be looked up, or the system could not wait for it
+        noDescriptorLeft,     ///< too many files are open for a connection to it
         notRunning,           ///< nobody listens there
         notAcceptedInTime,    ///< neither accepted nor refused
         notSent,              ///< the connection broke before the request had gone out whole

@@ -60,6 +60,8 @@ Judgement judged(const Unanswered& unanswered, const AnswerTo& /*question*/, con
         case Unanswered::Why::hostNotFound:
         case Unanswered::Why::connectingFailed:
             return {Finding::cannotConnect, {}, 0};
+        case Unanswered::Why::noDescriptorLeft:
+            return {Finding::noDescriptorLeft, {}, 0};
         case Unanswered::Why::notAccepted:
             return {Finding::notRunning, {}, 0};
         case Unanswered::Why::notAcceptedInTime:

@@ -124,6 +124,9 @@ TEST_P(ResultOfSilence, SaysWhatItMeansAndWhatToDo) {
 
 const std::string kUnreachable =
     "The service can't be reached, so nothing was handed over. Is the loopback interface up?";
+const std::string kTooMany =
+    "Too many files are open for a connection to the service, so nothing was handed over. 'ulimit -n' shows how many "
+    "there may be: raise it, or do fewer things at once.";
 const std::string kNotRunning = "The service is not running: systemctl start kestrav-commandd.socket";
 const std::string kStuck = "The service does not take the request: systemctl restart kestrav-commandd";
 const std::string kBroken = "The connection broke before the service had the request, so nothing was done. Try again.";
@@ -136,6 +139,7 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         UnansweredRow{"HostNotFound", Why::hostNotFound, ExitCode::failure, kUnreachable, kUnreachable},
         UnansweredRow{"ConnectingFailed", Why::connectingFailed, ExitCode::failure, kUnreachable, kUnreachable},
+        UnansweredRow{"NoDescriptorLeft", Why::noDescriptorLeft, ExitCode::failure, kTooMany, kTooMany},
         UnansweredRow{"NotAccepted", Why::notAccepted, ExitCode::failure, kNotRunning, kNotRunning},
         UnansweredRow{"NotAcceptedInTime", Why::notAcceptedInTime, ExitCode::failure, kStuck, kStuck},
         UnansweredRow{"NotSent", Why::notSent, ExitCode::failure, kBroken, kBroken},

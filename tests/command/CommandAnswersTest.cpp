@@ -84,6 +84,15 @@ TEST_F(CommandAnswers, NameAConnectionThatCannotBeWaitedFor) {
     expectNoAnswer(Why::connectingFailed);
 }
 
+TEST_F(CommandAnswers, NameThatNoDescriptorIsLeft) {
+    const LoopbackService service;
+    {
+        const DescriptorLimit none(0);
+        runOn({.port = service.port()});
+    }
+    expectNoAnswer(Why::noDescriptorLeft);
+}
+
 TEST_F(CommandAnswers, NameARequestThatDidNotGoOut) {
     runAgainst(resetsInMidRequest(), std::string(32 << 20, 'x'));
     expectNoAnswer(Why::notSent);

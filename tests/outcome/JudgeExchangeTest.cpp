@@ -114,6 +114,7 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         UnansweredRow{"HostNotFound", Why::hostNotFound, Finding::cannotConnect, Kind::notHandedOver, false},
         UnansweredRow{"ConnectingFailed", Why::connectingFailed, Finding::cannotConnect, Kind::notHandedOver, false},
+        UnansweredRow{"NoDescriptorLeft", Why::noDescriptorLeft, Finding::noDescriptorLeft, Kind::notHandedOver, false},
         UnansweredRow{"NotAccepted", Why::notAccepted, Finding::notRunning, Kind::notHandedOver, false},
         UnansweredRow{"NotAcceptedInTime", Why::notAcceptedInTime, Finding::notAcceptedInTime, Kind::notHandedOver,
                       false},
