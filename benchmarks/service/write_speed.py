@@ -20,6 +20,9 @@ import time
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[2]
+sys.path.insert(0, str(ROOT / "benchmarks"))
+from loop_bed import description_of  # noqa: E402: found only now
+
 KIB, MIB = 1 << 10, 1 << 20
 FIRST_BLOCK = 2048
 
@@ -48,12 +51,8 @@ class Service:
         extra = []
         if loop:
             number = Path(f"/sys/block/{Path(loop).name}/dev").read_text().strip()
-            description = (ROOT / "simulator/accessory.umockdev").read_text()
-            major, minor = number.split(":")
-            description = description.replace("131:720", number)
-            description = description.replace("MAJOR=131\nE: MINOR=720", f"MAJOR={major}\nE: MINOR={minor}")
             changed = folder / "loop.umockdev"
-            changed.write_text(description)
+            changed.write_text(description_of(number))
             bed += ["--device", changed]
             extra = [loop, number]
         self.process = subprocess.Popen(
