@@ -138,6 +138,8 @@ bool isStillThere(udev* context, udev_device* found) {
 // Absent for a device that was pulled out while it was looked at: half of what it said would pass for all of it.
 std::optional<UsbDevice> described(udev* context, udev_device* found, const std::vector<std::string>& blockPaths) {
     UsbDevice device;
+    // First of all: libudev keeps what it says, and what is read between this look and the last one is of one device.
+    deviceNumber(found);
     device.id = (numberAttribute(found, "busnum") << 16) | (numberAttribute(found, "devnum") & 0xFFFF);
     device.port = orEmpty(udev_device_get_sysname(found));
     device.name = orEmpty(udev_device_get_sysattr_value(found, "product"));

@@ -1,10 +1,20 @@
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/prctl.h>
 #include <sys/sysmacros.h>
+#include <sys/wait.h>
+#include <tuple>
+#include <unistd.h>
 
 #include "device/linux/UdevDeviceRegistry.h"
 #include "tests/device/linux/PrivateMounts.h"
 #include "tests/device/linux/Testbed.h"
+#include "tests/signalOne.h"
 
 namespace kestrav {
 
@@ -100,6 +110,61 @@ TEST_F(UdevRegistry, LosesAnUnpluggedAccessory) {
     EXPECT_EQ(found().size(), 1U);
     bed_.unplug("/sys/devices/pci0000:00/0000:00:14.0/usb1/1-2");
     EXPECT_THAT(found(), IsEmpty());
+}
+
+/// A process of its own that pulls the accessory and plugs it in again without end, each time with a new number.
+class PlugLoop {
+  public:
+    explicit PlugLoop(const std::filesystem::path& bed)
+        : place_(bed / "sys/devices/pci0000:00/0000:00:14.0/usb1/1-2"),
+          aside_(bed / "unplugged"),
+          process_(::fork()) {
+        if (process_ == 0) run();
+    }
+    ~PlugLoop() {
+        signalOne(process_, SIGKILL);
+        ::waitpid(process_, nullptr, 0);
+    }
+    PlugLoop(const PlugLoop&) = delete;
+    PlugLoop& operator=(const PlugLoop&) = delete;
+
+  private:
+    [[noreturn]] void run() const {
+        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+        for (unsigned turn = 0;; ++turn) {
+            if (::rename(place_.c_str(), aside_.c_str()) != 0) ::_exit(1);
+            std::ofstream(aside_ / "devnum") << 2 + turn % 100 << '\n';
+            // Of many lengths, so that it happens in the middle of each step of a walk.
+            ::usleep(turn * 37 % 1000);
+            if (::rename(aside_.c_str(), place_.c_str()) != 0) ::_exit(1);
+            ::usleep(turn * 131 % 10'000);
+        }
+    }
+
+    std::filesystem::path place_;
+    std::filesystem::path aside_;
+    pid_t process_;
+};
+
+TEST_F(UdevRegistry, TellsAllOrNothingOfAnAccessoryThatComesAndGoes) {
+    bed_.plugInSimulated("accessory");
+    const UsbDevice whole = found().at(0);
+    const PlugLoop loop(bed_.root());
+    int times = 0;
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    int walks = 0;
+    // On a slow computer it may take some more until both have been seen.
+    while ((walks < 300 || times == 0 || times == walks) && std::chrono::steady_clock::now() < end) {
+        ++walks;
+        for (const UsbDevice& device : found()) {
+            ++times;
+            EXPECT_EQ(device.id >> 16U, whole.id >> 16U);
+            EXPECT_EQ(std::tie(device.name, device.port, device.disk, device.diskBytes, device.blockNumbers),
+                      std::tie(whole.name, whole.port, whole.disk, whole.diskBytes, whole.blockNumbers));
+        }
+    }
+    EXPECT_GT(times, 0) << walks;
+    EXPECT_LT(times, walks) << "it was never seen to be gone";
 }
 
 TEST_F(UdevRegistry, FindsNothingWhereNothingIsPluggedIn) {
