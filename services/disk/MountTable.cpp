@@ -1,25 +1,29 @@
 #include "services/disk/MountTable.h"
 
-#include <algorithm>
 #include <cerrno>
+#include <libmount/libmount.h>
+#include <memory>
 #include <string_view>
 #include <sys/stat.h>
 
 #include "base/systemWords.h"
-#include "base/wholeFile.h"
-#include "services/disk/MountinfoLine.h"
 
 namespace kestrav {
 namespace {
 
-constexpr std::size_t kLongestTable = std::size_t{64} << 20U;
+struct MountRelease {
+    void operator()(libmnt_table* table) const noexcept { ::mnt_unref_table(table); }
+    void operator()(libmnt_iter* place) const noexcept { ::mnt_free_iter(place); }
+};
 
 /// btrfs may span disks and so shows a device number of its own; it is recognised by the node that it was mounted from.
 /// No other file system is: a source is only text, which a user's own file system fills in as it likes.
-bool isNumberlessOn(const MountinfoLine& mount, dev_t number) {
+bool isNumberlessOn(libmnt_fs* entry, dev_t number) {
+    const char* type = ::mnt_fs_get_fstype(entry);
+    const char* source = ::mnt_fs_get_source(entry);
+    if (type == nullptr || source == nullptr || std::string_view(type) != "btrfs") return false;
     struct stat status {};
-    return mount.type == "btrfs" && ::stat(mount.source.c_str(), &status) == 0 && S_ISBLK(status.st_mode) &&
-           status.st_rdev == number;
+    return ::stat(source, &status) == 0 && S_ISBLK(status.st_mode) && status.st_rdev == number;
 }
 
 }  // namespace
@@ -28,22 +32,20 @@ Outcome<std::vector<MountedPlace>> MountinfoTable::placesOf(dev_t number) const 
     const auto unreadable = [](int error) {
         return refused("the system does not tell what is mounted: " + systemWords(error) + ".");
     };
-    const auto table = readWholeFile("/proc/self/mountinfo", kLongestTable);
-    if (!table) return unreadable(table.problem().cause.value());
-    // Whoever asks has a place in the table itself: an empty one is no table.
-    if (table.value().empty()) return unreadable(ENODATA);
     std::vector<MountedPlace> places;
-    std::string_view left = table.value();
-    while (!left.empty()) {
-        const std::string_view line = left.substr(0, left.find('\n'));
-        left.remove_prefix(std::min(line.size() + 1, left.size()));
-        const auto mount = MountinfoLine::parse(line);
-        // What can't be told apart may be a mount of the disk.
-        if (!mount) return unreadable(EBADMSG);
-        const bool numbered = mount->device == number;
-        if (numbered || isNumberlessOn(*mount, number)) places.push_back({mount->place, !numbered});
+    errno = ENOMEM;
+    const std::unique_ptr<libmnt_table, MountRelease> table(::mnt_new_table_from_file("/proc/self/mountinfo"));
+    if (!table) return unreadable(errno);
+    const std::unique_ptr<libmnt_iter, MountRelease> at(::mnt_new_iter(MNT_ITER_BACKWARD));
+    // Whoever asks has a place in the table itself: an empty one is no table.
+    if (!at || ::mnt_table_is_empty(table.get()) != 0) return unreadable(at ? ENODATA : ENOMEM);
+    libmnt_fs* entry = nullptr;
+    while (::mnt_table_next_fs(table.get(), at.get(), &entry) == 0) {
+        const char* target = ::mnt_fs_get_target(entry);
+        if (target == nullptr) continue;
+        const bool numbered = ::mnt_fs_get_devno(entry) == number;
+        if (numbered || isNumberlessOn(entry, number)) places.push_back({target, !numbered});
     }
-    std::ranges::reverse(places);
     return places;
 }
 

@@ -50,11 +50,7 @@ std::optional<MountinfoLine> MountinfoLine::parse(std::string_view line) {
     if (!mount.place.starts_with('/') || takeWord(line).empty()) return std::nullopt;
     while (!line.empty()) {
         const std::string_view word = takeWord(line);
-        if (word == "-") {
-            mount.type = unescaped(takeWord(line));
-            mount.source = unescaped(takeWord(line));
-            return mount;
-        }
+        if (word == "-") return mount;
         if (const auto group = groupIn(word)) mount.groups.push_back(*group);
     }
     return std::nullopt;

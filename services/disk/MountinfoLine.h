@@ -16,8 +16,6 @@ struct MountinfoLine {
     dev_t device = 0;
     std::string place;                  ///< where, as the process sees it
     std::vector<std::uint64_t> groups;  ///< of propagation: those that it is a member of, and those that it follows
-    std::string type;                   ///< of the file system, for example "ext4"
-    std::string source;                 ///< what was mounted, as whoever mounted it called it
 
     /// Nothing when the line has not that form. Any bytes may be in it.
     static std::optional<MountinfoLine> parse(std::string_view line);

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <charconv>
 #include <climits>
+#include <cstdlib>
 #include <dirent.h>
 #include <fcntl.h>
 #include <memory>
@@ -25,6 +26,10 @@ struct CloseFolder {
 };
 using Folder = std::unique_ptr<DIR, CloseFolder>;
 
+struct FreeText {
+    void operator()(char* text) const noexcept { std::free(text); }
+};
+
 }  // namespace
 
 /// What isn't there, isn't a link or is just going away is an answer; anything else is none.
@@ -43,8 +48,13 @@ std::string SysfsLook::linkTarget(const std::string& path) {
 std::optional<std::string> SysfsLook::blockDevice(dev_t number) {
     const std::string target = linkTarget("/sys/dev/block/" + shownNumber(number));
     constexpr std::string_view kUp = "../../";
-    if (!target.starts_with(std::string(kUp) + "devices/")) return std::nullopt;
-    return "/sys/" + target.substr(kUp.size());
+    if (!target.starts_with(kUp)) return std::nullopt;
+    const std::string folder = "/sys/" + target.substr(kUp.size());
+    const std::unique_ptr<char, FreeText> straight(::realpath(folder.c_str(), nullptr));
+    if (!straight) note(errno);
+    // As the kernel writes it: no way back up, and no link on the way.
+    const bool isPlain = straight && folder == straight.get() && folder.starts_with("/sys/devices/");
+    return isPlain ? std::optional(folder) : std::nullopt;
 }
 
 std::optional<std::string> SysfsLook::attribute(const std::string& folder, const char* name) {

@@ -142,6 +142,32 @@ INSTANTIATE_TEST_SUITE_P(
                      [](const fs::path& dev) { leadTo(dev / ".node/sdzz", "131:999"); },
                      "does not know the disk"},
         WrongDiskRow{"FolderOfAnotherNumber", {{"MINOR=720", "MINOR=736"}}, {}, "does not know the disk"},
+        WrongDiskRow{"FolderBehindALink",
+                     {},
+                     [](const fs::path& dev) {
+                         const fs::path devices = dev.parent_path() / "sys/devices";
+                         fs::rename(devices / "pci0000:00", devices / "elsewhere");
+                         fs::create_directory_symlink("elsewhere", devices / "pci0000:00");
+                     },
+                     "does not know the disk"},
+        WrongDiskRow{"FolderOutsideOfDevices",
+                     {},
+                     [](const fs::path& dev) {
+                         const fs::path sysfs = dev.parent_path() / "sys";
+                         const fs::path link = sysfs / "dev/block/131:720";
+                         const std::string target = fs::read_symlink(link).string();
+                         fs::rename(sysfs / "devices", sysfs / "strange");
+                         leadTo(link, "../../strange" + target.substr(std::string("../../devices").size()));
+                     },
+                     "does not know the disk"},
+        WrongDiskRow{"WayBackUp",
+                     {},
+                     [](const fs::path& dev) {
+                         const fs::path link = dev.parent_path() / "sys/dev/block/131:720";
+                         const std::string target = fs::read_symlink(link).string();
+                         leadTo(link, "../../devices/.." + target.substr(std::string("../..").size()));
+                     },
+                     "does not know the disk"},
         WrongDiskRow{"NoSize", {{"size=2048", "size=-1"}}, {}, "does not know the disk"},
         WrongDiskRow{"AbsurdSize", {{"size=2048", "size=18446744073709551615"}}, {}, "does not know the disk"},
         WrongDiskRow{

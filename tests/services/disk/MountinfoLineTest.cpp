@@ -22,13 +22,6 @@ TEST(MountinfoLine, TakesALineApart) {
     EXPECT_EQ(mount->device, makedev(98, 0));
     EXPECT_EQ(mount->place, "/mnt 2");
     EXPECT_THAT(mount->groups, ElementsAre(7U, 1U));
-    EXPECT_EQ(mount->type, "ext3");
-    EXPECT_EQ(mount->source, "/dev/root");
-}
-
-TEST(MountinfoLine, TakesASourceForWhatItWasBeforeTheKernelWroteIt) {
-    EXPECT_EQ(MountinfoLine::parse("1 0 0:31 / /mnt rw - btrfs /dev/my\\040disk rw")->source, "/dev/my disk");
-    EXPECT_EQ(MountinfoLine::parse("1 0 0:31 / /mnt rw - tmpfs  rw")->source, "") << "it may have none";
 }
 
 TEST(MountinfoLine, KnowsMountsOfNoGroup) {
