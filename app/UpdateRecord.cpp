@@ -10,9 +10,10 @@
 namespace kestrav {
 namespace {
 
+constexpr std::string_view kInput = "if=";
+
 /// How long the image is now: the engine has just read it.
 std::int64_t lengthOfImage(std::span<const std::string> arguments) {
-    constexpr std::string_view kInput = "if=";
     const auto input =
         std::ranges::find_if(arguments, [](std::string_view argument) { return argument.starts_with(kInput); });
     if (input == arguments.end()) return 0;
