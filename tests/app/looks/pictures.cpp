@@ -88,7 +88,8 @@ class Pictures {
         panel.showAsking();
         done = take("asking") && done;
         const ProgressSentence half = progressSentence({"sdb", WritePhase::writing, 31'000'000, 62'000'000, 9'000'000});
-        panel.showWorking(half.phase, half.share, "Don't unplug the accessory.");
+        panel.showWorking(half.phase, half.share,
+                          QCoreApplication::translate("UpdatePresenter", "Don't unplug the accessory."));
         done = take("working") && done;
         for (const UpdateEnding ending : kEveryEnding) {
             panel.showReport(reportOf(ending));
