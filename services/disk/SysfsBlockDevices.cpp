@@ -7,6 +7,7 @@
 #include <string_view>
 #include <sys/sysmacros.h>
 #include <system_error>
+#include <utility>
 
 #include "base/fieldIn.h"
 #include "base/systemWords.h"
@@ -106,7 +107,9 @@ std::optional<BlockDevice> describe(SysfsLook& look, const std::string& device, 
 std::vector<std::string> familyFolders(SysfsLook& look, const std::string& disk) {
     std::vector<std::string> folders{disk};
     for (const std::string& name : look.foldersIn(disk)) {
-        if (Announcement(look, disk + '/' + name).type() == "partition") folders.push_back(disk + '/' + name);
+        std::string folder = disk;
+        folder.append("/").append(name);
+        if (Announcement(look, folder).type() == "partition") folders.push_back(std::move(folder));
     }
     std::sort(folders.begin() + 1, folders.end());
     return folders;
