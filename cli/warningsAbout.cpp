@@ -14,7 +14,8 @@ namespace {
 
 using namespace std::string_view_literals;
 
-constexpr std::int64_t kPiece = 1 << 20;
+// Of nearly every image the first piece tells already.
+constexpr std::int64_t kPiece = 1 << 16;
 
 /// What files of other kinds begin with.
 constexpr std::array<std::pair<std::string_view, std::string_view>, 13> kOtherKinds{{
