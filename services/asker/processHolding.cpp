@@ -1,5 +1,6 @@
 #include "services/asker/processHolding.h"
 
+#include <algorithm>
 #include <chrono>
 #include <optional>
 #include <thread>
@@ -14,10 +15,10 @@ namespace {
 constexpr std::chrono::milliseconds kTimeToReceive{500};
 constexpr std::chrono::milliseconds kGlance{10};
 
-std::vector<pid_t> holders(std::uint32_t inode) {
+std::vector<pid_t> holders(std::uint32_t inode, std::span<const pid_t> ours) {
     std::vector<pid_t> found;
     for (const pid_t pid : ProcessRecord::all()) {
-        if (ProcessRecord(pid).holds(inode)) found.push_back(pid);
+        if (std::ranges::find(ours, pid) == ours.end() && ProcessRecord(pid).holds(inode)) found.push_back(pid);
     }
     return found;
 }
@@ -33,8 +34,8 @@ bool keepsDescriptorsUnderWay(const ProcessRecord& process) {
 
 }  // namespace
 
-Outcome<AskingProcess> processHolding(const PeerIdentity& peer) {
-    const auto found = holders(peer.inode);
+Outcome<AskingProcess> processHolding(const PeerIdentity& peer, std::span<const pid_t> ours) {
+    const auto found = holders(peer.inode, ours);
     if (found.empty()) return refused("no process can be found behind the connection.");
     if (found.size() > 1) return refused("several processes share the connection, so nobody can tell who asks.");
     const ProcessRecord process(found.front());

@@ -48,7 +48,7 @@ class Server::Peer final : public Request {
           connection(std::move(fd)),
           number(server.arrivals_++),
           server_(server),
-          asker_(connection.get(), identity) {
+          asker_(connection.get(), identity, ::getpid()) {
         server_.everybody_.insert(this);
     }
     ~Peer() override { server_.everybody_.erase(this); }

@@ -1,3 +1,4 @@
+#include <array>
 #include <csignal>
 #include <cstring>
 #include <future>
@@ -80,6 +81,18 @@ TEST_F(ProcessHolding, IsTheOneThatConnected) {
     EXPECT_EQ(process.value().pid, connector.pid());
     EXPECT_EQ(process.value().uid, 65534U);
     EXPECT_GT(process.value().startTime, 0U);
+}
+
+TEST_F(ProcessHolding, IsNoneOfTheServicesOwn) {
+    const Connector connector(port_, 65534);
+    const Connector other(port_, 65534);
+    const UniqueFd service = accept();
+    const auto peer = peerIdentity(service.get());
+    ASSERT_TRUE(peer);
+    EXPECT_TRUE(processHolding(peer.value(), std::array{other.pid()}));
+    const auto process = processHolding(peer.value(), std::array{other.pid(), connector.pid()});
+    ASSERT_FALSE(process);
+    EXPECT_EQ(process.problem().sentence, "no process can be found behind the connection.");
 }
 
 TEST_F(ProcessHolding, IsToldByItsStartFromALaterOneOfThatNumber) {
