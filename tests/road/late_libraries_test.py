@@ -1,0 +1,28 @@
+"""The libraries that kestravctl loads when it first needs them, and not at its start."""
+
+import subprocess
+
+from road import PROGRAMS, RoadTest
+
+LATE = ("libsystemd.so.0", "libmount.so.1")
+
+
+class LateLibraries(RoadTest):
+    def test_are_not_loaded_at_the_start(self):
+        listed = subprocess.run([PROGRAMS / "kestravctl"], env={"LD_TRACE_LOADED_OBJECTS": "1"},
+                                capture_output=True, text=True, check=True, timeout=60).stdout
+        self.assertIn("libudev.so.1", listed)
+        for library in LATE:
+            self.assertNotIn(library, listed)
+
+    def test_end_it_in_words_where_they_are_broken(self):
+        for library, arguments in zip(LATE, (("helper", "status"), ("list",))):
+            (self.folder / library).write_bytes(b"no library\n")
+            command = ["env", f"LD_LIBRARY_PATH={self.folder}", PROGRAMS / "kestravctl", *arguments]
+            result = subprocess.run(self.plugged_in(command), capture_output=True, timeout=60, check=False)
+            said = result.stderr.decode()
+            self.assertEqual(result.returncode, 127, said)
+            self.assertTrue(said.startswith("kestravctl: error while loading shared libraries: "), said)
+            self.assertTrue(said.endswith(". Install the package of that library.\n"), said)
+            self.assertIn(library, said)
+            (self.folder / library).unlink()
