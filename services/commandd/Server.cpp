@@ -78,7 +78,6 @@ class Server::Peer final : public Request {
     EventLoop::Watch readable;
     EventLoop::Watch deadline;
     EventLoop::Watch going;
-    bool isLate = false;  ///< nobody agreed in time
 
   private:
     Server& server_;
@@ -161,19 +160,13 @@ void Server::receive(Peer& peer) {
     auto complete = std::move(peers_.extract(peer.connection.get()).mapped());
     complete->readable.reset();
     complete->deadline =
-        jobs_.loop().after(patience_.toAgree, [this, late = complete.get()] { giveUpUnagreed(*late); });
+        jobs_.loop().after(patience_.toAgree, [this, late = complete.get()] { jobs_.giveUpUnagreed(*late); });
     JobTable::Place place = std::move(complete->place);
     complete->going = jobs_.loop().onSendingEnded(complete->connection.get(), [this, gone = complete.get()] {
         gone->going.reset();
         jobs_.giveUp(*gone);
     });
     jobs_.start(std::move(place), std::move(complete));
-}
-
-/// A request that has begun is not given up, and a question that is open goes on.
-void Server::giveUpUnagreed(Peer& peer) {
-    peer.isLate = true;
-    jobs_.giveUpUnagreed(peer);
 }
 
 void Server::turnAway(Peer& peer, const Problem& problem) {
@@ -189,7 +182,7 @@ void Server::answer(Peer& peer, const RequestEnd& end) {
     const auto refuseWith = [&](const Problem& problem) {
         refuse(std::move(peer.connection), uid, answerFor(problem));
     };
-    if (peer.isLate && !end.begun && !isStopping_) {
+    if (end.isLate && !end.begun && !isStopping_) {
         return refuse(std::move(peer.connection), uid, answerFor(isTooLate(uid)), end.asked);
     }
     switch (end.kind) {

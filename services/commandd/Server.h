@@ -57,7 +57,6 @@ class Server final : private JobTable::Service {
     bool acceptOne();
     void welcome(UniqueFd connection);
     void receive(Peer& peer);
-    void giveUpUnagreed(Peer& peer);
     void turnAway(Peer& peer, const Problem& problem);
     void answer(Peer& peer, const RequestEnd& end);
     void refuse(UniqueFd connection, uid_t uid, const std::string& answer, const std::string& asked = {});

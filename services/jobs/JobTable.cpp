@@ -29,9 +29,9 @@ constexpr std::ptrdiff_t kMostGivingWay = 16;
 /// Users whose account was looked up and is remembered, at most.
 constexpr std::size_t kMostAccounts = 256;
 
-RequestEnd endOf(const JobProcess& process) {
+RequestEnd endOf(const JobProcess& process, bool isLate) {
     const auto& answer = process.answer();
-    if (!answer) return {RequestEnd::Kind::died, {}, process.pid(), process.begun()};
+    if (!answer) return {RequestEnd::Kind::died, {}, process.pid(), process.begun(), {}, isLate};
     const auto kind = [&] {
         switch (answer->kind) {
             case GateAnswer::Kind::answered:
@@ -43,7 +43,7 @@ RequestEnd endOf(const JobProcess& process) {
         }
         return RequestEnd::Kind::notBegun;
     };
-    return {kind(), answer->text, process.pid(), process.begun(), answer->asked};
+    return {kind(), answer->text, process.pid(), process.begun(), answer->asked, isLate};
 }
 
 }  // namespace
@@ -159,7 +159,7 @@ void JobTable::listen(Job& job) {
 void JobTable::answer(Job& job) {
     if (std::exchange(job.isAnswered, true)) return;
     job.place.reset();
-    job.request->ended(endOf(job.process));
+    job.request->ended(endOf(job.process, job.isLate));
 }
 
 void JobTable::hear(Job& job, const JobProcess::Message& message) {
@@ -182,6 +182,7 @@ void JobTable::tell(const QuestionLine::Replies& replies) {
     for (const auto& [whom, denial] : replies) {
         const auto job = jobs_.find(whom);
         if (job == jobs_.end()) continue;
+        job->second.isDenied = denial.has_value();
         denial ? job->second.process.denyAsking(*denial) : job->second.process.letAsk();
     }
 }
@@ -199,11 +200,12 @@ void JobTable::giveUpUnagreed(const Request& request) {
     Job& job = found->second;
     // What it has said already counts: it may have got consent by now.
     listen(job);
-    if (job.process.begun() || job.isGivenUp || job.isAnswered) return;
+    if (job.process.begun() || job.isGivenUp || job.isAnswered || job.isDenied) return;
+    job.isLate = true;
     if (!questions_.isAsking(found->first)) return giveUp(job);
     job.isAnswered = true;
     job.process.tellLate();
-    job.request->ended({RequestEnd::Kind::notBegun, {}, found->first, false, job.asked});
+    job.request->ended({RequestEnd::Kind::notBegun, {}, found->first, false, job.asked, true});
 }
 
 bool JobTable::isEmpty() const {
@@ -218,6 +220,8 @@ void JobTable::giveUpWaiting() {
 
 void JobTable::giveUp(Job& job) {
     if (job.process.begun() || std::exchange(job.isGivenUp, true)) return;
+    // A no would be lost on it that the asker's next request is to have.
+    questions_.giveUp(job.process.pid());
     job.process.giveUp();
     // It may wait for something else than a person, for a user database that doesn't answer for example.
     job.killing = loop_.after(kTimeToGiveUp, [&job] { job.process.kill(); });
@@ -232,7 +236,7 @@ void JobTable::finish(pid_t pid) {
     reportDeath(ended);
     const auto job = jobs_.extract(pid);
     tell(questions_.leave(pid, QuestionLine::Time::clock::now()));
-    if (!job.mapped().isAnswered) job.mapped().request->ended(endOf(job.mapped().process));
+    if (!job.mapped().isAnswered) job.mapped().request->ended(endOf(job.mapped().process, job.mapped().isLate));
 }
 
 /// Of a process that nobody has told to end and that ends without an answer only the system knows why.
@@ -285,7 +289,7 @@ void JobTable::waitForRunning() noexcept {
         awaitEnd(job.key());
         try {
             job.mapped().process.listen();
-            if (!job.mapped().isAnswered) job.mapped().request->ended(endOf(job.mapped().process));
+            if (!job.mapped().isAnswered) job.mapped().request->ended(endOf(job.mapped().process, job.mapped().isLate));
             reportDeath(job.mapped());
         } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): the others are still to be waited for
         }

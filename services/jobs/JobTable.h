@@ -105,6 +105,8 @@ class JobTable {
         std::string asked = {};   ///< known once a person is to be asked; in one harmless line
         bool isAnswered = false;  ///< and only the question goes on, or its process ends
         bool isGivenUp = false;
+        bool isLate = false;    ///< nobody agreed in time
+        bool isDenied = false;  ///< was told somebody's no, which is its answer
         EventLoop::Watch channel;
         EventLoop::Watch end;
         EventLoop::Watch killing;

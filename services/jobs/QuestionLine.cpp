@@ -29,10 +29,15 @@ QuestionLine::Replies QuestionLine::over(pid_t who, const std::optional<std::str
     return replies;
 }
 
-QuestionLine::Replies QuestionLine::leave(pid_t who, Time now) {
-    if (isAsking(who)) return over(who, std::nullopt, now);
+void QuestionLine::giveUp(pid_t who) {
+    if (isAsking(who)) return;
     const auto subject = subjects_.extract(who);
     if (subject) std::erase(lines_.at(subject.mapped()).waiting, who);
+}
+
+QuestionLine::Replies QuestionLine::leave(pid_t who, Time now) {
+    if (isAsking(who)) return over(who, std::nullopt, now);
+    giveUp(who);
     return {};
 }
 

@@ -38,6 +38,9 @@ class QuestionLine {
     Replies ask(pid_t who, const std::string& subject, Time now);
     /// Its question is over; with `denial` somebody said no.
     Replies over(pid_t who, const std::optional<std::string>& denial, Time now);
+    /// It no longer waits for its turn: its request is given up. Nothing where it is its turn, or it has none to wait
+    /// for.
+    void giveUp(pid_t who);
     /// It has ended, whatever it was at.
     Replies leave(pid_t who, Time now);
     /// Whether a person is being asked for it.

@@ -24,6 +24,7 @@ struct RequestEnd {
     pid_t process = -1;
     bool begun = false;
     std::string asked = {};  ///< of denied, where the gate denied it: what was asked, in one harmless line; for the log
+    bool isLate = false;     ///< nobody agreed in time, and it was given up for that
 };
 
 /// Somebody's request on its way through the table. A service says with one of its own how requests come to it and how

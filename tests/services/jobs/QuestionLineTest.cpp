@@ -51,6 +51,17 @@ TEST_F(QuestionLineTest, HandsANoToAllWhoWait) {
     EXPECT_THAT(line_.ask(4, kWindow, now_), ElementsAre(turnOf(4))) << "the no was kept although somebody had it";
 }
 
+TEST_F(QuestionLineTest, LosesNoNoOnARequestThatIsGivenUp) {
+    line_.ask(1, kWindow, now_);
+    line_.ask(2, kWindow, now_);
+    line_.giveUp(2);
+    line_.giveUp(1);
+    EXPECT_TRUE(line_.isAsking(1)) << "a question that is open goes on";
+    EXPECT_THAT(line_.over(1, kNo, now_), IsEmpty());
+    EXPECT_THAT(line_.leave(2, now_), IsEmpty());
+    EXPECT_THAT(line_.ask(3, kWindow, now_ + 9s), ElementsAre(Reply{3, kNo}));
+}
+
 TEST_F(QuestionLineTest, HandsANoToOneFurtherRequestOfTheSameSubject) {
     line_.ask(1, kWindow, now_);
     line_.over(1, kNo, now_);
