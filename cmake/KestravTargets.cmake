@@ -11,7 +11,10 @@ find_package(Threads REQUIRED)
 find_package(PkgConfig REQUIRED)
 find_program(CCACHE ccache)
 if(CCACHE)
-  set(CMAKE_CXX_COMPILER_LAUNCHER "${CCACHE}")
+  # What one clone has compiled serves every other: nothing in an object tells where the tree stands but what a debugger is
+  # told of the folder it was built in. A precompiled header is compared by what is in it.
+  set(CMAKE_CXX_COMPILER_LAUNCHER env "CCACHE_BASEDIR=${CMAKE_SOURCE_DIR}" CCACHE_NOHASHDIR=1
+    CCACHE_SLOPPINESS=pch_defines,time_macros "${CCACHE}")
 endif()
 
 add_library(kestrav_warnings INTERFACE)
