@@ -105,6 +105,14 @@ TEST_F(UdevRegistry, MatchesNothingThatNoDeviceCanHave) {
     }
 }
 
+// The kernel has no such numbers; a registry that looked for them would take them from whoever plays the kernel.
+TEST_F(UdevRegistry, LooksForNothingThatHasMoreThanSixteenBits) {
+    bed_.plugIn(
+        "P: /devices/usb1/1-3\nE: SUBSYSTEM=usb\nE: DEVTYPE=usb_device\n"
+        "A: idVendor=110d6\nA: idProduct=1fd01\nA: product=Vast\nA: busnum=1\nA: devnum=3\n");
+    EXPECT_TRUE(UdevDeviceRegistry().usbDevices(0x110d6, 0x1fd01).devices.value().empty());
+}
+
 TEST_F(UdevRegistry, LosesAnUnpluggedAccessory) {
     bed_.plugInSimulated("accessory");
     EXPECT_EQ(found().size(), 1U);

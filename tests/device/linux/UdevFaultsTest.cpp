@@ -141,6 +141,12 @@ TEST_P(WalkInterruptedBefore, AnAttributeIsReadLeavesTheDeviceOut) {
 
 INSTANTIATE_TEST_SUITE_P(Attributes, WalkInterruptedBefore, testing::Values("busnum", "product", "serial", "size"));
 
+TEST_F(WalkInterrupted, LeavesADeviceOutThatWentSinceTheScan) {
+    faults().beforeDevice = "/usb1/1-2";
+    faults().somethingElse = [this] { unplug(); };
+    EXPECT_EQ(found(), 0U);
+}
+
 TEST_F(WalkInterrupted, LeavesADeviceOutWhoseDiskWentFirst) {
     faults().beforeDevice = "/block/sdzz";
     faults().somethingElse = [this] { unplugDisk(); };

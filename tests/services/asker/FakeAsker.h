@@ -20,6 +20,7 @@ class FakeAsker final : public Asker {
     bool prompts = true;
     bool wants = true;
     bool begins = true;
+    std::function<void()> looks;          ///< called whenever it is asked whether it still wants the answer
     std::optional<Problem> notItsTurn;    ///< none: it is
     std::optional<bool> decision;         ///< what it was told came of asking
     std::function<void()> answered;       ///< to be called where the asker is answered before a decision
@@ -41,7 +42,10 @@ class FakeAsker final : public Asker {
     }
     void whenAnswered(const std::function<void()>& handler) override { answered = handler; }
     void tellDecision(const Outcome<void>& told) override { decision = static_cast<bool>(told); }
-    bool stillWants() override { return wants; }
+    bool stillWants() override {
+        if (looks) looks();
+        return wants;
+    }
     bool mayBegin() override { return begins; }
 
   private:

@@ -14,11 +14,8 @@
 #include <unistd.h>
 #include <utility>
 
-#include "services/asker/BusAsker.h"
-#include "services/jobs/JobTable.h"
 #include "tests/TemporaryFolder.h"
-#include "tests/services/asker/FakeAsker.h"
-#include "tests/services/gate/GateWithoutDisks.h"
+#include "tests/services/jobs/JobTableOfATest.h"
 
 namespace kestrav {
 namespace {
@@ -32,89 +29,6 @@ using Kind = RequestEnd::Kind;
 constexpr uid_t kThirdUser = 2;
 constexpr uid_t kFourthUser = 3;
 constexpr uid_t kNobodyInParticular = 3'999'999'999;
-
-/// A service with one request, which ends with it.
-class JobTableOfATest : public GateWithoutDisks, public JobTable::Service {
-  protected:
-    class OneRequest final : public Request {
-      public:
-        OneRequest(JobTableOfATest& test, uid_t uid) : test_(test), asker_(uid) {}
-        Asker& asker() override { return asker_; }
-        Outcome<CommandLine> read() override { return CommandLine{"umount", {"/dev/sdzzs1"}}; }
-        void leaveService() override { test_.inRequest_ = true; }
-        void ended(const RequestEnd& end) override {
-            test_.end_ = end;
-            test_.table_.loop().end();
-        }
-
-      private:
-        JobTableOfATest& test_;
-        FakeAsker asker_;
-    };
-
-    void stop() override { table_.giveUpWaiting(); }
-    void takeNothingMore() noexcept override { tookNothingMore_ = true; }
-    bool giveWay(uid_t uid) override {
-        const auto oldest =
-            std::find_if(arriving_.begin(), arriving_.end(), [uid](const auto& peer) { return peer.first == uid; });
-        if (oldest == arriving_.end()) return false;
-        arriving_.erase(oldest);
-        return true;
-    }
-    /// Takes a place for a request that is still arriving.
-    std::string take(uid_t uid) {
-        auto place = table_.admit(uid);
-        if (!place) return place.problem().sentence;
-        arriving_.emplace_back(uid, std::move(place.value()));
-        return "taken";
-    }
-    std::size_t arriving(uid_t uid) const {
-        return static_cast<std::size_t>(
-            std::count_if(arriving_.begin(), arriving_.end(), [uid](const auto& peer) { return peer.first == uid; }));
-    }
-    void takeAllOf(uid_t first, uid_t second) {
-        for (int i = 0; i < 48; ++i)
-            ASSERT_EQ(take(first), "taken");
-        for (int i = 0; i < 8; ++i)
-            ASSERT_EQ(take(second), "taken");
-    }
-
-    /// Calls `handler` once consent is being asked for.
-    void onceAsked(std::function<void()> handler) {
-        consent_.meanwhile = [path = asked_, then = consent_.meanwhile] {
-            std::ofstream(path, std::ios::app) << '!';
-            then();
-        };
-        look(std::move(handler));
-    }
-    void look(std::function<void()> handler) {
-        looking_ = table_.loop().after(
-            10ms, [this, handler = std::move(handler)] { contentsOf(asked_).empty() ? look(handler) : handler(); });
-    }
-    const Request* start(uid_t uid) {
-        auto request = std::make_unique<OneRequest>(*this, uid);
-        const Request* const started = request.get();
-        table_.start(std::move(table_.admit(uid).value()), std::move(request));
-        return started;
-    }
-    RequestEnd endOf(uid_t uid) {
-        start(uid);
-        return awaited();
-    }
-    RequestEnd awaited() {
-        EXPECT_TRUE(table_.run());
-        return end_.value();
-    }
-
-    const TemporaryFolder folder_;
-    const std::string asked_ = folder_.path() / "asked";
-    JobTable table_{*this, gate_, requests_, refused("busy.")};
-    std::list<std::pair<uid_t, JobTable::Place>> arriving_;
-    std::optional<RequestEnd> end_;
-    EventLoop::Watch looking_;
-    bool inRequest_ = false;
-    bool tookNothingMore_ = false;
-};
 
 TEST_F(JobTableOfATest, HasARequestAnsweredByTheGate) {
     const RequestEnd end = endOf(kOtherUser);
@@ -173,7 +87,7 @@ TEST_F(JobTableOfATest, GivesAQuestionUpThatIsNoLongerWanted) {
 }
 
 TEST_F(JobTableOfATest, HandsANoToOneFurtherRequestOfTheSameAsker) {
-    consent_.meanwhile = [this] { std::ofstream(asked_, std::ios::app) << '!'; };
+    markQuestions();
     consent_.problem = deniedByAPerson();
     for (int i = 0; i < 2; ++i) {
         const RequestEnd end = endOf(kOtherUser);
@@ -187,7 +101,7 @@ TEST_F(JobTableOfATest, HandsANoToOneFurtherRequestOfTheSameAsker) {
 }
 
 TEST_F(JobTableOfATest, HandsOnNoTroubleWithAsking) {
-    consent_.meanwhile = [this] { std::ofstream(asked_, std::ios::app) << '!'; };
+    markQuestions();
     consent_.problem = refused("polkit is away.");
     endOf(kOtherUser);
     EXPECT_EQ(endOf(kOtherUser).text, "Refused: polkit is away.");
