@@ -2,11 +2,15 @@
 keep an update from its end, or it is told in a sentence."""
 
 import json
+import subprocess
+import tempfile
+from pathlib import Path
 
 from accessory import OTHER_VENDOR, SOUND, slow
 from bad_days import let_kernel_wait, wrote
 from disks import FIRMWARE, content
 from fronts import KestravctlCase
+from guest import PATIENCE
 from world import World
 
 SIZE = 512000
@@ -34,9 +38,11 @@ class Computer(KestravctlCase):
     def in_mid_write(self, meanwhile):
         """A write, and what happens meanwhile. It ends well."""
         accessory, update = self.begun()
-        meanwhile(accessory)
-        self.assertFalse(update.is_over())
-        accessory.change_memory(SOUND)
+        try:
+            meanwhile(accessory)
+            self.assertFalse(update.is_over())
+        finally:
+            accessory.change_memory(SOUND)
         told = update.wait()
         self.assertIn(wrote(SIZE, accessory.disk), told.answer, str(told))
         self.assert_status(told, 0)
@@ -85,6 +91,17 @@ class Daemons(Computer):
         self.assertIn("Refused: the authorization service (polkit) could not decide: ", result.err)
         self.assert_disk(accessory)
 
+    def test_a_frozen_polkit_keeps_a_user_waiting_for_so_long_and_root_not_at_all(self):
+        accessory, path, anna = self.plugged_for(), self.image(SMALL), World.person("anna")
+        self.root.run("systemctl", "start", "polkit.service")
+        self.while_stopped("polkit.service")
+        result = anna.run("kestravctl", "firmware", path, check=False, seconds=3 * PATIENCE)
+        self.assertEqual(result.status, 4, str(result))
+        self.assertIn("Refused: nobody has agreed within 50 seconds; nothing was done.", result.err)
+        told = self.update("firmware", path)
+        self.resumed("polkit.service")
+        self.assert_written(accessory, told)
+
     def test_an_update_needs_no_udev_once_the_disk_has_its_names(self):
         accessory = self.plugged_for()
         self.without_udev()
@@ -132,6 +149,22 @@ class MidWrite(Computer):
             self.assertIn("Kestrav", refused.err)
         self.in_mid_write(suspend)
 
+    def test_a_sleep_in_mid_write_is_slept_through(self):
+        # Without logind being asked, as far as the kernel's own test of it goes: everybody is frozen and, after five
+        # seconds, thawed. The guest's disks would not live through more. Nor does the kernel write back first what it has
+        # in its memory, which would wait for the accessory, too. That one answers within the time that everybody is given
+        # to be frozen; its memory is a thread of this kernel, which is frozen as well.
+        self.addCleanup(self.root.sh, "cd /sys/power; echo none >pm_test; echo 1 >sync_on_suspend")
+        self.root.sh("cd /sys/power; echo freezer >pm_test; echo 0 >sync_on_suspend")
+        accessory = self.plugged_for(SIZE, table=slow(8_000))
+        update = self.start("firmware", self.image(SIZE), verify=False)
+        self.wait_until_begun(accessory, SIZE)
+        self.root.sh("echo freeze >/sys/power/state")
+        told = update.wait()
+        self.assertIn(wrote(SIZE, accessory.disk), told.answer, str(told))
+        self.assert_status(told, 0)
+        self.assert_disk(accessory)
+
     def test_the_service_is_restarted_and_ends_its_write_first(self):
         def restart(_accessory):
             self.root.run("systemctl", "restart", "--no-block", "kestrav-commandd.service")
@@ -141,27 +174,75 @@ class MidWrite(Computer):
 
 
 class Packages(Computer):
-    """dpkg while a write goes on. It waits for the write, as the service does not end before. What unpacks takes longer on
-    the emulated computer than a write can be held up, so it is a removal."""
+    """dpkg while a write goes on. It waits for the write, as the service does not end before."""
+
+    UNIT = "kestrav-commandd.service"
 
     def package(self):
         return sorted(World.packages.glob("kestrav-commandd_*.deb"))[0]
 
-    def in_mid_write_of_dpkg(self, *words):
-        jobs = []
+    def later_package(self):
+        """The same programs as a later version."""
+        with tempfile.TemporaryDirectory() as folder:
+            subprocess.run(["dpkg-deb", "-R", self.package(), folder], check=True)
+            control = Path(folder) / "DEBIAN/control"
+            lines = [line + "+later" if line.startswith("Version: ") else line
+                     for line in control.read_text(encoding="utf-8").splitlines()]
+            control.write_text("\n".join(lines) + "\n", encoding="utf-8")
+            later = self.guest.exchange / "later.deb"
+            subprocess.run(["dpkg-deb", "--root-owner-group", "-Znone", "-b", folder, later], check=True,
+                           stdout=subprocess.DEVNULL)
+        return later
 
-        def begin(_accessory):
-            jobs.append(self.root.start("dpkg", "--no-triggers", *words))
-            self.wait_until(lambda: "deactivating" in self.root.sh(
-                "systemctl show -p ActiveState --value kestrav-commandd.service").out, "it is not told to end")
-        self.in_mid_write(begin)
-        result = jobs[0].wait()
+    def shown(self, what):
+        return self.root.run("systemctl", "show", "-p", what, "--value", self.UNIT).out.strip()
+
+    def dpkg(self, *words):
+        return ["dpkg", "--no-triggers", "--force-depends", "--force-downgrade", *words]
+
+    def installing(self, package):
+        return self.dpkg("--install", f"/e2e/exchange/{package.name}")
+
+    def in_mid_write_of_dpkg(self, command):
+        """What writes is held as long as dpkg needs to come to the service: longer than a disk may keep a flush back."""
+        accessory, update = self.begun()
+        writer = self.root.run("pgrep", "-P", self.shown("MainPID")).out.strip()
+        self.root.run("kill", "-STOP", writer)
+        accessory.change_memory(SOUND)
+        dpkg = self.root.start(*command)
+        try:
+            self.wait_until(lambda: dpkg.look().status is not None or self.shown("ActiveState") == "deactivating",
+                            "it is not told to end")
+            self.assertFalse(update.is_over())
+        finally:
+            self.root.run("kill", "-CONT", writer)
+        told = update.wait()
+        self.wait_for_log(wrote(SIZE, accessory.disk), "kestrav-commandd")
+        self.assert_status(told, 0)
+        self.assert_disk(accessory)
+        result = dpkg.wait()
         self.assertEqual(result.status, 0, str(result))
 
+    def assert_exchanged_in_mid_write(self, package):
+        """The write ends with the service that began it; the next update is the new one's."""
+        self.root.run("systemctl", "start", self.UNIT)
+        before = self.shown("MainPID")
+        self.in_mid_write_of_dpkg(self.installing(package))
+        version = subprocess.run(["dpkg-deb", "-f", package, "Version"], capture_output=True, text=True, check=True).stdout
+        self.assertEqual(self.root.run("dpkg-query", "-W", "-f", "${Version} ${db:Status-Abbrev}", "kestrav-commandd").out,
+                         f"{version.strip()} ii ")
+        accessory = self.plugged_for(port=1, serial="next")
+        self.assert_written(accessory, self.update("firmware", self.image(SMALL)))
+        self.assertNotIn(self.shown("MainPID"), ("0", before))
+
+    def test_an_upgrade_and_a_downgrade_wait_for_the_write(self):
+        self.addCleanup(self.root.run, *self.installing(self.package()))
+        self.assert_exchanged_in_mid_write(self.later_package())
+        self.assert_exchanged_in_mid_write(self.package())
+
     def test_a_removal_waits_for_the_write_and_the_next_update_finds_no_service(self):
-        self.addCleanup(self.root.run, "dpkg", "--no-triggers", "--force-depends", "--force-downgrade", "--install",
-                        f"/e2e/exchange/{self.package().name}")
-        self.in_mid_write_of_dpkg("--force-depends", "--remove", "kestrav-commandd")
+        self.addCleanup(self.root.run, *self.installing(self.package()))
+        self.in_mid_write_of_dpkg(self.dpkg("--remove", "kestrav-commandd"))
         accessory = self.plugged(port=1, serial="next")
         told = self.update("firmware", self.image(SMALL))
         self.assert_status(told, 1)
