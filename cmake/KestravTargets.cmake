@@ -39,12 +39,20 @@ function(kestrav_library name)
   target_link_libraries(${name} PUBLIC ${arg_PUBLIC} PRIVATE $<BUILD_INTERFACE:kestrav_warnings> ${arg_PRIVATE})
 endfunction()
 
+# What counts the lines that are reached has to be in each program.
+function(kestrav_count_at_exit name)
+  if(TARGET count_at_exit)
+    target_link_libraries(${name} PRIVATE count_at_exit)
+  endif()
+endfunction()
+
 # kestrav_program(NAME SOURCES file... LINKS target...): a program, built into bin/.
 function(kestrav_program name)
   cmake_parse_arguments(arg "" "" "SOURCES;LINKS" ${ARGN})
   add_executable(${name} ${arg_SOURCES})
   target_include_directories(${name} PRIVATE "${CMAKE_SOURCE_DIR}")
   target_link_libraries(${name} PRIVATE kestrav_warnings ${arg_LINKS})
+  kestrav_count_at_exit(${name})
 endfunction()
 
 # kestrav_test(NAME SOURCES file... LINKS target... [WRAPPER command...] [TIMEOUT seconds] [SERIAL])
@@ -59,6 +67,7 @@ function(kestrav_test name)
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
   target_include_directories(${name} PRIVATE "${CMAKE_SOURCE_DIR}")
   target_link_libraries(${name} PRIVATE kestrav_warnings ${arg_LINKS} GTest::gmock GTest::gtest_main)
+  kestrav_count_at_exit(${name})
   target_precompile_headers(${name} REUSE_FROM gmock_header)
   if(arg_WRAPPER)
     set_target_properties(${name} PROPERTIES CROSSCOMPILING_EMULATOR "${arg_WRAPPER}")
