@@ -1,5 +1,5 @@
-// For the build that counts what the tests reach: a process that ends by _exit(2), as each request's does, would take its
-// counts with it. The linker puts this in place of that call.
+// For the build that counts what the tests reach: a process that ends by _exit(2), as each request's does, would take
+// its counts with it. The linker puts this in place of that call.
 
 #include <fcntl.h>
 #include <unistd.h>
