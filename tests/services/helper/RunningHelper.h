@@ -11,28 +11,17 @@
 #include <utility>
 #include <vector>
 
-#include "tests/TemporaryFolder.h"
 #include "tests/childrenOf.h"
 #include "tests/eventually.h"
 #include "tests/sandbox/ChildProcess.h"
-#include "tests/sandbox/Sandbox.h"
-#include "tests/sandbox/SystemDaemons.h"
 #include "tests/sandbox/runProgram.h"
-#include "tests/services/SimulatedAccessory.h"
+#include "tests/services/ServiceRoom.h"
 #include "tests/services/helper/HelperCaller.h"
-#include "tests/services/linesSaying.h"
 #include "tests/signalOne.h"
 
 namespace kestrav {
 
-inline constexpr const char* kBless = "/usr/libexec/kestrav/kestrav-bless";
 inline constexpr const char* kLog = "/run/helper.log";
-inline constexpr const char* kImage = "/run/image.fds";
-inline constexpr uid_t kAdmin = 4711;
-inline constexpr uid_t kGuest = 4712;
-inline constexpr std::size_t kDiskBytes = std::size_t{4} << 20U;
-inline constexpr std::streamoff kFirmwareByte = 786432;
-
 inline const std::vector<std::string> kWrite{std::string("if=") + kImage, "of=/dev/rsdzz", "seek=1536", "bs=512"};
 
 inline std::string callUnmount() {
@@ -45,23 +34,17 @@ inline std::string callWrite() {
 
 /// The real helper, installed by the real installer, on a real system bus with the real polkitd, beside a simulated
 /// accessory; nobody but this test sees any of it.
-class Helper : public testing::Test {
+class Helper : public ServiceRoom {
   protected:
-    explicit Helper(std::string disk = patternOf(kDiskBytes, 7)) : before_(std::move(disk)) {}
+    using ServiceRoom::ServiceRoom;
 
     void SetUp() override {
-        if (!Sandbox::isPossible()) GTEST_SKIP() << "needs root";
-        accessory_.emplace(before_);
-        room_.emplace();
-        addAccount("kestrav-admin", kAdmin, true);
-        addAccount("kestrav-guest", kGuest, false);
+        ServiceRoom::SetUp();
+        if (IsSkipped()) return;
         std::filesystem::create_directory("/usr/libexec/kestrav");
         std::filesystem::copy_file(KESTRAV_BLESS, kBless);
         std::filesystem::copy_file(KESTRAV_HELPER, "/usr/libexec/kestrav/kestrav-helper");
-        SystemDaemons::addActions(kBless);
         ASSERT_EQ(runProgram({kBless, "install"}).exitStatus, 0);
-        std::ofstream(kImage, std::ios::binary) << image_;
-        std::filesystem::permissions(kImage, std::filesystem::perms(0644));
     }
 
     /// `decision`: see SystemDaemons.
@@ -94,25 +77,10 @@ class Helper : public testing::Test {
         return children.empty() ? -1 : children.front();
     }
 
-    bool diskIsUntouched() const { return accessory_->diskBytes() == before_; }
-    bool diskHasTheImage() const {
-        std::string after = before_;
-        return accessory_->diskBytes() == after.replace(kFirmwareByte, image_.size(), image_);
-    }
-
-    /// Nothing was done, and exactly one line of the log is about that user and says so.
     void expectOneRefusal(uid_t uid, const std::string& words) const {
-        EXPECT_TRUE(diskIsUntouched());
-        const std::string who = "kestrav-helper: user " + std::to_string(uid) + ": ";
-        EXPECT_EQ(linesSaying(log(), who), 1U) << log();
-        EXPECT_EQ(linesSaying(log(), words), 1U) << log();
+        ServiceRoom::expectOneRefusal("kestrav-helper", log(), uid, words);
     }
 
-    const std::string before_;
-    const std::string image_ = patternOf(40000, 3);
-    std::optional<SimulatedAccessory> accessory_;
-    std::optional<Sandbox> room_;
-    SystemDaemons daemons_;
     ChildProcess helper_;
 };
 
