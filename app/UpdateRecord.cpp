@@ -1,7 +1,7 @@
 #include "app/UpdateRecord.h"
 
-#include <algorithm>
 #include <filesystem>
+#include <string>
 #include <system_error>
 #include <utility>
 
@@ -10,15 +10,10 @@
 namespace kestrav {
 namespace {
 
-constexpr std::string_view kInput = "if=";
-
 /// How long the image is now: the engine has just read it.
-std::int64_t lengthOfImage(std::span<const std::string> arguments) {
-    const auto input =
-        std::ranges::find_if(arguments, [](std::string_view argument) { return argument.starts_with(kInput); });
-    if (input == arguments.end()) return 0;
+std::int64_t lengthOf(const std::string& image) {
     std::error_code error;
-    const auto bytes = std::filesystem::file_size(input->substr(kInput.size()), error);
+    const auto bytes = std::filesystem::file_size(image, error);
     return error ? 0 : static_cast<std::int64_t>(bytes);
 }
 
@@ -38,7 +33,7 @@ void UpdateRecord::asked(std::string_view command, std::span<const std::string> 
     asks_(kind);
     if (kind == AnswerTo::Kind::write) {
         request_ = writeRequestIn(arguments);
-        request_.bytes = lengthOfImage(arguments);
+        request_.bytes = lengthOf(request_.image);
         watch_.expect(request_.bytes);
     }
     watch_.asked(command, arguments);

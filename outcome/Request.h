@@ -10,6 +10,7 @@ struct Request {
     std::string disk;             ///< the kernel's name of the accessory's
     std::int64_t firstBlock = 0;  ///< of the place on the disk, in blocks of 512 bytes
     std::int64_t bytes = 0;       ///< of the image, or of the blocks that were asked for
+    std::string image = {};       ///< its path, where one is to be written and the engine's arguments told it
 };
 
 }  // namespace kestrav

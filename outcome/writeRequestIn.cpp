@@ -15,7 +15,7 @@ std::string_view valueOf(std::string_view key, std::span<const std::string> argu
 }  // namespace
 
 Request writeRequestIn(std::span<const std::string> arguments) {
-    Request request{std::string(valueOf("of=/dev/r", arguments)), 0, 0};
+    Request request{std::string(valueOf("of=/dev/r", arguments)), 0, 0, std::string(valueOf("if=", arguments))};
     const std::string_view block = valueOf("seek=", arguments);
     std::from_chars(block.data(), block.data() + block.size(), request.firstBlock);
     return request;
