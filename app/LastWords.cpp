@@ -4,7 +4,6 @@
 #include <climits>
 #include <csignal>
 #include <fcntl.h>
-#include <optional>
 #include <sys/prctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -38,16 +37,18 @@ void listenForEndingSignals(void (*handler)(int)) {
     }
 }
 
-/// What was going on when the process at the other end stopped; nothing if it ended on purpose.
-std::optional<LastScene> sceneOfTheEnd(int socket) {
-    LastScene scene;
+/// What was going on when the process at the other end stopped; nothing if it ended on purpose. Allocates nothing: the
+/// scene's path has room for the longest.
+const LastScene* sceneOfTheEnd(int socket, LastScene& scene) {
     std::array<char, PATH_MAX + 1> record{};
     for (;;) {
         const ssize_t size = retry([&] { return ::recv(socket, record.data(), record.size(), 0); });
-        if (size <= 0) return scene;
+        if (size <= 0) return &scene;
         switch (record.front()) {
             case kBegins:
-                scene = {true, false, std::string(record.data() + 1, static_cast<std::size_t>(size) - 1)};
+                scene.isUpdating = true;
+                scene.mayBeWritten = false;
+                scene.path.assign(record.data() + 1, static_cast<std::size_t>(size) - 1);
                 break;
             case kWrites:
                 scene.mayBeWritten = true;
@@ -56,32 +57,39 @@ std::optional<LastScene> sceneOfTheEnd(int socket) {
                 scene.isUpdating = false;
                 break;
             default:
-                return std::nullopt;
+                return nullptr;
         }
     }
 }
 
-/// Whoever waits for the end of the program's output must not have to wait for this process as well.
-void leaveTheOutput() {
-    const UniqueFd nothing(::open("/dev/null", O_RDWR | O_CLOEXEC));
+/// Leaves the standard descriptors, on /dev/null, and the socket, and gives its number. Whoever waits for the end of
+/// the program's output, of its display's or its bus's connection must not have to wait for this process as well.
+int leaveAllBut(int socket) {
+    constexpr int kSocket = STDERR_FILENO + 1;
+    // Where a program is started without them, the socket may have the number of a standard descriptor.
+    const int above = ::fcntl(socket, F_DUPFD_CLOEXEC, kSocket + 1);
+    const int nothing = ::open("/dev/null", O_RDWR);
     for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
-        ::dup2(nothing.get(), standard);
+        ::dup2(nothing, standard);
+    ::dup3(above, kSocket, O_CLOEXEC);
+    ::close_range(kSocket + 1, ~0U, 0);
+    return kSocket;
 }
 
 }  // namespace
 
-LastWords::LastWords(const std::function<void(const LastScene&)>& tell) {
+void LastWords::begin(const std::function<void(const LastScene&)>& tell) {
     std::array<int, 2> ends{-1, -1};
     if (::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()) != 0) return;
     UniqueFd here(ends[0]);
-    UniqueFd there(ends[1]);
+    const UniqueFd there(ends[1]);
+    LastScene scene;
+    scene.path.reserve(PATH_MAX);
     const pid_t child = ::fork();
     if (child < 0) return;
     if (child == 0) {
-        here.reset();
-        leaveTheOutput();
-        ::prctl(PR_SET_NAME, "kestrav-witness");
-        if (const auto scene = sceneOfTheEnd(there.get())) tell(*scene);
+        ::prctl(PR_SET_NAME, kProcessName);
+        if (const LastScene* last = sceneOfTheEnd(leaveAllBut(there.get()), scene)) tell(*last);
         ::_exit(0);
     }
     other_ = std::move(here);

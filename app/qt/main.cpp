@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <sys/prctl.h>
 #include <thread>
 
 #include "app/AnswerSinks.h"
@@ -100,6 +101,7 @@ class Program {
 
     /// Whatever the person need not wait for to see the window.
     void beginAfterTheFirstPicture() {
+        lastWords_.begin([](const LastScene& scene) { scene.handOver(); });
         showIcon();
         accessories_.begin();
         window_.panel().showAsking();
@@ -157,20 +159,29 @@ int run(LastWords& lastWords) {
     return QApplication::exec();
 }
 
+/// In the place of the process that has outlived another window.
+int tellLastWords(int argc, char* argv[], const LastScene& scene) {
+    // Executed, it has lost its name.
+    ::prctl(PR_SET_NAME, LastWords::kProcessName);
+    const DisplayCheck check;
+    const QApplication application(argc, argv);
+    introduce();
+    showIcon();
+    showLastWords(scene);
+    return 0;
+}
+
 }  // namespace
 }  // namespace kestrav
 
 int main(int argc, char* argv[]) {
+    if (const auto scene = kestrav::LastScene::handedOver({argv, static_cast<std::size_t>(argc)})) {
+        return kestrav::tellLastWords(argc, argv, *scene);
+    }
     // A thread's memory of its own is kept when the thread has gone, and the threads here do little at the same time.
     ::mallopt(M_ARENA_MAX, 1);
-    // Static, for its end is heard at std::exit(), too; first, for threads don't get along with a second process.
-    static kestrav::LastWords lastWords([&](const kestrav::LastScene& scene) {
-        const kestrav::DisplayCheck check;
-        const QApplication application(argc, argv);
-        kestrav::introduce();
-        kestrav::showIcon();
-        kestrav::showLastWords(scene);
-    });
+    // Static, for its end is heard at std::exit(), too.
+    static kestrav::LastWords lastWords;
     // Reading the fonts' configuration is a third of the work until the window is there, and needs nothing of the
     // toolkit: it is done while the toolkit waits for the display.
     std::thread fonts([] { FcInit(); });

@@ -2,10 +2,12 @@
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
+#include <fstream>
 #include <functional>
 #include <gtest/gtest.h>
 #include <optional>
 #include <string>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
@@ -14,6 +16,8 @@
 #include "app/LastWords.h"
 #include "base/UniqueFd.h"
 #include "base/retry.h"
+#include "base/wordPointers.h"
+#include "tests/TemporaryFolder.h"
 
 namespace kestrav {
 namespace {
@@ -27,31 +31,28 @@ class AnyButton final : public Button {
 const AnyButton kSender;
 const std::vector<std::string> kWrite{"if=/some/image.fds", "of=/dev/rsdzz", "seek=1536"};
 
-/// What the other process says of a program that does this and has not ended by then; empty if it says nothing.
-/// `status` is how the program ended.
+/// Runs a program in a process of its own, whose last words a process beside it appends to a file. Gives what is in the
+/// file when both have ended; `status` is how the program ended.
 std::string toldOf(const std::function<void(LastWords&)>& program, int& status) {
-    std::array<int, 2> ends{-1, -1};
-    EXPECT_EQ(::pipe2(ends.data(), O_CLOEXEC), 0);
-    const UniqueFd hear(ends[0]);
-    UniqueFd say(ends[1]);
+    const TemporaryFolder folder;
+    const std::string told = folder.file("told", {});
+    // The process that outlives the program becomes this one's child.
+    EXPECT_EQ(::prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
     const pid_t child = ::fork();
     if (child == 0) {
-        static LastWords words([&say](const LastScene& scene) {
-            const std::string told = std::string(scene.isUpdating ? "updating " : "idle ") +
-                                     (scene.mayBeWritten ? "maybe " : "nothing ") + scene.path + '|';
-            static_cast<void>(::write(say.get(), told.data(), told.size()));
+        static LastWords words;
+        words.begin([&told](const LastScene& scene) {
+            std::ofstream(told, std::ios::app) << (scene.isUpdating ? "updating " : "idle ")
+                                               << (scene.mayBeWritten ? "maybe " : "nothing ") << scene.path << '|';
         });
         program(words);
         std::exit(0);
     }
-    say.reset();
-    std::string told;
-    std::array<char, 200> piece{};
-    // It ends when both processes have.
-    for (ssize_t size = 0; (size = retry([&] { return ::read(hear.get(), piece.data(), piece.size()); })) > 0;)
-        told.append(piece.data(), static_cast<std::size_t>(size));
-    EXPECT_EQ(retry([&] { return ::waitpid(child, &status, 0); }), child);
-    return told;
+    int its = 0;
+    for (pid_t ended = 0; (ended = retry([&] { return ::waitpid(-1, &its, 0); })) > 0;) {
+        if (ended == child) status = its;
+    }
+    return contentsOf(told);
 }
 
 std::string toldOf(const std::function<void(LastWords&)>& program) {
@@ -125,6 +126,42 @@ TEST(LastWords, KeepTheLongestPath) {
                   std::abort();
               }),
               "updating nothing " + path + '|');
+}
+
+TEST(LastWords, AreOfNobodyBeforeTheyBegin) {
+    LastWords words;
+    words.updateBegins(kSender, "/some/image.fds");
+    words.asked("dd", kWrite);
+    words.endsOnPurpose();
+}
+
+TEST(LastWords, HoldNothingOfTheProgramOpen) {
+    std::array<int, 2> ends{-1, -1};
+    ASSERT_EQ(::pipe2(ends.data(), O_CLOEXEC), 0);
+    const UniqueFd here(ends[0]);
+    UniqueFd there(ends[1]);
+    LastWords words;
+    words.begin([](const LastScene&) {});
+    there.reset();
+    char none = 0;
+    // The end of what the program says comes, although the other process lives.
+    EXPECT_EQ(retry([&] { return ::read(here.get(), &none, 1); }), 0);
+}
+
+std::optional<LastScene> handedOver(const std::vector<std::string>& arguments) {
+    const std::vector<char*> pointers = wordPointers(arguments);
+    return LastScene::handedOver({pointers.data(), arguments.size()});
+}
+
+TEST(LastWords, AreHandedOverByArgumentsAlone) {
+    EXPECT_FALSE(handedOver({"kestrav"}));
+    EXPECT_FALSE(handedOver({"kestrav", "--last-words", "idle", "untouched"}));
+    EXPECT_FALSE(handedOver({"kestrav", "--last-words", "sleeping", "untouched", "/image"}));
+    EXPECT_FALSE(handedOver({"kestrav", "--last-words", "idle", "written", "/image"}));
+    EXPECT_FALSE(handedOver({"kestrav", "--other-words", "idle", "untouched", "/image"}));
+    const auto scene = handedOver({"kestrav", "--last-words", "updating", "untouched", ""});
+    ASSERT_TRUE(scene);
+    EXPECT_TRUE(scene->isUpdating && !scene->mayBeWritten && scene->path.empty());
 }
 
 }  // namespace
