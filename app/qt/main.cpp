@@ -1,5 +1,4 @@
 #include <QApplication>
-#include <QFontDatabase>
 #include <QStandardPaths>
 #include <cstdlib>
 #include <fontconfig/fontconfig.h>
@@ -178,8 +177,9 @@ int main(int argc, char* argv[]) {
     if (const auto scene = kestrav::LastScene::handedOver({argv, static_cast<std::size_t>(argc)})) {
         return kestrav::tellLastWords(argc, argv, *scene);
     }
-    // A thread's memory of its own is kept when the thread has gone, and the threads here do little at the same time.
-    ::mallopt(M_ARENA_MAX, 1);
+    // The threads here do little at the same time, and a thread's memory of its own is kept when the thread has gone.
+    // With one beside the main thread's, the fonts' configuration and the toolkit don't wait for each other.
+    ::mallopt(M_ARENA_MAX, 2);
     // Static, for its end is heard at std::exit(), too.
     static kestrav::LastWords lastWords;
     // Reading the fonts' configuration is a third of the work until the window is there, and needs nothing of the
@@ -189,7 +189,5 @@ int main(int argc, char* argv[]) {
     const QApplication application(argc, argv);
     check.reset();
     fonts.join();
-    // The toolkit's list of the fonts is all threads'; whoever has a text to measure waits for it.
-    const std::jthread list([font = QApplication::font().family()] { QFontDatabase::hasFamily(font); });
     return kestrav::run(lastWords);
 }

@@ -1,10 +1,10 @@
-// What kestravctl calls of libsystemd, by its own names.
+// What the front ends call of libsystemd, by its own names.
 
 #include <cstdarg>
 #include <systemd/sd-bus.h>
 #include <systemd/sd-login.h>
 
-#include "cli/late/LateLibrary.h"
+#include "base/late/LateLibrary.h"
 
 namespace {
 

@@ -1,5 +1,6 @@
-#include "cli/late/LateLibrary.h"
+#include "base/late/LateLibrary.h"
 
+#include <cerrno>
 #include <dlfcn.h>
 #include <iostream>
 #include <string>
@@ -13,7 +14,7 @@ namespace {
     // Copied first: the words are gone once anything else has been looked up.
     const char* const words = ::dlerror();
     const std::string reason = words != nullptr ? words : "unknown error";
-    std::cerr << "kestravctl: error while loading shared libraries: " << reason
+    std::cerr << program_invocation_short_name << ": error while loading shared libraries: " << reason
               << ". Install the package of that library." << std::endl;
     ::_exit(kStatusOfTheLoader);
 }

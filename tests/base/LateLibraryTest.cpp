@@ -1,7 +1,7 @@
 #include <cmath>
 #include <gtest/gtest.h>
 
-#include "cli/late/LateLibrary.h"
+#include "base/late/LateLibrary.h"
 
 namespace kestrav {
 namespace {
@@ -16,7 +16,7 @@ TEST(LateLibrary, FindsAFunctionOfTheLibrary) {
 TEST(LateLibraryDeathTest, EndsAsTheLoaderDoesWhereTheLibraryIsMissing) {
     constexpr LateLibrary kNone("libkestrav-none.so.7");
     EXPECT_EXIT(kNone.function<void()>("anything"), ExitedWithCode(127),
-                "^kestravctl: error while loading shared libraries: libkestrav-none.so.7: cannot open shared object "
+                "^base_test: error while loading shared libraries: libkestrav-none.so.7: cannot open shared object "
                 "file: .*. Install the package of that library.\n$");
 }
 

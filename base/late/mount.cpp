@@ -1,8 +1,8 @@
-// What kestravctl calls of libmount, by its own names.
+// What the front ends call of libmount, by its own names.
 
 #include <libmount.h>
 
-#include "cli/late/LateLibrary.h"
+#include "base/late/LateLibrary.h"
 
 namespace {
 
