@@ -62,15 +62,15 @@ const LastScene* sceneOfTheEnd(int socket, LastScene& scene) {
     }
 }
 
-/// Leaves the standard descriptors, on /dev/null, and the socket, and gives its number. Whoever waits for the end of
+/// Leaves the standard descriptors, on `nothing`, and the socket, and gives its number. Whoever waits for the end of
 /// the program's output, of its display's or its bus's connection must not have to wait for this process as well.
-int leaveAllBut(int socket) {
+int leaveAllBut(int socket, int nothing) {
     constexpr int kSocket = STDERR_FILENO + 1;
     // Where a program is started without them, the socket may have the number of a standard descriptor.
     const int above = ::fcntl(socket, F_DUPFD_CLOEXEC, kSocket + 1);
-    const int nothing = ::open("/dev/null", O_RDWR);
+    const int null = ::fcntl(nothing, F_DUPFD_CLOEXEC, kSocket + 1);
     for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
-        ::dup2(nothing, standard);
+        ::dup2(null, standard);
     ::dup3(above, kSocket, O_CLOEXEC);
     ::close_range(kSocket + 1, ~0U, 0);
     return kSocket;
@@ -83,13 +83,14 @@ void LastWords::begin(const std::function<void(const LastScene&)>& tell) {
     if (::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()) != 0) return;
     UniqueFd here(ends[0]);
     const UniqueFd there(ends[1]);
+    const UniqueFd nothing(::open("/dev/null", O_RDWR | O_CLOEXEC));
     LastScene scene;
     scene.path.reserve(PATH_MAX);
     const pid_t child = ::fork();
     if (child < 0) return;
     if (child == 0) {
         ::prctl(PR_SET_NAME, kProcessName);
-        if (const LastScene* last = sceneOfTheEnd(leaveAllBut(there.get()), scene)) tell(*last);
+        if (const LastScene* last = sceneOfTheEnd(leaveAllBut(there.get(), nothing.get()), scene)) tell(*last);
         ::_exit(0);
     }
     other_ = std::move(here);
