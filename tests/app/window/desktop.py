@@ -7,6 +7,7 @@ mouse and keyboard of that display.
 import os
 import re
 import shutil
+import signal
 import subprocess
 
 from road import PROGRAMS, RoadTest
@@ -72,9 +73,17 @@ class DesktopTest(RoadTest):
         self.store = self.home / ".local/share/com.corvatel.Kestrav/CocoaAppCD.storedata"
 
     def start(self, command, **options):
-        process = subprocess.Popen([*map(str, command)], env=self.environment, **self.person, **options)
-        self.addCleanup(self.end, process)
+        process = subprocess.Popen([*map(str, command)], env=self.environment, start_new_session=True, **self.person,
+                                   **options)
+        self.addCleanup(self.end_with_children, process)
         return process
+
+    @staticmethod
+    def end_with_children(process):
+        """A window that still installs must not do so on the computer when the case's own folders have gone."""
+        if process.poll() is None:
+            os.killpg(process.pid, signal.SIGKILL)
+        process.wait(timeout=20)
 
     def bring_up_the_desktop(self):
         self.known = {}

@@ -19,7 +19,7 @@ class ShowWindow(DesktopTest):
         """Runs an update in the window that `command` opens, and closes it."""
         path = self.image(3000)
         with open(self.folder / "service.log", "wb") as log:
-            self.window = self.start(command, stdin=subprocess.DEVNULL, stdout=log, stderr=log, start_new_session=True)
+            self.window = self.start(command, stdin=subprocess.DEVNULL, stdout=log, stderr=log)
         self.addCleanup(self.end_all, self.window.pid)
         self.wait_until_installed()
         self.wait_until_usable()
