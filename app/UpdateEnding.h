@@ -14,6 +14,7 @@ enum class UpdateEnding {
     noAccessory,            ///< nothing was handed over: none has been found
     notHandedOver,          ///< nothing was handed over, for a reason that the log tells
     cannotConnect,          ///< the service's address can't be reached
+    noDescriptorLeft,       ///< too many files are open for a connection to it
     notRunning,             ///< nobody listens there
     notAcceptedInTime,      ///< somebody listens and does not take the connection
     notSent,                ///< the connection broke before the request had gone out whole

@@ -70,7 +70,7 @@ UpdateEnding endingOf(const UpdateFacts& facts) {
         case Finding::cannotConnect:
             return UpdateEnding::cannotConnect;
         case Finding::noDescriptorLeft:
-            return UpdateEnding::notHandedOver;
+            return UpdateEnding::noDescriptorLeft;
         case Finding::notRunning:
             return UpdateEnding::notRunning;
         case Finding::notAcceptedInTime:

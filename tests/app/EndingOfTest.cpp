@@ -100,7 +100,7 @@ std::vector<Row> silentRows() {
     return {
         {"HostNotFound", unanswered(Why::hostNotFound), UpdateEnding::cannotConnect, Kind::notWritten},
         {"ConnectingFailed", unanswered(Why::connectingFailed), UpdateEnding::cannotConnect, Kind::notWritten},
-        {"NoDescriptorLeft", unanswered(Why::noDescriptorLeft), UpdateEnding::notHandedOver, Kind::notWritten},
+        {"NoDescriptorLeft", unanswered(Why::noDescriptorLeft), UpdateEnding::noDescriptorLeft, Kind::notWritten},
         {"NotAccepted", unanswered(Why::notAccepted), UpdateEnding::notRunning, Kind::notWritten},
         {"NotAcceptedInTime", unanswered(Why::notAcceptedInTime), UpdateEnding::notAcceptedInTime, Kind::notWritten},
         {"NotSent", unanswered(Why::notSent), UpdateEnding::notSent, Kind::notWritten},

@@ -20,6 +20,7 @@ inline constexpr std::array kEveryEnding{
     UpdateEnding::noAccessory,
     UpdateEnding::notHandedOver,
     UpdateEnding::cannotConnect,
+    UpdateEnding::noDescriptorLeft,
     UpdateEnding::notRunning,
     UpdateEnding::notAcceptedInTime,
     UpdateEnding::notSent,

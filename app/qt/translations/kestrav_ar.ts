@@ -500,6 +500,14 @@
         <source>Nobody knows: the service died while it wrote.</source>
         <translation>لا أحد يعلم: توقفت الخدمة وهي تكتب.</translation>
     </message>
+    <message>
+        <source>Not written: too many files are open for a connection to the service.</source>
+        <translation>لم يُكتب: الملفات المفتوحة كثيرة جدًا فلا يمكن الاتصال بالخدمة.</translation>
+    </message>
+    <message>
+        <source>Close other programs, start Kestrav again and send the image again.</source>
+        <translation>أغلق البرامج الأخرى، وشغّل Kestrav من جديد، ثم أعد إرسال الصورة.</translation>
+    </message>
 </context>
 <context>
     <name>UpdatePresenter</name>

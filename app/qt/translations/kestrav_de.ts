@@ -500,6 +500,14 @@
         <source>Nobody knows: the service died while it wrote.</source>
         <translation>Niemand weiß es: Der Dienst starb beim Schreiben.</translation>
     </message>
+    <message>
+        <source>Not written: too many files are open for a connection to the service.</source>
+        <translation>Nicht geschrieben: Für eine Verbindung zum Dienst sind zu viele Dateien geöffnet.</translation>
+    </message>
+    <message>
+        <source>Close other programs, start Kestrav again and send the image again.</source>
+        <translation>Schließen Sie andere Programme, starten Sie Kestrav neu, und senden Sie das Abbild erneut.</translation>
+    </message>
 </context>
 <context>
     <name>UpdatePresenter</name>

@@ -500,6 +500,14 @@
         <source>Nobody knows: the service died while it wrote.</source>
         <translation>Nadie lo sabe: el servicio murió mientras escribía.</translation>
     </message>
+    <message>
+        <source>Not written: too many files are open for a connection to the service.</source>
+        <translation>No escrito: hay demasiados archivos abiertos para una conexión con el servicio.</translation>
+    </message>
+    <message>
+        <source>Close other programs, start Kestrav again and send the image again.</source>
+        <translation>Cierre otros programas, inicie Kestrav de nuevo y envíe la imagen otra vez.</translation>
+    </message>
 </context>
 <context>
     <name>UpdatePresenter</name>

@@ -500,6 +500,14 @@
         <source>Nobody knows: the service died while it wrote.</source>
         <translation>Personne ne sait : le service s’est arrêté pendant l’écriture.</translation>
     </message>
+    <message>
+        <source>Not written: too many files are open for a connection to the service.</source>
+        <translation>Non écrit : trop de fichiers sont ouverts pour une connexion au service.</translation>
+    </message>
+    <message>
+        <source>Close other programs, start Kestrav again and send the image again.</source>
+        <translation>Fermez d’autres programmes, redémarrez Kestrav, puis renvoyez l’image.</translation>
+    </message>
 </context>
 <context>
     <name>UpdatePresenter</name>

@@ -500,6 +500,14 @@
         <source>Nobody knows: the service died while it wrote.</source>
         <translation>結果は不明です: 書き込み中にサービスが停止しました。</translation>
     </message>
+    <message>
+        <source>Not written: too many files are open for a connection to the service.</source>
+        <translation>書き込まれていません: 開いているファイルが多すぎて、サービスに接続できません。</translation>
+    </message>
+    <message>
+        <source>Close other programs, start Kestrav again and send the image again.</source>
+        <translation>ほかのプログラムを閉じ、Kestrav を起動し直してから、イメージを送り直してください。</translation>
+    </message>
 </context>
 <context>
     <name>UpdatePresenter</name>
