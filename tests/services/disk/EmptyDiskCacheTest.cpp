@@ -42,6 +42,7 @@ INSTANTIATE_TEST_SUITE_P(
         Answer{"DeferredDefect", 0, 2, {0x71, 0, 0x03}, error(std::errc::io_error)},
         Answer{"DefectInDescriptors", 0, 2, {0x72, 0x03, 0x0c, 0x00}, error(std::errc::io_error)},
         Answer{"WithoutAReason", 0, 2, {}, error(std::errc::io_error)},
+        Answer{"WithAReasonInNoKnownForm", 0, 2, {0x05, 0x05, 0x05}, error(std::errc::io_error)},
         Answer{"Busy", 0, 8, {}, error(std::errc::io_error)},
         Answer{"Gone", 1, 0, {}, error(std::errc::no_such_device)},
         Answer{"Late", 3, 0, {}, error(std::errc::timed_out)},

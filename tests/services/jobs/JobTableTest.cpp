@@ -63,6 +63,14 @@ TEST_F(JobTableOfATest, SaysWhatNobodyForesaw) {
                 ElementsAre("process " + std::to_string(end.process) + " ended with status 1: out of\\x0aluck"));
 }
 
+TEST_F(JobTableOfATest, SaysThatNobodyKnowsWhatItWas) {
+    consent_.meanwhile = [] { throw 5; };
+    const RequestEnd end = endOf(kOtherUser);
+    EXPECT_EQ(end.kind, Kind::died);
+    EXPECT_THAT(log_.entries(),
+                ElementsAre("process " + std::to_string(end.process) + " ended with status 1: an unknown exception"));
+}
+
 TEST_F(JobTableOfATest, LetsNoExceptionOutOfTheProcess) {
     const TemporaryFolder folder;
     const pid_t service = ::getpid();
