@@ -63,6 +63,22 @@ TEST_F(OrdinaryFiles, AreReadByOffset) {
     EXPECT_TRUE(image.read(11, 1).empty());
 }
 
+TEST_F(OrdinaryFiles, EndWhereTheyEndedWhenTheyWereOpened) {
+    const std::string path = made("image", "0123456789");
+    const auto opened = OrdinaryFile::open(path);
+    ASSERT_TRUE(opened);
+    std::ofstream(path, std::ios::app) << "more";
+    EXPECT_EQ(opened.value().read(4, 100).size(), 6U);
+}
+
+TEST_F(OrdinaryFiles, AreReadAsFarAsTheyStillGo) {
+    const std::string path = made("image", "0123456789");
+    const auto opened = OrdinaryFile::open(path);
+    ASSERT_TRUE(opened);
+    fs::resize_file(path, 3);
+    EXPECT_EQ(opened.value().read(0, 10).size(), 3U);
+}
+
 TEST_F(OrdinaryFiles, BearTheirAbsolutePath) {
     const std::string absolute = made("image", "x");
     const fs::path before = fs::current_path();
