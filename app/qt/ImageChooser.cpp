@@ -1,5 +1,6 @@
 #include "app/qt/ImageChooser.h"
 
+#include <QApplication>
 #include <QFileInfo>
 #include <QGridLayout>
 #include <QMessageBox>
@@ -64,6 +65,13 @@ void ImageChooserDialog::accept() {
     }
     if (!files.isEmpty()) chosenPath_ = files.first();
     QFileDialog::accept();
+}
+
+/// Names that are offered below a name's beginning can still be there. The toolkit passes over the focus that comes
+/// back to the window behind while such a list is shown, and the window would hear no key until it is clicked.
+void ImageChooserDialog::done(int result) {
+    if (QWidget* names = QApplication::activePopupWidget()) names->close();
+    QFileDialog::done(result);
 }
 
 void ImageChooserDialog::chooseFolder() {

@@ -24,6 +24,7 @@ class ImageChooserDialog final : public QFileDialog {
 
     /// Takes what is named in the dialog, if it may be taken.
     void accept() override;
+    void done(int result) override;
     /// Takes the folder that is selected, or else the one that is shown.
     void chooseFolder();
 

@@ -9,17 +9,21 @@ from road import AnsweringService
 
 TITLE = "Choose a firmware image"
 
-# Says each notification that comes to be shown, as a screen reader would speak it out.
+# Says each object of a role that comes into a state, as a screen reader would speak it out.
 READER = """
+import sys
 import gi
 gi.require_version("Atspi", "2.0")
-from gi.repository import Atspi
+from gi.repository import Atspi, GLib
 def heard(event):
-    event.source.clear_cache()
-    if event.detail1 and event.source.get_role_name() == "notification":
-        print(event.source.get_name(), flush=True)
+    try:
+        event.source.clear_cache()
+        if event.detail1 and event.source.get_role_name() == sys.argv[1]:
+            print(event.source.get_name(), flush=True)
+    except GLib.Error:
+        pass  # it is gone
 listener = Atspi.EventListener.new(heard)
-listener.register("object:state-changed:showing")
+listener.register("object:state-changed:" + sys.argv[2])
 print("ready", flush=True)
 Atspi.event_main()
 """
@@ -87,9 +91,9 @@ class Panel(DesktopTest):
         self.keys("Return")
         self.wait_for_panel("The firmware is on the accessory")
 
-    def test_a_screen_reader_is_told_of_the_end(self):
-        self.open_window()
-        reader = self.start([sys.executable, "-c", READER], stdout=subprocess.PIPE, text=True)
+    def start_reader(self, role, state):
+        """Gives what waits until its words are heard."""
+        reader = self.start([sys.executable, "-c", READER, role, state], stdout=subprocess.PIPE, text=True)
         self.addCleanup(reader.stdout.close)
         self.assertEqual(reader.stdout.readline(), "ready\n")
 
@@ -99,6 +103,27 @@ class Panel(DesktopTest):
                     return
             self.fail(f"nobody says {words!r}")
 
+        return wait_until_heard
+
+    def test_the_focus_comes_back_from_the_chooser_and_is_told(self):
+        """Also where the chooser still offers names when it is closed. The next update takes the keyboard alone."""
+        self.open_window()
+        wait_until_heard = self.start_reader("push button", "focused")
+        for count in (1, 2, 3):
+            self.keys("alt+f")
+            self.choose(self.image(3000), TITLE)
+            self.wait_until(lambda count=count: self.log().count("End firmware processing.\n") == count,
+                            f"update {count} does not end")
+            self.wait_until_usable()
+            wait_until_heard("Update Firmware…")
+        self.keys("alt+f")
+        self.dismiss(TITLE)
+        self.wait_until_usable()
+        wait_until_heard("Update Firmware…")
+
+    def test_a_screen_reader_is_told_of_the_end(self):
+        self.open_window()
+        wait_until_heard = self.start_reader("notification", "showing")
         go_on = self.folder / "go-on"
 
         def answer(peer):
