@@ -48,7 +48,7 @@ class Accessibility(DesktopTest):
                            ("text", "System message"), ("label", "Kestrav Accessory · sdzz · 16.8 MB")):
             with self.subTest(role=role, name=name):
                 self.assertIsNotNone(self.look_for(role, name))
-        nameless = [node.get_role_name() for node in self.nodes()
+        nameless = [self.role(node) for node in self.nodes()
                     if self.has(node, "FOCUSABLE") and self.has(node, "SHOWING") and not node.get_name()]
         self.assertEqual(nameless, [])
 
@@ -61,9 +61,9 @@ class Accessibility(DesktopTest):
             node.clear_cache()
             if not self.has(node, "SHOWING"):
                 return
-            says_something = node.get_role_name() not in ("filler", "scroll bar")
+            says_something = self.role(node) not in ("filler", "scroll bar")
             if says_something:
-                lines.append(f"{'  ' * depth}{node.get_role_name()}: {node.get_name()}")
+                lines.append(f"{'  ' * depth}{self.role(node)}: {node.get_name()}")
             for index in range(node.get_child_count()):
                 walk(node.get_child_at_index(index), depth + says_something)
 

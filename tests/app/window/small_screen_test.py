@@ -28,7 +28,7 @@ class SmallScreen(DesktopTest):
         self.assertLessEqual(bottom, 480, title)
         x, y, width, height = self.box(node)
         buttons = [one for one in self.nodes()
-                   if one.get_role_name() == "push button" and self.has(one, "SHOWING") and self.is_within(one, node)]
+                   if self.role(one) == "push button" and self.has(one, "SHOWING") and self.is_within(one, node)]
         self.assertNotEqual(buttons, [])
         for button in buttons:
             button_x, button_y, button_width, button_height = self.box(button)
