@@ -48,6 +48,15 @@ std::string answersUntilDecided(std::uint16_t port) {
     }
 }
 
+/// The answer of a program that asks once, closes its connection and lives on.
+std::string answerOfOneWhoStays(std::uint16_t port) {
+    const std::string late = ask(port, "umount", {"/dev/sdzzs1"});
+    std::ofstream("/run/late") << late;
+    while (!std::filesystem::exists("/run/end"))
+        std::this_thread::sleep_for(10ms);
+    return late;
+}
+
 class LateConsent : public testing::Test {
   protected:
     void SetUp() override {
@@ -102,13 +111,7 @@ TEST_F(LateConsent, ServesTheNextRequestOfTheSameProcess) {
 }
 
 TEST_F(LateConsent, IsNoConsentForAnotherProcess) {
-    UserProcess user(kAdmin, [port = port_] {
-        const std::string late = ask(port, "umount", {"/dev/sdzzs1"});
-        std::ofstream("/run/late") << late;
-        while (!std::filesystem::exists("/run/end"))
-            std::this_thread::sleep_for(10ms);
-        return late;
-    });
+    UserProcess user(kAdmin, [port = port_] { return answerOfOneWhoStays(port); });
     UserProcess other(kAdmin, [port = port_] { return ask(port, "umount", {"/dev/sdzzs1"}); });
     PasswordAgent agent(user.pid(), kAdmin);
     user.go();
@@ -132,6 +135,17 @@ TEST_F(LateConsent, DenialServesTheNextRequestOfTheSameProcess) {
     agent.type("wrong\n");
     EXPECT_EQ(user.result(), kDenied);
     EXPECT_FALSE(agent.isAsked(1)) << "asked twice: " << agent.shown();
+}
+
+TEST_F(LateConsent, IsWaitedForWhenTheConnectionIsClosed) {
+    UserProcess user(kAdmin, [port = port_] { return answerOfOneWhoStays(port); });
+    PasswordAgent agent(user.pid(), kAdmin);
+    user.go();
+    ASSERT_TRUE(agent.isAsked()) << agent.shown();
+    ASSERT_TRUE(eventually([] { return std::filesystem::exists("/run/late"); }));
+    EXPECT_FALSE(eventually([this] { return children() == 0; }, 1s)) << "the question went with the connection";
+    std::ofstream("/run/end") << "yes";
+    EXPECT_EQ(user.result(), kLate);
 }
 
 TEST_F(LateConsent, IsNotWaitedForOnceTheProcessHasEnded) {

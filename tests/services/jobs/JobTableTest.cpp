@@ -242,6 +242,16 @@ TEST_F(JobTableOfATest, LetsTheOldestOfWhoeverHasMostGiveWay) {
     EXPECT_EQ(take(kOtherUser), "busy.") << "for the sake of those who have less";
 }
 
+TEST_F(JobTableOfATest, LetsNobodyGiveWayToWhoHadMostThen) {
+    for (int i = 0; i < 28; ++i)
+        ASSERT_EQ(take(kOtherUser), "taken");
+    for (int i = 0; i < 27; ++i)
+        ASSERT_EQ(take(kThirdUser), "taken");
+    ASSERT_EQ(take(kFourthUser), "taken");
+    EXPECT_EQ(take(kThirdUser), "busy.");
+    EXPECT_EQ(arriving(kOtherUser), 28U);
+}
+
 TEST_F(JobTableOfATest, LetsARequestThatWaitsForConsentGiveWay) {
     consent_.waits = true;
     start(kOtherUser);
