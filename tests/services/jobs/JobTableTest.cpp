@@ -172,6 +172,7 @@ TEST_F(JobTableOfATest, KillsAProcessThatDoesNotNotice) {
     const auto begun = std::chrono::steady_clock::now();
     EXPECT_EQ(awaited().kind, Kind::died);
     EXPECT_LT(std::chrono::steady_clock::now() - begun, 30s);
+    EXPECT_TRUE(log_.entries().empty()) << "who was told to end has not died of something";
 }
 
 TEST_F(JobTableOfATest, BeginsNothingOnceASignalSaysStop) {
