@@ -63,7 +63,8 @@ class Looks(DesktopTest):
     def test_one_and_a_half_times_the_size(self):
         self.restart_with(QT_SCALE_FACTOR="1.5")
         width, height = self.pixels()
-        self.assertEqual(width, 720)
+        # The toolkit rounds as it likes, and from one version to the next in another way.
+        self.assertAlmostEqual(width, 720, delta=1)
         self.assertAlmostEqual(height, 405, delta=1)
 
     def test_twice_the_size(self):
