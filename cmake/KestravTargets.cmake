@@ -12,9 +12,13 @@ find_package(PkgConfig REQUIRED)
 find_program(CCACHE ccache)
 if(CCACHE)
   # What one clone has compiled serves every other: nothing in an object tells where the tree stands but what a debugger is
-  # told of the folder it was built in. A precompiled header is compared by what is in it.
-  set(CMAKE_CXX_COMPILER_LAUNCHER env "CCACHE_BASEDIR=${CMAKE_SOURCE_DIR}" CCACHE_NOHASHDIR=1
-    CCACHE_SLOPPINESS=pch_defines,time_macros "${CCACHE}")
+  # told of the folder it was built in. A precompiled header is compared by what is in it. Who sets the folder himself,
+  # as the packages' build does, wants it otherwise.
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${CCACHE}")
+  if(NOT DEFINED ENV{CCACHE_BASEDIR})
+    set(CMAKE_CXX_COMPILER_LAUNCHER env "CCACHE_BASEDIR=${CMAKE_SOURCE_DIR}" CCACHE_NOHASHDIR=1
+      CCACHE_SLOPPINESS=pch_defines,time_macros "${CCACHE}")
+  endif()
 endif()
 
 add_library(kestrav_warnings INTERFACE)
