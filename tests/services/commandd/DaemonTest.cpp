@@ -243,7 +243,8 @@ TEST_F(Daemon, KeepsNothingOpenAfterManyRequests) {
     const auto before = openFiles();
     for (int i = 0; i < 50; ++i)
         ASSERT_EQ(nothing(), nothingDone);
-    EXPECT_TRUE(eventually([&] { return openFiles() == before; })) << openFiles() << " instead of " << before;
+    // Fewer where the connection that found the service listening was still open.
+    EXPECT_TRUE(eventually([&] { return openFiles() <= before; })) << openFiles() << " instead of " << before;
     EXPECT_TRUE(eventually([this] { return childrenOf(daemon_.pid()).empty(); }));
 }
 
