@@ -22,7 +22,7 @@ class Consent(GuestCase):
         accessory.slot.expect(FIRMWARE, content(30000))
         update = self.anna.start("kestravctl", "firmware", path, terminal=True)
         update.wait_for(PROMPT)
-        update.type("secret\n")
+        update.type_password("secret")
         result = update.wait()
         self.assertIn("Authentication is required to unmount, read or write the disk of your Kestrav accessory",
                       result.out)
@@ -36,7 +36,7 @@ class Consent(GuestCase):
         accessory.slot.expect(ICON, content(512))
         update = self.anna.start("kestravctl", "icon", path, terminal=True)
         update.wait_for(PROMPT)
-        update.type("secret\n")
+        update.type_password("secret")
         self.assertEqual(update.wait().out.count(PROMPT), 1)
         self.assert_disk(accessory)
 
@@ -45,7 +45,7 @@ class Consent(GuestCase):
         update = self.ben.start("kestravctl", "firmware", path, terminal=True)
         update.wait_for(PROMPT)
         self.assertIn("anna", update.look().out)
-        update.type("guest\n")
+        update.type_password("guest")
         result = update.wait()
         self.assertEqual(result.out.count(PROMPT), 1, "a wrong password is asked for once an update")
         self.assertEqual(result.out.count("Refused:"), 2, str(result))

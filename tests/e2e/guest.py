@@ -28,10 +28,12 @@ class GuestFailure(AssertionError):
 
 
 class Result:
-    """What a program in the guest has said, and its exit status: None while it runs, negative after a signal."""
+    """What a program in the guest has said, and its exit status: None while it runs, negative after a signal; and whether
+    its terminal hides what is typed."""
 
     def __init__(self, answer):
         self.status, self.out, self.err = answer["status"], answer["out"], answer["err"]
+        self.hides = answer["hides"]
 
     def __str__(self):
         return f"exit status {self.status}\n--- output\n{self.out}--- errors\n{self.err}"
@@ -227,15 +229,20 @@ class Job:
 
     def wait_for(self, words, seconds=PATIENCE):
         """Waits until these words are on its terminal or in its output."""
+        return self.wait_until(lambda result: words in result.out, f"does not say {words!r}", seconds)
+
+    def wait_until(self, holds, otherwise, seconds=PATIENCE):
         end = time.monotonic() + seconds
-        while words not in (result := self.look()).out:
+        while not holds(result := self.look()):
             if result.status is not None or time.monotonic() > end:
-                raise self.person.guest.failure(f"{shlex.join(self.argv)} does not say {words!r}: {result}")
+                raise self.person.guest.failure(f"{shlex.join(self.argv)} {otherwise}: {result}")
             time.sleep(0.1)
         return result
 
-    def type(self, text):
-        self.person.ask(do="type", job=self.number, text=text)
+    def type_password(self, text):
+        """Once the terminal hides it: what is typed before that is thrown away."""
+        self.wait_until(lambda result: result.hides, "would show the password")
+        self.person.ask(do="type", job=self.number, text=text + "\n")
 
     def end(self):
         self.person.ask(do="end", job=self.number)

@@ -17,7 +17,7 @@ class HelperCase(GuestCase):
         """Runs a program in anna's terminal, which asks once, and gives what was on the screen."""
         job = World.person("anna").start(*argv, terminal=True)
         job.wait_for(PROMPT)
-        job.type("secret\n")
+        job.type_password("secret")
         result = job.wait()
         self.assertEqual(result.status, 0, str(result))
         return result.out

@@ -64,7 +64,7 @@ class Many(GuestCase):
         # Fewer at a time: the service asks about the requests of one process in turn, and each of them only for so long.
         update = World.person("anna").start("kestravctl", "firmware", "--all", "--jobs", "6", path, terminal=True)
         update.wait_for(PROMPT)
-        update.type("secret\n")
+        update.type_password("secret")
         result = update.wait(LONG)
         self.assertEqual(result.status, 0, str(result))
         self.assertEqual(result.out.count(PROMPT), 1, str(result))

@@ -2,7 +2,8 @@
 
 A request is one line of JSON with a number, and so is its answer, with that number in `to`. `start` starts a program,
 in a terminal of its own if wanted, and answers with a number for it; `look` tells what it has said so far and its exit
-status, null while it runs, and waits for its end for some seconds at most; `type` types into its terminal; `end` ends it.
+status, null while it runs, and whether its terminal hides what is typed, and waits for its end for some seconds at most;
+`type` types into its terminal; `end` ends it.
 """
 
 import json
@@ -12,6 +13,7 @@ import signal
 import subprocess
 import sys
 import tempfile
+import termios
 import threading
 import traceback
 
@@ -56,7 +58,12 @@ class Job:
                 self.screen.join(timeout=5)
         except subprocess.TimeoutExpired:
             pass
-        return {"status": self.process.returncode, "out": self.said(self.out), "err": self.said(self.err)}
+        return {"status": self.process.returncode, "out": self.said(self.out), "err": self.said(self.err),
+                "hides": self.hides()}
+
+    def hides(self):
+        return (self.keyboard is not None and self.process.returncode is None
+                and not termios.tcgetattr(self.keyboard)[3] & termios.ECHO)
 
     @staticmethod
     def said(file):
