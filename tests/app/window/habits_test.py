@@ -121,7 +121,7 @@ class Habits(DesktopTest):
         self.wait_until(lambda: not self.witnesses(), "somebody waits on")
         self.assertEqual(self.windows(), [])
         self.open_window()
-        self.keys("alt+F4")
+        self.close_with_key()
         self.assertEqual(self.exit_status(), 0)
         self.wait_until(lambda: not self.witnesses(), "somebody waits on")
         self.assertEqual(self.windows(), [])

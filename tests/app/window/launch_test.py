@@ -18,7 +18,7 @@ class Launch(DesktopTest):
     def test_it_installs_at_every_launch(self):
         for _ in range(2):
             self.open_window()
-            self.keys("alt+F4")
+            self.close_with_key()
             self.assertEqual(self.exit_status(), 0)
             os.remove("/usr/local/libexec/com.corvatel.KestravHelper")
 

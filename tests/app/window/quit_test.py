@@ -13,7 +13,7 @@ class Quit(DesktopTest):
     def test_closing_the_window_ends_the_program_and_leaves_a_store(self):
         self.open_window()
         self.assertFalse(self.store.exists())
-        self.keys("alt+F4")
+        self.close_with_key()
         self.assertEqual(self.exit_status(), 0)
         self.assert_store()
 
@@ -35,7 +35,7 @@ class Quit(DesktopTest):
         text = '<store type="XML" model="Kestrav"><record name="a" value="b"/></store>'
         self.store.write_text(text)
         self.open_window()
-        self.keys("alt+F4")
+        self.close_with_key()
         self.assertEqual(self.exit_status(), 0)
         self.assertEqual(self.store.read_text(), text)
 
@@ -44,7 +44,7 @@ class Quit(DesktopTest):
         self.environment["XDG_DATA_HOME"] = str(elsewhere)
         self.store = elsewhere / "com.corvatel.Kestrav/CocoaAppCD.storedata"
         self.open_window()
-        self.keys("alt+F4")
+        self.close_with_key()
         self.assertEqual(self.exit_status(), 0)
         self.assert_store()
 
