@@ -11,10 +11,6 @@
 namespace kestrav {
 namespace {
 
-constexpr const char* kUsb = "/sys/devices/pci0000:00/0000:00:14.0/usb1/1-2";
-constexpr const char* kDisk =
-    "/sys/devices/pci0000:00/0000:00:14.0/usb1/1-2/1-2:1.0/host2/target2:0:0/2:0:0:0/block/sdzz";
-
 /// A registry that counts how often it is asked.
 class CountingRegistry final : public DeviceRegistry {
   public:
@@ -30,17 +26,6 @@ class CountingRegistry final : public DeviceRegistry {
 
 class TheWatch : public ::testing::Test {
   protected:
-    void plugIn() {
-        bed_.plugInSimulated("accessory");
-        bed_.announce(kUsb, "add");
-        bed_.announce(kDisk, "add");
-    }
-    void pullOut() {
-        // The kernel's own order: what is below goes first. The event of the device comes while it is still there.
-        bed_.announce(kDisk, "remove");
-        bed_.announce(kUsb, "remove");
-        bed_.unplug(kUsb);
-    }
     std::size_t count() const { return seen_ ? seen_->size() : 99; }
     void begin() {
         watch_.emplace(registry_, events_, [this](const AccessoryWatch::Accessories& attached) {
@@ -59,7 +44,7 @@ class TheWatch : public ::testing::Test {
 };
 
 TEST_F(TheWatch, KnowsWhatIsThereFromItsBeginning) {
-    plugIn();
+    bed_.attachAccessory();
     begin();
     ASSERT_EQ(count(), 1U);
     EXPECT_EQ(seen_->front().disk, "sdzz");
@@ -68,9 +53,9 @@ TEST_F(TheWatch, KnowsWhatIsThereFromItsBeginning) {
 TEST_F(TheWatch, SeesAnAccessoryComeAndGo) {
     begin();
     EXPECT_EQ(count(), 0U);
-    plugIn();
+    bed_.attachAccessory();
     EXPECT_TRUE(QTest::qWaitFor([this] { return count() == 1; }, 20000));
-    pullOut();
+    bed_.detachAccessory();
     EXPECT_TRUE(QTest::qWaitFor([this] { return count() == 0; }, 20000));
 }
 
@@ -97,12 +82,12 @@ TEST_F(TheWatch, IsNotWokenForOtherThings) {
     bed_.plugIn("P: " + path + "\nE: SUBSYSTEM=net\n");
     bed_.announce("/sys" + path, "add");
     EXPECT_FALSE(events_.take());
-    plugIn();
+    bed_.attachAccessory();
     EXPECT_TRUE(QTest::qWaitFor([this] { return told_ == 2; }, 20000)) << "asked once at first, once for the accessory";
 }
 
 TEST_F(TheWatch, TakesAllThatWasToldAtOnce) {
-    plugIn();
+    bed_.attachAccessory();
     EXPECT_TRUE(QTest::qWaitFor([this] { return events_.take(); }, 20000));
     EXPECT_FALSE(events_.take());
 }

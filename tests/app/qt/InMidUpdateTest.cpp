@@ -35,9 +35,6 @@
 namespace kestrav {
 namespace {
 
-constexpr const char* kUsb = "/sys/devices/pci0000:00/0000:00:14.0/usb1/1-2";
-constexpr const char* kDisk =
-    "/sys/devices/pci0000:00/0000:00:14.0/usb1/1-2/1-2:1.0/host2/target2:0:0/2:0:0:0/block/sdzz";
 constexpr const char* kWrote = "Wrote 1000 bytes to sdzz at block 1536, verified, 11.3 MB/s.";
 constexpr const char* kLost = "Failed: the disk sdzz did not confirm that it kept the bytes.";
 
@@ -56,26 +53,16 @@ class InMidUpdate : public ::testing::Test {
             }
             answers("sdzz1 was not mounted.")(connection);
         });
-        plugIn();
+        bed_.attachAccessory();
         watch_.begin();
         window_.show();
     }
 
-    void plugIn() {
-        bed_.plugInSimulated("accessory");
-        bed_.announce(kUsb, "add");
-        bed_.announce(kDisk, "add");
-    }
-    void pullOut() {
-        bed_.announce(kDisk, "remove");
-        bed_.announce(kUsb, "remove");
-        bed_.unplug(kUsb);
-    }
     /// As a kernel may: under another name, for the old one is still held.
     void plugInAgain() {
         std::string description = contentsOf(KESTRAV_SIMULATOR "/accessory.umockdev");
-        std::string usb = kUsb;
-        std::string disk = kDisk;
+        std::string usb = Testbed::kUsb;
+        std::string disk = Testbed::kDisk;
         for (std::string* text : {&description, &usb, &disk}) {
             replaceIn(*text, "1-2", "1-3");
             replaceIn(*text, "001/002", "001/003");
@@ -122,7 +109,7 @@ class InMidUpdate : public ::testing::Test {
         EXPECT_EQ(next, steps.size()) << "step was not due: " << window_.accessoryLine().text().toStdString();
     }
     Step pullOutInTheWrite() {
-        return {[this] { return isWriting_.load(); }, [this] { pullOut(); }};
+        return {[this] { return isWriting_.load(); }, [this] { bed_.detachAccessory(); }};
     }
 
     Testbed bed_;

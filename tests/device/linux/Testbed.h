@@ -13,6 +13,10 @@ namespace kestrav {
 /// The program has to be run under umockdev-wrapper.
 class Testbed {
   public:
+    static constexpr const char* kUsb = "/sys/devices/pci0000:00/0000:00:14.0/usb1/1-2";
+    static constexpr const char* kDisk =
+        "/sys/devices/pci0000:00/0000:00:14.0/usb1/1-2/1-2:1.0/host2/target2:0:0/2:0:0:0/block/sdzz";
+
     Testbed() : bed_(umockdev_testbed_new()) {
         if (umockdev_in_mock_environment() == 0) throw std::runtime_error("run this under umockdev-wrapper");
     }
@@ -33,6 +37,18 @@ class Testbed {
     /// Has udev tell that something became of the device at `path`: "add", "change" or "remove".
     void announce(const std::string& path, const std::string& action) {
         umockdev_testbed_uevent(bed_.get(), path.c_str(), action.c_str());
+    }
+    /// The simulator's accessory comes and goes, as the kernel tells of it. What is below goes first, and the event of
+    /// the device comes while it is still there.
+    void attachAccessory() {
+        plugInSimulated("accessory");
+        announce(kUsb, "add");
+        announce(kDisk, "add");
+    }
+    void detachAccessory() {
+        announce(kDisk, "remove");
+        announce(kUsb, "remove");
+        unplug(kUsb);
     }
     void unplug(const std::string& path) { umockdev_testbed_remove_device(bed_.get(), path.c_str()); }
 
