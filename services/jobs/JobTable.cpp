@@ -29,23 +29,6 @@ constexpr std::ptrdiff_t kMostGivingWay = 16;
 /// Users whose account was looked up and is remembered, at most.
 constexpr std::size_t kMostAccounts = 256;
 
-RequestEnd endOf(const JobProcess& process, bool isLate) {
-    const auto& answer = process.answer();
-    if (!answer) return {RequestEnd::Kind::died, {}, process.pid(), process.begun(), {}, isLate};
-    const auto kind = [&] {
-        switch (answer->kind) {
-            case GateAnswer::Kind::answered:
-                return RequestEnd::Kind::answered;
-            case GateAnswer::Kind::denied:
-                return RequestEnd::Kind::denied;
-            case GateAnswer::Kind::notBegun:
-                break;
-        }
-        return RequestEnd::Kind::notBegun;
-    };
-    return {kind(), answer->text, process.pid(), process.begun(), answer->asked, isLate};
-}
-
 }  // namespace
 
 JobTable::JobTable(Service& service, Gate& gate, RequestLog& log, Problem busy)
@@ -159,7 +142,25 @@ void JobTable::listen(Job& job) {
 void JobTable::answer(Job& job) {
     if (std::exchange(job.isAnswered, true)) return;
     job.place.reset();
-    job.request->ended(endOf(job.process, job.isLate));
+    job.request->ended(endOf(job));
+}
+
+RequestEnd JobTable::endOf(const Job& job) {
+    const JobProcess& process = job.process;
+    const auto& answer = process.answer();
+    if (!answer) return {RequestEnd::Kind::died, {}, process.pid(), process.begun(), {}, job.isLate};
+    const auto kind = [&] {
+        switch (answer->kind) {
+            case GateAnswer::Kind::answered:
+                return RequestEnd::Kind::answered;
+            case GateAnswer::Kind::denied:
+                return RequestEnd::Kind::denied;
+            case GateAnswer::Kind::notBegun:
+                break;
+        }
+        return RequestEnd::Kind::notBegun;
+    };
+    return {kind(), answer->text, process.pid(), process.begun(), answer->asked, job.isLate};
 }
 
 void JobTable::hear(Job& job, const JobProcess::Message& message) {
@@ -236,7 +237,7 @@ void JobTable::finish(pid_t pid) {
     reportDeath(ended);
     const auto job = jobs_.extract(pid);
     tell(questions_.leave(pid, QuestionLine::Time::clock::now()));
-    if (!job.mapped().isAnswered) job.mapped().request->ended(endOf(job.mapped().process, job.mapped().isLate));
+    if (!job.mapped().isAnswered) job.mapped().request->ended(endOf(job.mapped()));
 }
 
 /// Of a process that nobody has told to end and that ends without an answer only the system knows why.
@@ -289,7 +290,7 @@ void JobTable::waitForRunning() noexcept {
         awaitEnd(job.key());
         try {
             job.mapped().process.listen();
-            if (!job.mapped().isAnswered) job.mapped().request->ended(endOf(job.mapped().process, job.mapped().isLate));
+            if (!job.mapped().isAnswered) job.mapped().request->ended(endOf(job.mapped()));
             reportDeath(job.mapped());
         } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): the others are still to be waited for
         }

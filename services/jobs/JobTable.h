@@ -115,6 +115,7 @@ class JobTable {
     void watch(Job& job);
     void listen(Job& job);
     static void answer(Job& job);
+    static RequestEnd endOf(const Job& job);
     void hear(Job& job, const JobProcess::Message& message);
     void tell(const QuestionLine::Replies& replies);
     void giveUp(Job& job);
