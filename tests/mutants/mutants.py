@@ -28,6 +28,7 @@ import shutil
 import signal
 import subprocess
 import sys
+import tempfile
 import time
 from pathlib import Path
 from typing import NamedTuple
@@ -196,37 +197,23 @@ class Copy:
 
     def failing_case(self, folder):
         """The first case that fails, or None if all hold."""
-        running = [process for name in TESTS[folder] for process in self.started(self.commands[name])]
+        running = [run for name in TESTS[folder] for run in self.started(self.commands[name])]
         begun = time.monotonic()
-        over = begun + self.patience.get(folder, PATIENCE)
         try:
-            case = next(filter(None, (self.why_ended(process, over) for process in running)), None)
+            case = first_failure(running, begun + self.patience.get(folder, PATIENCE))
             # A change may have a case wait or turn for ever.
             self.patience.setdefault(folder, 60 + 10 * (time.monotonic() - begun))
             return case
         finally:
-            for process in running:
-                end(process)
+            for one in running:
+                one.end()
 
     def started(self, command):
         """A program's cases, which mostly wait, in several processes beside each other."""
         for shard in range(SHARDS):
             environment = self.environment | {"GTEST_TOTAL_SHARDS": str(SHARDS), "GTEST_SHARD_INDEX": str(shard),
                                               "GTEST_FAIL_FAST": "1", "GTEST_COLOR": "no"}
-            yield subprocess.Popen(command, env=environment, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
-                                   stderr=subprocess.STDOUT, text=True, errors="replace", start_new_session=True)
-
-    @staticmethod
-    def why_ended(process, over):
-        try:
-            said, _ = process.communicate(timeout=max(0, over - time.monotonic()))
-        except subprocess.TimeoutExpired:
-            return "(takes too long)"
-        if process.returncode == 0:
-            return None
-        failed = re.search(r"^\[  FAILED  \] ([\w/.]+)", said, re.M)
-        begun = re.findall(r"^\[ RUN      \] ([\w/.]+)", said, re.M)
-        return failed.group(1) if failed else f"{begun[-1] if begun else '(none)'} (ended by {-process.returncode})"
+            yield Running(command, environment)
 
     def outcome(self, change):
         """What became of a change: killed by a case's name or the compiler's warning, "survived" or "does not compile"."""
@@ -244,12 +231,48 @@ class Copy:
             path.write_text(today, encoding="utf-8")
 
 
-def end(process):
-    """With all that it has started, which is in the group that it leads. One that has ended may have lent its number to
-    another by now."""
-    if process.poll() is None:
-        os.killpg(process.pid, signal.SIGKILL)
-    process.communicate()
+class Running:
+    """A test program at work, and what it says."""
+
+    def __init__(self, command, environment):
+        self.said = tempfile.TemporaryFile("w+", errors="replace")
+        self.process = subprocess.Popen(command, env=environment, stdin=subprocess.DEVNULL, stdout=self.said,
+                                        stderr=subprocess.STDOUT, start_new_session=True)
+
+    def has_ended(self):
+        return self.process.poll() is not None
+
+    def failure(self):
+        """Of one that has ended: its first case that failed, or None."""
+        if self.process.returncode == 0:
+            return None
+        self.said.seek(0)
+        said = self.said.read()
+        failed = re.search(r"^\[  FAILED  \] ([\w/.]+)", said, re.M)
+        begun = re.findall(r"^\[ RUN      \] ([\w/.]+)", said, re.M)
+        return failed.group(1) if failed else f"{begun[-1] if begun else '(none)'} (ended by {-self.process.returncode})"
+
+    def end(self):
+        """With all that it has started, which is in the group that it leads. One that has ended may have lent its number
+        to another by now."""
+        if not self.has_ended():
+            os.killpg(self.process.pid, signal.SIGKILL)
+        self.process.wait()
+        self.said.close()
+
+
+def first_failure(running, over):
+    """The first case that fails of whatever program; None if all have ended well. Nobody waits for the others then."""
+    waiting = list(running)
+    while waiting:
+        for one in [one for one in waiting if one.has_ended()]:
+            waiting.remove(one)
+            if case := one.failure():
+                return case
+        if time.monotonic() > over:
+            return "(takes too long)"
+        time.sleep(0.02)
+    return None
 
 
 def run(only, report, place):

@@ -1,7 +1,9 @@
 #!/usr/bin/env python3
 """That the table's wrong lines are seen, and that a change is made as it is written."""
 
+import os
 import tempfile
+import time
 import unittest
 from pathlib import Path
 
@@ -63,6 +65,32 @@ class Table(unittest.TestCase):
     def test_what_is_no_change_is_seen(self):
         with self.assertRaises(mutants.WrongTable):
             self.change("return 1; -> return 3;")
+
+
+class Programs(unittest.TestCase):
+    """What is said of the test programs that run beside each other."""
+
+    def first_failure(self, *scripts, patience=60):
+        running = [mutants.Running(["sh", "-c", script], dict(os.environ)) for script in scripts]
+        for one in running:
+            self.addCleanup(one.end)
+        return mutants.first_failure(running, time.monotonic() + patience)
+
+    def test_all_are_waited_for(self):
+        self.assertIsNone(self.first_failure("true", "sleep 0.3"))
+        self.assertEqual(self.first_failure("true", "sleep 0.3; echo '[  FAILED  ] Late.Case'; exit 1"), "Late.Case")
+
+    def test_nobody_waits_for_the_others_once_one_has_failed(self):
+        begun = time.monotonic()
+        self.assertEqual(self.first_failure("sleep 600", "echo '[  FAILED  ] Quick.Case (3 ms)'; exit 1"), "Quick.Case")
+        self.assertLess(time.monotonic() - begun, 300)
+
+    def test_one_that_is_killed_is_called_by_its_last_case(self):
+        said = self.first_failure("echo '[ RUN      ] One.Case'; kill -9 $$")
+        self.assertEqual(said, "One.Case (ended by 9)")
+
+    def test_one_that_waits_for_ever_is_seen(self):
+        self.assertEqual(self.first_failure("sleep 600", patience=0.2), "(takes too long)")
 
 
 if __name__ == "__main__":
