@@ -34,6 +34,7 @@ class JobTableOfATest : public GateWithoutDisks, public JobTable::Service {
         void leaveService() override { test_.inRequest_ = true; }
         void ended(const RequestEnd& end) override {
             test_.end_ = end;
+            test_.endedRequest_ = this;
             test_.table_.loop().end();
         }
 
@@ -112,6 +113,7 @@ class JobTableOfATest : public GateWithoutDisks, public JobTable::Service {
     JobTable table_{*this, gate_, requests_, refused("busy.")};
     std::list<std::pair<uid_t, JobTable::Place>> arriving_;
     std::optional<RequestEnd> end_;
+    const Request* endedRequest_ = nullptr;  ///< for its identity only: it is gone
     EventLoop::Watch looking_;
     bool inRequest_ = false;
     bool tookNothingMore_ = false;

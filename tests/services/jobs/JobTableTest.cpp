@@ -253,10 +253,11 @@ TEST_F(JobTableOfATest, LetsNobodyGiveWayToWhoHadMostThen) {
     EXPECT_EQ(arriving(kOtherUser), 28U);
 }
 
-TEST_F(JobTableOfATest, LetsARequestThatWaitsForConsentGiveWay) {
+TEST_F(JobTableOfATest, LetsTheOldestRequestThatWaitsForConsentGiveWay) {
     consent_.waits = true;
+    const Request* const oldest = start(kOtherUser);
     start(kOtherUser);
-    for (int i = 0; i < 47; ++i)
+    for (int i = 0; i < 46; ++i)
         ASSERT_EQ(take(kOtherUser), "taken");
     for (auto& peer : arriving_)
         peer.first = kNobodyInParticular;  // so that none of theirs is found to be still arriving
@@ -264,6 +265,7 @@ TEST_F(JobTableOfATest, LetsARequestThatWaitsForConsentGiveWay) {
         ASSERT_EQ(take(kThirdUser), "taken");
     EXPECT_EQ(take(kFourthUser), "taken");
     EXPECT_EQ(awaited().kind, Kind::denied);
+    EXPECT_EQ(endedRequest_, oldest);
 }
 
 TEST_F(JobTableOfATest, GivesAUserWithoutAnAccountFewPlaces) {
