@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/places.h"
 #include "tests/sandbox/Sandbox.h"
 #include "tests/sandbox/SystemDaemons.h"
 #include "tests/sandbox/Terminal.h"
@@ -28,10 +29,10 @@ class HelperInATerminal : public testing::Test {
         room_.emplace();
         addAccount("kestrav-admin", kAdmin, true);
         fs::create_directory("/usr/libexec/kestrav");
-        fs::copy_file(KESTRAV_BLESS, "/usr/libexec/kestrav/kestrav-bless");
-        fs::copy_file(KESTRAV_HELPER, "/usr/libexec/kestrav/kestrav-helper");
+        fs::copy_file(places::ofProgram("kestrav-bless"), "/usr/libexec/kestrav/kestrav-bless");
+        fs::copy_file(places::ofProgram("kestrav-helper"), "/usr/libexec/kestrav/kestrav-helper");
         // Anybody can reach it here, wherever the build stands.
-        fs::copy_file(KESTRAVCTL, kestravctl_);
+        fs::copy_file(places::ofProgram("kestravctl"), kestravctl_);
         SystemDaemons::addActions("/usr/libexec/kestrav/kestrav-bless");
         daemons_.start();
     }

@@ -13,6 +13,7 @@
 #include "command/SMJError.h"
 #include "command/linux/PolkitAuthorization.h"
 #include "tests/base/RecordingLog.h"
+#include "tests/places.h"
 #include "tests/sandbox/DismissingAgent.h"
 #include "tests/sandbox/PasswordAgent.h"
 #include "tests/sandbox/Sandbox.h"
@@ -68,7 +69,7 @@ class PolkitConsent : public testing::Test {
         if (!Sandbox::isPossible()) GTEST_SKIP() << "needs root";
         room_.emplace();
         fs::create_directory("/usr/libexec/kestrav");
-        fs::copy_file(KESTRAV_BLESS, kBless);
+        fs::copy_file(places::ofProgram("kestrav-bless"), kBless);
         std::ofstream("/usr/libexec/kestrav/kestrav-helper") << "the helper's program";
         addAccount("kestrav-admin", kAdmin, true);
         addAccount("kestrav-guest", kGuest, false);

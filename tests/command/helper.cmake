@@ -7,5 +7,4 @@ kestrav_test(helper_channel_test
 kestrav_test(polkit_authorization_test
   SOURCES PolkitAuthorizationTest.cpp
   LINKS authorization_linux sandbox)
-target_compile_definitions(polkit_authorization_test PRIVATE "KESTRAV_BLESS=\"$<TARGET_FILE:kestrav-bless>\"")
 add_dependencies(polkit_authorization_test kestrav-bless)

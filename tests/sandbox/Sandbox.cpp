@@ -9,6 +9,7 @@
 #include <sys/mount.h>
 #include <unistd.h>
 
+#include "tests/places.h"
 #include "tests/sandbox/runProgram.h"
 
 namespace kestrav {
@@ -33,7 +34,7 @@ Sandbox::Sandbox()
     scratch_ = name;
     must(::unshare(CLONE_NEWNS) == 0, "unshare");
     must(::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0, "private");
-    const ProgramRun run = runProgram({KESTRAV_SANDBOX "/own-folders", scratch_});
+    const ProgramRun run = runProgram({places::ofSource("tests/sandbox/own-folders"), scratch_});
     if (run.exitStatus != 0) throw std::runtime_error("own-folders: " + run.err);
 }
 

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "tests/eventually.h"
+#include "tests/places.h"
 #include "tests/sandbox/runProgram.h"
 #include "tests/signalOne.h"
 
@@ -45,7 +46,7 @@ void append(const char* path, const std::string& line) {
 }
 
 void runScript(const std::string& name, std::vector<std::string> words) {
-    words.insert(words.begin(), KESTRAV_SANDBOX "/" + name);
+    words.insert(words.begin(), places::ofSource("tests/sandbox/" + name));
     const ProgramRun run = runProgram(words);
     if (run.exitStatus != 0) throw std::runtime_error(name + ": " + run.err);
 }

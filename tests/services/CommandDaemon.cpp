@@ -13,6 +13,7 @@
 #include <unistd.h>
 
 #include "tests/eventually.h"
+#include "tests/places.h"
 #include "tests/signalOne.h"
 
 namespace kestrav {
@@ -43,14 +44,14 @@ sockaddr_in loopback(std::uint16_t port) {
     ::close_range(handed >= 0 ? 4 : 3, ~0U, 0);
     ::setenv("RUNTIME_DIRECTORY", board.c_str(), 1);
     // Opened while its place can still be reached: it may have been built in a home that is closed to others.
-    const int program = ::open(KESTRAV_COMMANDD, O_PATH | O_CLOEXEC);
+    const int program = ::open(places::ofProgram("kestrav-commandd").c_str(), O_PATH | O_CLOEXEC);
     if (conditions.descriptors) {
         const rlimit limit{*conditions.descriptors, *conditions.descriptors};
         ::setrlimit(RLIMIT_NOFILE, &limit);
     }
     if (conditions.uid && ::setresuid(*conditions.uid, *conditions.uid, *conditions.uid) != 0) ::_exit(126);
     if (conditions.withoutInputAndOutput) ::close_range(STDIN_FILENO, STDOUT_FILENO, 0);
-    std::string name = KESTRAV_COMMANDD;
+    std::string name = places::ofProgram("kestrav-commandd");
     char* const arguments[] = {name.data(), nullptr};
     ::fexecve(program, arguments, environ);
     ::_exit(127);

@@ -5,6 +5,7 @@
 #include <umockdev.h>
 
 #include "tests/TemporaryFolder.h"
+#include "tests/places.h"
 
 namespace kestrav {
 namespace {
@@ -22,7 +23,7 @@ SimulatedAccessory::SimulatedAccessory(std::string_view disk, const Edits& edits
     gchar* root = umockdev_testbed_get_root_dir(bed_);
     root_ = root;
     g_free(root);
-    std::string description = contentsOf(std::filesystem::path(KESTRAV_SIMULATOR) / "accessory.umockdev");
+    std::string description = contentsOf(places::ofSource("simulator/accessory.umockdev"));
     replaceAll(description, "size=32768", "size=" + std::to_string(disk.size() / 512));
     for (const auto& [from, to] : edits)
         replaceAll(description, from, to);

@@ -9,6 +9,7 @@
 
 #include "tests/TemporaryFolder.h"
 #include "tests/device/linux/PrivateMounts.h"
+#include "tests/places.h"
 #include "tests/simulator/ShellRun.h"
 
 namespace kestrav {
@@ -17,7 +18,7 @@ namespace {
 using ::testing::HasSubstr;
 using ::testing::Not;
 
-const std::string rule = KESTRAV_UDEV_RULE;
+const std::string rule = places::ofSource("packaging/udev/60-kestrav.rules");
 
 // udevadm makes the links that it finds, so it is given a /dev and a /run of its own.
 bool isolate() {
@@ -36,7 +37,7 @@ class UdevRule : public ::testing::Test {
         const std::string file = folder_.path() / "said";
         const int result = withPrivateMounts([&] {
             if (!isolate()) return 2;
-            const ShellRun said(std::string(KESTRAV_SIMULATOR) + "/with-accessory --others 1 sh -c 'udevadm test " +
+            const ShellRun said(places::ofSource("simulator/with-accessory") + " --others 1 sh -c 'udevadm test " +
                                 "$(readlink -f /sys/class/block/" + name + ") 2>&1'");
             std::ofstream(file) << said.output;
             return said.status;

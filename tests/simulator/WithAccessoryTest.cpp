@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include "tests/TemporaryFolder.h"
+#include "tests/places.h"
 #include "tests/simulator/ShellRun.h"
 
 namespace kestrav {
@@ -12,7 +13,7 @@ namespace {
 
 using ::testing::HasSubstr;
 
-const std::string simulator = KESTRAV_SIMULATOR;
+const std::string simulator = places::ofSource("simulator");
 
 class WithAccessory : public ::testing::Test {
   protected:

@@ -31,6 +31,7 @@
 #include "tests/device/fakes/FakeDisks.h"
 #include "tests/device/fakes/FakeVolumes.h"
 #include "tests/device/linux/Testbed.h"
+#include "tests/places.h"
 
 namespace kestrav {
 namespace {
@@ -60,7 +61,7 @@ class InMidUpdate : public ::testing::Test {
 
     /// As a kernel may: under another name, for the old one is still held.
     void plugInAgain() {
-        std::string description = contentsOf(KESTRAV_SIMULATOR "/accessory.umockdev");
+        std::string description = contentsOf(places::ofSource("simulator/accessory.umockdev"));
         std::string usb = Testbed::kUsb;
         std::string disk = Testbed::kDisk;
         for (std::string* text : {&description, &usb, &disk}) {

@@ -7,6 +7,8 @@
 #include <string>
 #include <umockdev.h>
 
+#include "tests/places.h"
+
 namespace kestrav {
 
 /// A sysfs and a /dev of our own, in place of the machine's for as long as the object lives.
@@ -22,9 +24,7 @@ class Testbed {
     }
 
     /// Plugs in what simulator/NAME.umockdev describes.
-    void plugInSimulated(const std::string& name) {
-        plugInFrom(std::string(KESTRAV_SIMULATOR) + "/" + name + ".umockdev");
-    }
+    void plugInSimulated(const std::string& name) { plugInFrom(places::ofSource("simulator/" + name + ".umockdev")); }
     void plugInFrom(const std::string& file) {
         if (umockdev_testbed_add_from_file(bed_.get(), file.c_str(), nullptr) == 0)
             throw std::runtime_error("no description in " + file);

@@ -14,6 +14,7 @@
 #include "device/linux/UdevDeviceRegistry.h"
 #include "tests/device/linux/PrivateMounts.h"
 #include "tests/device/linux/Testbed.h"
+#include "tests/places.h"
 #include "tests/signalOne.h"
 
 namespace kestrav {
@@ -78,7 +79,7 @@ TEST_F(UdevRegistry, CallsAnAccessoryWithAnEmptyNameByItsPort) {
 }
 
 TEST_F(UdevRegistry, TellsNothingOfOtherDevices) {
-    bed_.plugInFrom(KESTRAV_OTHER_DEVICES);
+    bed_.plugInFrom(places::ofBuilt("tests/device/linux/others.umockdev"));
     EXPECT_THAT(found(), IsEmpty());
     bed_.plugInSimulated("accessory");
     EXPECT_THAT(found(), ElementsAre(usbDevice(0x10002, "Kestrav Accessory", "sdzz")));

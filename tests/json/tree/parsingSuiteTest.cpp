@@ -10,6 +10,7 @@
 
 #include "json/tree/dataWithJSONObject.h"
 #include "json/tree/readJSON.h"
+#include "tests/places.h"
 
 namespace kestrav {
 namespace {
@@ -43,7 +44,7 @@ std::vector<SuiteDocument> suite() {
         {false, "n_structure_100000_opening_arrays", repeated("[", 100'000)},
         {false, "n_structure_open_array_object", repeated(R"([{"":)", 50'000) + '\n'},
     };
-    std::ifstream file(KESTRAV_PARSING_SUITE);
+    std::ifstream file(places::ofSource("tests/json/tree/parsing_suite.txt"));
     for (std::string line; std::getline(file, line);) {
         if (line.starts_with('#')) continue;
         const std::size_t space = std::min(line.find(' ', 2), line.size());

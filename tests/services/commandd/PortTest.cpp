@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <string>
 
+#include "tests/places.h"
 #include "tests/services/CommandDaemon.h"
 
 namespace kestrav {
@@ -48,7 +49,7 @@ TEST(DaemonOnItsPort, TakesThePortOfOneThatHasJustEnded) {
 }
 
 std::string outputOf(const std::string& words, int& status) {
-    const std::string command = std::string(KESTRAV_COMMANDD) + " " + words + " 2>&1";
+    const std::string command = places::ofProgram("kestrav-commandd") + " " + words + " 2>&1";
     FILE* output = ::popen(command.c_str(), "r");  // NOLINT: fixed words
     std::string text;
     std::array<char, 512> piece{};

@@ -9,6 +9,7 @@
 
 #include "base/openSystemBus.h"
 #include "tests/eventually.h"
+#include "tests/places.h"
 #include "tests/sandbox/ChildProcess.h"
 #include "tests/sandbox/SystemDaemons.h"
 #include "tests/services/helper/InstallerInARoom.h"
@@ -38,7 +39,7 @@ class BlessOnAnImage : public Bless {
         fs::create_directories(kElsewhere);
         fs::create_directory_symlink("../var/lib/usrlocal", "/usr/local");
         fs::create_directories(kOwn);
-        fs::copy_file(KESTRAV_BLESS, kBless, fs::copy_options::overwrite_existing);
+        fs::copy_file(places::ofProgram("kestrav-bless"), kBless, fs::copy_options::overwrite_existing);
         write(kSource, "the helper's program");
     }
 };

@@ -10,6 +10,7 @@
 #include <unistd.h>
 #include <vector>
 
+#include "tests/places.h"
 #include "tests/services/helper/InstallerInARoom.h"
 
 namespace kestrav {
@@ -197,11 +198,12 @@ TEST_F(Bless, TrustsNoEnvironment) {
 }
 
 TEST_F(Bless, ForgetsTheEnvironmentThatItWasGiven) {
+    const std::string reporter = places::ofBuilt("tests/services/helper/libenvironment_at_end.so");
     const ProgramRun run =
-        bless("install", {.uid = 0,
-                          .environment = {std::string("LD_PRELOAD=") + KESTRAV_ENVIRONMENT_AT_END, "HOME=/nonexistent",
-                                          "ASAN_OPTIONS=verify_asan_link_order=0"},
-                          .input = {}});
+        bless("install",
+              {.uid = 0,
+               .environment = {"LD_PRELOAD=" + reporter, "HOME=/nonexistent", "ASAN_OPTIONS=verify_asan_link_order=0"},
+               .input = {}});
     ASSERT_EQ(run.exitStatus, 0) << run.err;
     ASSERT_TRUE(fs::exists("/run/environment-at-end"));
     EXPECT_EQ(contents("/run/environment-at-end"), "");

@@ -13,6 +13,7 @@
 
 #include "base/UniqueFd.h"
 #include "tests/eventually.h"
+#include "tests/places.h"
 #include "tests/sandbox/PasswordAgent.h"
 #include "tests/services/helper/RunningHelper.h"
 #include "tests/signalOne.h"
@@ -71,7 +72,7 @@ TEST_F(Helper, EndsWithTheBus) {
 }
 
 TEST_F(Helper, SaysThatThereIsNoBus) {
-    const ProgramRun run = runProgram({KESTRAV_HELPER});
+    const ProgramRun run = runProgram({places::ofProgram("kestrav-helper")});
     EXPECT_EQ(run.exitStatus, 1);
     EXPECT_THAT(run.err, HasSubstr("The helper can't serve on the system bus: "));
 }
@@ -245,10 +246,10 @@ TEST_F(Helper, IsGoneAfterItsUninstallation) {
 }
 
 TEST(HelperProgram, KnowsHelpAndVersionAndNothingElse) {
-    EXPECT_EQ(runProgram({KESTRAV_HELPER, "--help"}).exitStatus, 0);
-    EXPECT_THAT(runProgram({KESTRAV_HELPER, "--version"}).out, StartsWith("kestrav-helper "));
-    EXPECT_EQ(runProgram({KESTRAV_HELPER, "--bus=session"}).exitStatus, 2);
-    EXPECT_EQ(runProgram({KESTRAV_HELPER, "--help", "--help"}).exitStatus, 2);
+    EXPECT_EQ(runProgram({places::ofProgram("kestrav-helper"), "--help"}).exitStatus, 0);
+    EXPECT_THAT(runProgram({places::ofProgram("kestrav-helper"), "--version"}).out, StartsWith("kestrav-helper "));
+    EXPECT_EQ(runProgram({places::ofProgram("kestrav-helper"), "--bus=session"}).exitStatus, 2);
+    EXPECT_EQ(runProgram({places::ofProgram("kestrav-helper"), "--help", "--help"}).exitStatus, 2);
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include <sys/stat.h>
 #include <vector>
 
+#include "tests/places.h"
 #include "tests/sandbox/Sandbox.h"
 #include "tests/sandbox/runProgram.h"
 
@@ -54,7 +55,7 @@ class Bless : public testing::Test {
         if (!Sandbox::isPossible()) GTEST_SKIP() << "needs root";
         room_.emplace();
         std::filesystem::create_directory(kOwn);
-        std::filesystem::copy_file(KESTRAV_BLESS, kBless);
+        std::filesystem::copy_file(places::ofProgram("kestrav-bless"), kBless);
         write(kSource, "the helper's program");
     }
 

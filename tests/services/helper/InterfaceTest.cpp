@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/places.h"
 #include "tests/services/helper/RunningHelper.h"
 
 namespace kestrav {
@@ -44,7 +45,7 @@ TEST_F(Helper, IsTheInterfaceThatItsDescriptionSays) {
                     kPath, "org.freedesktop.DBus.Introspectable.Introspect"});
     ASSERT_EQ(told.exitStatus, 0) << told.err;
     std::ostringstream described;
-    described << std::ifstream(KESTRAV_INTERFACE).rdbuf();
+    described << std::ifstream(places::ofSource("packaging/dbus/com.corvatel.KestravHelper.xml")).rdbuf();
     const auto wanted = interfaceTags(described.str());
     EXPECT_EQ(wanted.size(), 6U);
     EXPECT_EQ(interfaceTags(told.out), wanted) << told.out;

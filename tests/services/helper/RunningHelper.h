@@ -13,6 +13,7 @@
 
 #include "tests/childrenOf.h"
 #include "tests/eventually.h"
+#include "tests/places.h"
 #include "tests/sandbox/ChildProcess.h"
 #include "tests/sandbox/runProgram.h"
 #include "tests/services/ServiceRoom.h"
@@ -42,8 +43,8 @@ class Helper : public ServiceRoom {
         ServiceRoom::SetUp();
         if (IsSkipped()) return;
         std::filesystem::create_directory("/usr/libexec/kestrav");
-        std::filesystem::copy_file(KESTRAV_BLESS, kBless);
-        std::filesystem::copy_file(KESTRAV_HELPER, "/usr/libexec/kestrav/kestrav-helper");
+        std::filesystem::copy_file(places::ofProgram("kestrav-bless"), kBless);
+        std::filesystem::copy_file(places::ofProgram("kestrav-helper"), "/usr/libexec/kestrav/kestrav-helper");
         ASSERT_EQ(runProgram({kBless, "install"}).exitStatus, 0);
     }
 
@@ -59,8 +60,8 @@ class Helper : public ServiceRoom {
                 environment.push_back(std::string(name) + "=" + value);
             }
         }
-        helper_ = ChildProcess::start({"/bin/sh", "-c", std::string("exec ") + KESTRAV_HELPER + " 2>>" + errors},
-                                      environment);
+        helper_ = ChildProcess::start(
+            {"/bin/sh", "-c", "exec " + places::ofProgram("kestrav-helper") + " 2>>" + errors}, environment);
         ASSERT_TRUE(eventually(helperHasItsName));
     }
 

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "tests/TemporaryFolder.h"
+#include "tests/places.h"
 #include "tests/sandbox/runProgram.h"
 
 namespace kestrav {
@@ -13,7 +14,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-const fs::path kPackaging = KESTRAV_PACKAGING;
+const fs::path kPackaging = places::ofSource("packaging");
 
 /// A unit as it is installed, its programs where this build has them.
 std::string unitText(const std::string& name) {
@@ -22,8 +23,8 @@ std::string unitText(const std::string& name) {
         for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size())
             text.replace(at, from.size(), to);
     };
-    replace("@KESTRAV_LIBEXEC@/kestrav-commandd", KESTRAV_COMMANDD);
-    replace("/usr/local/libexec/com.corvatel.KestravHelper", KESTRAV_HELPER);
+    replace("@KESTRAV_LIBEXEC@/kestrav-commandd", places::ofProgram("kestrav-commandd"));
+    replace("/usr/local/libexec/com.corvatel.KestravHelper", places::ofProgram("kestrav-helper"));
     return text;
 }
 
