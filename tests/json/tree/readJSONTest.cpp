@@ -68,15 +68,20 @@ struct TextRow {
 };
 
 class ReaderText : public testing::TestWithParam<TextRow> {};
-INSTANTIATE_TEST_SUITE_P(Texts, ReaderText,
-                         testing::Values(TextRow{R"("")", ""}, TextRow{R"("\"\\\/\b\f\n\r\t")", "\"\\/\b\f\n\r\t"},
-                                         TextRow{R"("\u0041\u00e9\u20AC")", "A\xC3\xA9\xE2\x82\xAC"},
-                                         TextRow{R"("\uD83D\uDE00")", "\xF0\x9F\x98\x80"},
-                                         TextRow{R"("\ud83d\ude00 and on")", "\xF0\x9F\x98\x80 and on"},
-                                         TextRow{R"("\u0000")", std::string(1, '\0')}, TextRow{"\"\x7F\"", "\x7F"},
-                                         TextRow{"\"\xF4\x8F\xBF\xBF\"", "\xF4\x8F\xBF\xBF"},
-                                         TextRow{R"("\uFFFF")", "\xEF\xBF\xBF"}),
-                         [](const auto& row) { return "Row" + std::to_string(row.index); });
+INSTANTIATE_TEST_SUITE_P(
+    Texts, ReaderText,
+    testing::Values(TextRow{R"("")", ""}, TextRow{R"("\"\\\/\b\f\n\r\t")", "\"\\/\b\f\n\r\t"},
+                    TextRow{R"("\u0041\u00e9\u20AC")", "A\xC3\xA9\xE2\x82\xAC"},
+                    TextRow{R"("\uD83D\uDE00")", "\xF0\x9F\x98\x80"},
+                    TextRow{R"("\ud83d\ude00 and on")", "\xF0\x9F\x98\x80 and on"},
+                    TextRow{R"("\u0000")", std::string(1, '\0')}, TextRow{"\"\x7F\"", "\x7F"},
+                    TextRow{"\"\xF4\x8F\xBF\xBF\"", "\xF4\x8F\xBF\xBF"}, TextRow{R"("\uFFFF")", "\xEF\xBF\xBF"},
+                    // Where one length of UTF-8 ends and the next begins.
+                    TextRow{R"("\u007f\u0080")", "\x7F\xC2\x80"}, TextRow{R"("\u07ff\u0800")", "\xDF\xBF\xE0\xA0\x80"},
+                    TextRow{R"("\ud800\udc00")", "\xF0\x90\x80\x80"}, TextRow{R"("\udbff\udfff")", "\xF4\x8F\xBF\xBF"},
+                    // Beside the surrogates.
+                    TextRow{R"("\ud7ff\ue000")", "\xED\x9F\xBF\xEE\x80\x80"}),
+    [](const auto& row) { return "Row" + std::to_string(row.index); });
 
 TEST_P(ReaderText, IsReadWithItsEscapes) {
     const auto result = readAny(GetParam().json);
@@ -117,8 +122,9 @@ INSTANTIATE_TEST_SUITE_P(
                     Refused{"[-]", 2}, Refused{"[1e]", 3}, Refused{"[1e+]", 4}, Refused{"[0x10]", 2},
                     Refused{"[1,//c\n2]", 3}, Refused{"/**/[]", 0}, Refused{"[\"\t\"]", 2}, Refused{"[\"a\nb\"]", 3},
                     Refused{std::string("[\"\0\"]", 5), 2}, Refused{std::string("[]\0", 3), 2}, Refused{"[\"\\x\"]", 3},
-                    Refused{"[\"\\u12\"]", 6}, Refused{"[\"\xFF\"]", 2}, Refused{"[\"ab\xC3(\"]", 4},
-                    Refused{"[\"\xC0\xAF\"]", 2}, Refused{"[\"\xED\xA0\x80\"]", 2},
+                    Refused{"[\"\\u12\"]", 6}, Refused{"[\"\\u000g\"]", 7}, Refused{"[\"\\u000`\"]", 7},
+                    Refused{"[\"\\u000/\"]", 7}, Refused{"[\"\\u000:\"]", 7}, Refused{"[\"\xFF\"]", 2},
+                    Refused{"[\"ab\xC3(\"]", 4}, Refused{"[\"\xC0\xAF\"]", 2}, Refused{"[\"\xED\xA0\x80\"]", 2},
                     Refused{"[\"\xF4\x90\x80\x80\"]", 2}, Refused{"[\"\xE2\x82\"]", 2}, Refused{"[\xC3\xA9]", 1},
                     Refused{"[1e99999999999]", 12}, Refused{"[1e1000000000]", 13}, Refused{"[0.00001e2147483648]", 18},
                     Refused{"[\v1]", 1},
@@ -139,7 +145,9 @@ class LoneSurrogate : public testing::TestWithParam<const char*> {};
 INSTANTIATE_TEST_SUITE_P(Texts, LoneSurrogate,
                          testing::Values(R"(["\uD800"])", R"(["\uDC00"])", R"(["\uD800x"])", R"(["\uD800\n"])",
                                          R"(["\uD800A"])", R"(["\uDE00\uD83D"])", R"(["\uD83D\uD83D and more"])",
-                                         R"(["\uDC00 with something behind"])"));
+                                         R"(["\uDC00 with something behind"])", R"(["\uD800\uE000"])",
+                                         R"(["\uDC00\uDC00"])", R"(["\uD800\uDBFF"])", R"(["\uDFFF"])",
+                                         R"(["\uDBFF\u0041"])"));
 
 TEST_P(LoneSurrogate, IsAnErrorWithinTheText) {
     const auto result = readJSON(GetParam());
