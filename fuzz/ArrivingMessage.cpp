@@ -1,6 +1,7 @@
 #include "fuzz/ArrivingMessage.h"
 
 #include <array>
+#include <optional>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -10,8 +11,6 @@
 
 namespace kestrav {
 namespace {
-
-using Taker = std::function<void(sd_bus_message*)>;
 
 void pad(std::string& bytes, std::size_t boundary) {
     bytes.resize((bytes.size() + boundary - 1) / boundary * boundary);
@@ -29,10 +28,47 @@ void appendField(std::string& fields, char code, char type, std::string_view tex
     }
 }
 
-int onMessage(sd_bus_message* message, void* take, sd_bus_error*) {
-    (*static_cast<const Taker*>(take))(message);
-    return 1;
-}
+/// Two ends of a connection, one of them libsystemd's.
+class Connection {
+  public:
+    Connection() {
+        std::array<int, 2> ends{};
+        require(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, ends.data()) == 0);
+        peer_ = UniqueFd(ends[1]);
+        sd_bus* raw = nullptr;
+        require(sd_bus_new(&raw) >= 0);
+        bus_ = SdBusPtr(raw);
+        require(sd_bus_set_fd(raw, ends[0], ends[0]) >= 0);
+        require(sd_bus_set_server(raw, 1, sd_id128_t{}) >= 0 && sd_bus_set_anonymous(raw, 1) >= 0);
+        require(sd_bus_add_filter(raw, nullptr, onMessage, this) >= 0 && sd_bus_start(raw) >= 0);
+        require(send(std::string(1, '\0') + "AUTH ANONYMOUS\r\nBEGIN\r\n"));
+        for (int step = 0; step < 16; ++step)
+            sd_bus_process(raw, nullptr);
+    }
+    Connection(const Connection&) = delete;
+    Connection& operator=(const Connection&) = delete;
+
+    void receive(std::string_view bytes, const MessageTaker& take) {
+        take_ = &take;
+        if (!send(bytes)) return;
+        for (int step = 0; step < 64 && sd_bus_process(bus_.get(), nullptr) > 0; ++step) {
+        }
+    }
+    bool isOpen() const { return sd_bus_is_ready(bus_.get()) > 0; }
+
+  private:
+    static int onMessage(sd_bus_message* message, void* connection, sd_bus_error*) {
+        (*static_cast<const Connection*>(connection)->take_)(message);
+        return 1;
+    }
+    bool send(std::string_view bytes) const {
+        return ::send(peer_.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(bytes.size());
+    }
+
+    UniqueFd peer_;
+    SdBusPtr bus_;
+    const MessageTaker* take_ = nullptr;
+};
 
 }  // namespace
 
@@ -69,25 +105,21 @@ std::string MessageBytes::whole() const {
     return message + body;
 }
 
-void receive(std::string_view bytes, const Taker& take) {
-    std::array<int, 2> ends{};
-    require(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, ends.data()) == 0);
-    const UniqueFd peer(ends[1]);
-    sd_bus* raw = nullptr;
-    require(sd_bus_new(&raw) >= 0);
-    const SdBusPtr bus(raw);
-    require(sd_bus_set_fd(raw, ends[0], ends[0]) >= 0);
-    require(sd_bus_set_server(raw, 1, sd_id128_t{}) >= 0 && sd_bus_set_anonymous(raw, 1) >= 0);
-    require(sd_bus_add_filter(raw, nullptr, onMessage, const_cast<Taker*>(&take)) >= 0 && sd_bus_start(raw) >= 0);
-    const std::string greeting = std::string(1, '\0') + "AUTH ANONYMOUS\r\nBEGIN\r\n";
-    require(::send(peer.get(), greeting.data(), greeting.size(), MSG_NOSIGNAL) ==
-            static_cast<ssize_t>(greeting.size()));
-    for (int step = 0; step < 16; ++step)
-        sd_bus_process(raw, nullptr);
-    const ssize_t sent = ::send(peer.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL);
-    if (sent != static_cast<ssize_t>(bytes.size())) return;
-    for (int step = 0; step < 64 && sd_bus_process(raw, nullptr) > 0; ++step) {
-    }
+void receive(std::string_view bytes, const MessageTaker& take) {
+    Connection().receive(bytes, take);
+}
+
+void receive(const MessageBytes& message, const MessageTaker& take) {
+    static std::optional<Connection> lasting;
+    const std::string bytes = message.whole();
+    if (!lasting || !lasting->isOpen()) lasting.emplace();
+    bool isTaken = false;
+    lasting->receive(bytes, [&](sd_bus_message* arrived) {
+        isTaken = true;
+        take(arrived);
+    });
+    // What was not made a message may wait for more.
+    if (!isTaken) lasting.reset();
 }
 
 }  // namespace kestrav

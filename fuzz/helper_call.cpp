@@ -47,11 +47,12 @@ void checkLimits(const CallText& call) {
 
 void check(bool isBody, std::string_view bytes) {
     const std::string body(isBody ? bytes : std::string_view());
-    receive(isBody ? MessageBytes{1, "sas", body}.whole() : std::string(bytes), [&](sd_bus_message* message) {
+    const auto take = [&](sd_bus_message* message) {
         const CallText call = readCall(message);
         checkLimits(call);
         if (isBody && call.isWhole && !call.trouble) checkTexts(body, call.asked);
-    });
+    };
+    isBody ? receive(MessageBytes{1, "sas", body}, take) : receive(bytes, take);
 }
 
 }  // namespace

@@ -36,13 +36,14 @@ void checkRefusal(const Problem& problem) {
 
 void check(std::uint8_t what, std::string_view bytes) {
     const MessageBytes message = what == 0 ? MessageBytes{} : messageOf(what, bytes);
-    receive(what == 0 ? std::string(bytes) : message.whole(), [&](sd_bus_message* arrived) {
+    const auto take = [&](sd_bus_message* arrived) {
         const auto answer = polkitAnswer(arrived);
         if (!answer) return checkRefusal(answer.problem());
         if (what == 0) return require(sd_bus_message_is_method_error(arrived, nullptr) == 0);
         const bool saysYes = message.body.size() >= 4 && !message.body.starts_with(std::string(4, '\0'));
         require(message.kind == 2 && message.signature.starts_with(kForm) && saysYes);
-    });
+    };
+    what == 0 ? receive(bytes, take) : receive(message, take);
 }
 
 }  // namespace
