@@ -73,10 +73,11 @@ UsbDevice accessory(const std::string& disk) {
 class Pictures {
   public:
     explicit Pictures(QString folder) : folder_(std::move(folder)) {
+        auto& log = dynamic_cast<LogTextEdit&>(*window_.findChild<QPlainTextEdit*>());
         for (const char* line :
              {"Preparing to process firmware.", "Loaded icon file: /home/anna/accessory-2.1.fds with 62000000 bytes.",
               "Writing to device memory space.", "", "Finished writing to device.", "End firmware processing."}) {
-            window_.findChild<LogTextEdit*>()->append(std::string(line) + "\r\n");
+            log.append(std::string(line) + "\r\n");
         }
     }
 
