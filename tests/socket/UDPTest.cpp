@@ -24,6 +24,7 @@ TEST_P(UdpServerBindAny, TakesThePortOnAnyInterfaceWithBroadcastAllowed) {
     EXPECT_EQ(portOf(fd.get()), port);
     EXPECT_EQ(option(fd.get(), SO_BROADCAST), 1);
     EXPECT_EQ(option(fd.get(), SO_REUSEADDR), 0);
+    EXPECT_EQ(::fcntl(fd.get(), F_GETFD) & FD_CLOEXEC, FD_CLOEXEC);
 }
 
 TEST_P(UdpServerBindAny, FailsOnATakenPortAndLeavesTheDescriptorOpen) {
@@ -89,6 +90,16 @@ TEST(UdpReceiveFrom, CutsALongDatagram) {
     Sender sender{};
     EXPECT_EQ(receive(here.get(), buffer.data(), 3, sender), 3);
     EXPECT_EQ(receive(here.get(), buffer.data(), 3, sender), 1);
+}
+
+TEST(UdpReceiveFrom, TellsTheSenderToWhomeverHasNoRoom) {
+    const UniqueFd here = boundSocket(SOCK_DGRAM);
+    ASSERT_EQ(udp_send_to(here.get(), "hello", 5, "127.0.0.1", portOf(here.get())), 5);
+    char byte = 'x';
+    Sender sender{};
+    EXPECT_EQ(receive(here.get(), &byte, 0, sender), 0);
+    EXPECT_EQ(byte, 'x');
+    EXPECT_EQ(sender.address, "127.0.0.1");
 }
 
 TEST(UdpReceiveFrom, FailsWithZeroesForTheSender) {

@@ -131,7 +131,10 @@ INSTANTIATE_TEST_SUITE_P(
                     Refused{"[\xC2\xA0"
                             "1]",
                             1},
-                    Refused{"[1,2", 4}),
+                    Refused{"[1,2", 4},
+                    // What the end cuts off may have been good: the fault is there. What could not, is one itself.
+                    Refused{"[\"\xC3", 3}, Refused{"[\"\xC3(", 2}, Refused{"[\"\xC0", 2}, Refused{"[\"\xC1", 2},
+                    Refused{"[\"\xE2\x82", 4}, Refused{"[\"\xF4\x8F\xBF", 5}, Refused{"[\"\xF5\x80", 2}),
     [](const auto& row) { return "Row" + std::to_string(row.index); });
 
 TEST_P(ReaderError, TellsTheByte) {
