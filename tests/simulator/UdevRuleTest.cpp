@@ -53,18 +53,23 @@ class UdevRule : public ::testing::Test {
     TemporaryFolder folder_;
 };
 
+/// Among the names that udevadm tells last. What it says on the way differs from one version to the next.
+auto HasTheLink(const std::string& link) {
+    return testing::ContainsRegex("\n *DEVLINKS=([^\n]* )?" + link + "[ \n]");
+}
+
 TEST_F(UdevRule, GivesTheWholeDiskItsRawName) {
     const std::string said = saidOf("sdzz");
     if (!isolated_) GTEST_SKIP() << "mounting takes root";
-    EXPECT_THAT(said, HasSubstr("60-kestrav.rules:5 LINK 'rsdzz'"));
-    EXPECT_THAT(said, HasSubstr("Successfully created symlink '/dev/rsdzz' to '/dev/sdzz'"));
+    EXPECT_THAT(said, HasSubstr("60-kestrav.rules:5 "));
+    EXPECT_THAT(said, HasTheLink("/dev/rsdzz"));
     EXPECT_THAT(said, Not(HasSubstr("60-kestrav.rules:6")));
 }
 
 TEST_F(UdevRule, GivesTheFirstPartitionItsName) {
     const std::string said = saidOf("sdzz1");
     if (!isolated_) GTEST_SKIP() << "mounting takes root";
-    EXPECT_THAT(said, HasSubstr("Successfully created symlink '/dev/sdzzs1' to '/dev/sdzz1'"));
+    EXPECT_THAT(said, HasTheLink("/dev/sdzzs1"));
     EXPECT_THAT(said, Not(HasSubstr("60-kestrav.rules:5")));
 }
 

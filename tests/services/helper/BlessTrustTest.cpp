@@ -44,6 +44,7 @@ INSTANTIATE_TEST_SUITE_P(Folders, BlessDistrusts,
 
 TEST_F(Bless, DistrustsALinkOnTheWay) {
     fs::create_directory("/etc/elsewhere");
+    fs::remove("/usr/local/libexec");  // a fresh Debian 13 has it, empty
     fs::create_directory_symlink("/etc/elsewhere", "/usr/local/libexec");
     const ProgramRun run = bless("install");
     EXPECT_EQ(run.exitStatus, 1);
