@@ -117,7 +117,8 @@ char* putFraction(const DoubleDigits& digits, int decimals, char* to) {
         return to + count + 1;
     }
     const int power = whole - 1;
-    const int scientific = count + (count > 1 ? 1 : 0) + (power > -100 ? 4 : 5);
+    // A power of three digits is too far from the point to be written plain anyway.
+    const int scientific = count + (count > 1 ? 1 : 0) + 4;
     if (decimals > kAlwaysPlain && decimals + 2 > scientific) return putScientific(digits, power, to);
     const int zeros = decimals + 2 - count;
     std::fill_n(to, zeros, '0');

@@ -155,6 +155,17 @@ TEST(UDPServer, ReceivesFromAnyInterface) {
     EXPECT_EQ(datagram.port, endpointOf(peer.get()).sin_port);
 }
 
+TEST(UDPServer, HasAsManyBytesAsHaveArrived) {
+    UDPServer server("", 0);
+    const UniqueFd owner(*server.fd);
+    UDPClient client("127.0.0.1", portOf(owner.get()));
+    client.send("hello");
+    const UDPServer::Datagram datagram = server.receive(16);
+    ASSERT_TRUE(datagram.bytes);
+    EXPECT_EQ(datagram.bytes->size(), 5U);
+    client.close();
+}
+
 TEST(UDPServer, HasNoBytesForAnEmptyDatagram) {
     UDPServer server("", 0);
     const UniqueFd owner(*server.fd);

@@ -112,29 +112,29 @@ struct Refused {
 class ReaderError : public testing::TestWithParam<Refused> {};
 INSTANTIATE_TEST_SUITE_P(
     Documents, ReaderError,
-    testing::Values(Refused{"", 0}, Refused{"   ", 3}, Refused{"[", 1}, Refused{"[1", 2}, Refused{"[1,", 3},
-                    Refused{"[1,]", 3}, Refused{"[,1]", 1}, Refused{"[1 2]", 3}, Refused{"]", 0}, Refused{"{", 1},
-                    Refused{"{\"a\"", 4}, Refused{"{\"a\" 1}", 5}, Refused{"{\"a\":}", 5}, Refused{"{\"a\":1,}", 7},
-                    Refused{"{a:1}", 1}, Refused{"{1:1}", 1}, Refused{"[1] x", 4}, Refused{"[1]]", 3},
-                    Refused{"{}{}", 2}, Refused{kBom + "[]", 0}, Refused{"[tru]", 1}, Refused{"[True]", 1},
-                    Refused{"[nul", 4}, Refused{"[NaN]", 1}, Refused{"[Infinity]", 1}, Refused{"['a']", 1},
-                    Refused{"[\"a]", 4}, Refused{"[01]", 2}, Refused{"[+1]", 1}, Refused{"[.5]", 1}, Refused{"[1.]", 3},
-                    Refused{"[-]", 2}, Refused{"[1e]", 3}, Refused{"[1e+]", 4}, Refused{"[0x10]", 2},
-                    Refused{"[1,//c\n2]", 3}, Refused{"/**/[]", 0}, Refused{"[\"\t\"]", 2}, Refused{"[\"a\nb\"]", 3},
-                    Refused{std::string("[\"\0\"]", 5), 2}, Refused{std::string("[]\0", 3), 2}, Refused{"[\"\\x\"]", 3},
-                    Refused{"[\"\\u12\"]", 6}, Refused{"[\"\\u000g\"]", 7}, Refused{"[\"\\u000`\"]", 7},
-                    Refused{"[\"\\u000/\"]", 7}, Refused{"[\"\\u000:\"]", 7}, Refused{"[\"\xFF\"]", 2},
-                    Refused{"[\"ab\xC3(\"]", 4}, Refused{"[\"\xC0\xAF\"]", 2}, Refused{"[\"\xED\xA0\x80\"]", 2},
-                    Refused{"[\"\xF4\x90\x80\x80\"]", 2}, Refused{"[\"\xE2\x82\"]", 2}, Refused{"[\xC3\xA9]", 1},
-                    Refused{"[1e99999999999]", 12}, Refused{"[1e1000000000]", 13}, Refused{"[0.00001e2147483648]", 18},
-                    Refused{"[\v1]", 1},
-                    Refused{"[\xC2\xA0"
-                            "1]",
-                            1},
-                    Refused{"[1,2", 4},
-                    // What the end cuts off may have been good: the fault is there. What could not, is one itself.
-                    Refused{"[\"\xC3", 3}, Refused{"[\"\xC3(", 2}, Refused{"[\"\xC0", 2}, Refused{"[\"\xC1", 2},
-                    Refused{"[\"\xE2\x82", 4}, Refused{"[\"\xF4\x8F\xBF", 5}, Refused{"[\"\xF5\x80", 2}),
+    testing::Values(
+        Refused{"", 0}, Refused{"   ", 3}, Refused{"[", 1}, Refused{"[1", 2}, Refused{"[1,", 3}, Refused{"[1,]", 3},
+        Refused{"[,1]", 1}, Refused{"[1 2]", 3}, Refused{"]", 0}, Refused{"{", 1}, Refused{"{\"a\"", 4},
+        Refused{"{\"a\" 1}", 5}, Refused{"{\"a\":}", 5}, Refused{"{\"a\":1,}", 7}, Refused{"{\"a\":1]", 6},
+        Refused{"{\"a\":1 2}", 7}, Refused{"{a:1}", 1}, Refused{"{1:1}", 1}, Refused{"[1] x", 4}, Refused{"[1]]", 3},
+        Refused{"{}{}", 2}, Refused{kBom + "[]", 0}, Refused{"[tru]", 1}, Refused{"[True]", 1}, Refused{"[nul", 4},
+        Refused{"[nux", 3}, Refused{"[tx", 2}, Refused{"[falx", 4}, Refused{"[NaN]", 1}, Refused{"[Infinity]", 1},
+        Refused{"['a']", 1}, Refused{"[\"a]", 4}, Refused{"[01]", 2}, Refused{"[+1]", 1}, Refused{"[.5]", 1},
+        Refused{"[1.]", 3}, Refused{"[-]", 2}, Refused{"[1e]", 3}, Refused{"[1e+]", 4}, Refused{"[0x10]", 2},
+        Refused{"[1,//c\n2]", 3}, Refused{"/**/[]", 0}, Refused{"[\"\t\"]", 2}, Refused{"[\"a\nb\"]", 3},
+        Refused{std::string("[\"\0\"]", 5), 2}, Refused{std::string("[]\0", 3), 2}, Refused{"[\"\\x\"]", 3},
+        Refused{"[\"\\u12\"]", 6}, Refused{"[\"\\u000g\"]", 7}, Refused{"[\"\\u000`\"]", 7},
+        Refused{"[\"\\u000/\"]", 7}, Refused{"[\"\\u000:\"]", 7}, Refused{"[\"\xFF\"]", 2}, Refused{"[\"ab\xC3(\"]", 4},
+        Refused{"[\"\xC0\xAF\"]", 2}, Refused{"[\"\xED\xA0\x80\"]", 2}, Refused{"[\"\xF4\x90\x80\x80\"]", 2},
+        Refused{"[\"\xE2\x82\"]", 2}, Refused{"[\xC3\xA9]", 1}, Refused{"[1e99999999999]", 12},
+        Refused{"[1e1000000000]", 13}, Refused{"[0.00001e2147483648]", 18}, Refused{"[\v1]", 1},
+        Refused{"[\xC2\xA0"
+                "1]",
+                1},
+        Refused{"[1,2", 4},
+        // What the end cuts off may have been good: the fault is there. What could not, is one itself.
+        Refused{"[\"\xC3", 3}, Refused{"[\"\xC3(", 2}, Refused{"[\"\xC0", 2}, Refused{"[\"\xC1", 2},
+        Refused{"[\"\xE2\x82", 4}, Refused{"[\"\xF4\x8F\xBF", 5}, Refused{"[\"\xF5\x80", 2}),
     [](const auto& row) { return "Row" + std::to_string(row.index); });
 
 TEST_P(ReaderError, TellsTheByte) {
