@@ -62,10 +62,9 @@ class Looks(DesktopTest):
 
     def test_one_and_a_half_times_the_size(self):
         self.restart_with(QT_SCALE_FACTOR="1.5")
-        width, height = self.pixels()
-        # The toolkit rounds as it likes, and from one version to the next in another way.
-        self.assertAlmostEqual(width, 720, delta=1)
-        self.assertAlmostEqual(height, 405, delta=1)
+        # The toolkit rounds whenever the window manager tells it of the window: Debian 13's loses up to three pixels.
+        for size, wanted in zip(self.pixels(), (720, 405)):
+            self.assertAlmostEqual(size, wanted, delta=3)
 
     def test_twice_the_size(self):
         self.restart_with(QT_SCALE_FACTOR="2")

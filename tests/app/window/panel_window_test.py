@@ -4,12 +4,12 @@ import subprocess
 import sys
 import time
 
-from desktop import DesktopTest
+from desktop import NEWER_ROLES, DesktopTest
 from road import AnsweringService
 
 TITLE = "Choose a firmware image"
 
-# Says each object of a role that comes into a state, as a screen reader would speak it out.
+# Says each object of one of the roles that comes into a state, as a screen reader would speak it out.
 READER = """
 import sys
 import gi
@@ -18,12 +18,12 @@ from gi.repository import Atspi, GLib
 def heard(event):
     try:
         event.source.clear_cache()
-        if event.detail1 and event.source.get_role_name() == sys.argv[1]:
+        if event.detail1 and event.source.get_role_name() in sys.argv[2:]:
             print(event.source.get_name(), flush=True)
     except GLib.Error:
         pass  # it is gone
 listener = Atspi.EventListener.new(heard)
-listener.register("object:state-changed:" + sys.argv[2])
+listener.register("object:state-changed:" + sys.argv[1])
 print("ready", flush=True)
 Atspi.event_main()
 """
@@ -93,7 +93,8 @@ class Panel(DesktopTest):
 
     def start_reader(self, role, state):
         """Gives what waits until its words are heard."""
-        reader = self.start([sys.executable, "-c", READER, role, state], stdout=subprocess.PIPE, text=True)
+        roles = [role, *(newer for newer, older in NEWER_ROLES.items() if older == role)]
+        reader = self.start([sys.executable, "-c", READER, state, *roles], stdout=subprocess.PIPE, text=True)
         self.addCleanup(reader.stdout.close)
         self.assertEqual(reader.stdout.readline(), "ready\n")
 
