@@ -96,12 +96,12 @@ Number JSON::rawNumber() const {
     return field.number().value_or(Number());
 }
 
-/// Null with the error of the lookup; a value that carries an error already, and isn't of the fitting kind, passes
-/// that on.
+/// Null with the error of the lookup; a value that carries an error already, which is neither list nor map, passes that
+/// on.
 JSON JSON::notFound(const JSONKey& key) const {
     Past past;
     past.error = this->past().error;
-    if (!past.error || suits(key, object_)) past.error = lookupError(object_, key);
+    if (!past.error) past.error = lookupError(object_, key);
     JSON null;
     null.past_ = std::make_shared<const Past>(std::move(past));
     return null;

@@ -20,10 +20,6 @@ JSONError keyError(std::string_view key, bool isMap) {
 
 }  // namespace
 
-bool suits(const JSONKey& key, const Tree& container) noexcept {
-    return key.kind() == JSONKey::Kind::index ? container.isList() : container.isMap();
-}
-
 JSONError lookupError(const Tree& container, const JSONKey& key) {
     if (const auto index = key.object().number()) return indexError(*index, container.isList());
     return keyError(*key.key(), container.isMap());

@@ -6,9 +6,6 @@
 
 namespace kestrav {
 
-/// Whether `key` is of the sort that addresses members of `container`, be such a member there or not.
-bool suits(const JSONKey& key, const Tree& container) noexcept;
-
 /// Why `key` leads to nothing in `container`. People and programs know these messages: see docs/frozen.md.
 JSONError lookupError(const Tree& container, const JSONKey& key);
 

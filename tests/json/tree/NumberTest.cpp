@@ -120,6 +120,7 @@ INSTANTIATE_TEST_SUITE_P(
                     ConversionRow{Number(-1e300), kLowest, std::uint64_t{1} << 63U},
                     ConversionRow{Number(kTwoTo63), kHighest, std::uint64_t{1} << 63U},
                     ConversionRow{Number(-kTwoTo63), kLowest, std::uint64_t{1} << 63U},
+                    ConversionRow{Number(2 * kTwoTo63), kHighest, kHighestUnsigned},
                     ConversionRow{Number(kInfinity), kHighest, kHighestUnsigned},
                     ConversionRow{Number(std::nan("")), 0, 0}, ConversionRow{Number(kNotANumber), 0, 0},
                     ConversionRow{decimal("12.9"), 12, 12}, ConversionRow{decimal("-12.9"), -12, kHighestUnsigned - 11},

@@ -71,6 +71,23 @@ TEST_P(TreeMapOfSize, LosesItsMembersAndKeepsTheOthersInOrder) {
     EXPECT_EQ(before, mapOf(GetParam()));
 }
 
+TEST(TreeMap, EndsItsSearchAfterManyMembersHaveComeAndGone) {
+    Tree map = mapOf(40);
+    for (int round = 0; round < 1000; ++round) {
+        map.setMember("passing" + std::to_string(round), Tree(round));
+        map.removeMember("passing" + std::to_string(round));
+    }
+    EXPECT_EQ(map.member("none of these"), nullptr);
+    EXPECT_EQ(map, mapOf(40));
+}
+
+TEST(TreeMap, IsNotOneOfAsManyMembersWithOtherNames) {
+    Tree other = mapOf(2);
+    other.removeMember("key1");
+    other.setMember("another", *mapOf(2).member("key1"));
+    EXPECT_FALSE(mapOf(2) == other);
+}
+
 TEST(TreeMap, LosesAMemberByAKeyFromItself) {
     Tree map = mapOf(40);
     map.setMember(kLong, Tree(1));
