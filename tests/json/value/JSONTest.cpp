@@ -157,6 +157,10 @@ TEST(JSONFromBytes, SetsTheParsedObject) {
     EXPECT_EQ(error.domain, "untouched");
 }
 
+TEST(JSONErrorOfNobody, DescribesNothing) {
+    EXPECT_EQ(JSONError().localizedDescription(), "");
+}
+
 TEST(JSONFromBytes, IsNullAndTellsWhyWhenTheyAreNoJSON) {
     const std::string_view text = "[1,]";
     JSONError error;
