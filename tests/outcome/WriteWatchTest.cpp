@@ -35,16 +35,33 @@ pid_t endedProcess() {
     return child;
 }
 
+/// What stands on the board of a write, beside how far it is.
+struct Note {
+    std::string more = {};
+    int begun = 2000;
+    pid_t writer = ::getpid();
+    std::uint64_t writerStart = ownStart();
+    uid_t user = ::geteuid();
+    pid_t asker = ::getpid();
+};
+
 class TheWatch : public testing::Test {
   protected:
-    void post(std::string_view phase, std::uint64_t done, std::string_view more = "", pid_t writer = ::getpid(),
-              int begun = 2000) const {
+    void post(std::string_view phase, std::uint64_t done, const Note& note = {}) const {
         const std::string fresh = folder_.path() / "new";
-        std::ofstream(fresh) << R"({"version":1,"disk":"sdzz","user":)" << ::geteuid() << R"(,"asker":)" << ::getpid()
-                             << R"(,"writer":)" << writer << R"(,"writerStart":)" << start_
+        std::ofstream(fresh) << R"({"version":1,"disk":"sdzz","user":)" << note.user << R"(,"asker":)" << note.asker
+                             << R"(,"writer":)" << note.writer << R"(,"writerStart":)" << note.writerStart
                              << R"(,"firstBlock":1536,"bytes":1000,"phase":")" << phase << R"(","done":)" << done
-                             << R"(,"of":1000,"begun":)" << begun << more << "}";
+                             << R"(,"of":1000,"begun":)" << note.begun << note.more << "}";
         std::filesystem::rename(fresh, folder_.path() / "sdzz.json");
+    }
+    /// The phase that is told to whoever asked while `before` stood on the board, and `now` stands there since.
+    WritePhase phaseTold(const Note& before, const Note& now) {
+        post("writing", 300, before);
+        WriteWatch watch(answers_, {}, board());
+        ask(watch);
+        post("writing", 400, now);
+        return watch.state()->phase;
     }
     void ask(WriteWatch& watch) const { watch.asked("dd", Texts{"if=/a", "of=/dev/rsdzz", "seek=1536", "bs=512"}); }
 
@@ -67,7 +84,6 @@ class TheWatch : public testing::Test {
 
   private:
     TemporaryFolder folder_;
-    std::uint64_t start_ = ownStart();
     std::mutex mutex_;
     std::vector<WriteState> shown_;
 };
@@ -85,7 +101,7 @@ TEST_F(TheWatch, PassesOnWhatIsAskedAndAnswered) {
 
 TEST_F(TheWatch, ShowsHowTheWriteGoesOnAndNoOther) {
     WriteWatch watch(answers_, show(), board());
-    post("done", 1000, R"(,"verdict":"failed")", ::getpid(), 1000);
+    post("done", 1000, {.more = R"(,"verdict":"failed")", .begun = 1000});
     ask(watch);
     EXPECT_EQ(shown(), (std::vector<WriteState>{{"sdzz", WritePhase::asking}}));
     post("writing", 400);
@@ -101,7 +117,7 @@ TEST_F(TheWatch, ShowsHowTheWriteGoesOnAndNoOther) {
 
 TEST_F(TheWatch, TakesTheWriteBeforeForNoPartOfThisOne) {
     WriteWatch watch(answers_, {}, board());
-    post("done", 1000, R"(,"verdict":"wrote")", ::getpid(), 1000);
+    post("done", 1000, {.more = R"(,"verdict":"wrote")", .begun = 1000});
     ask(watch);
     EXPECT_EQ(watch.state()->phase, WritePhase::asking);
     watch.unanswered({Unanswered::Why::noReplyInTime, ""});
@@ -115,6 +131,21 @@ TEST_F(TheWatch, LeavesTheWriteOfSomebodyElseAlone) {
     EXPECT_EQ(watch.state()->phase, WritePhase::asking);
     watch.unanswered({Unanswered::Why::noReplyInTime, ""});
     EXPECT_EQ(watch.follow(waits_), WriteWatch::End::unknown);
+}
+
+TEST_F(TheWatch, TellsAWriteFromTheOneBefore) {
+    EXPECT_EQ(phaseTold({}, {}), WritePhase::asking) << "it goes on";
+    EXPECT_EQ(phaseTold({.begun = 1999}, {}), WritePhase::writing);
+    // Two of one second are of two processes, which may have had the same number.
+    EXPECT_EQ(phaseTold({.writer = endedProcess()}, {}), WritePhase::writing);
+    EXPECT_EQ(phaseTold({.writerStart = 1}, {}), WritePhase::writing);
+}
+
+TEST_F(TheWatch, TakesOnlyAWriteOfItsOwn) {
+    const Note before{.begun = 1999};
+    EXPECT_EQ(phaseTold(before, {.user = ::geteuid() + 1}), WritePhase::asking);
+    EXPECT_EQ(phaseTold(before, {.asker = ::getpid() + 1}), WritePhase::asking);
+    EXPECT_EQ(phaseTold(before, {.asker = 0}), WritePhase::writing) << "the service need not know who asked";
 }
 
 TEST_F(TheWatch, WatchesNoUnmounting) {
@@ -132,11 +163,11 @@ TEST_F(TheWatch, FollowsAWriteWithoutAnAnswerToItsEnd) {
         WriteWatch watch(answers_, show(), board());
         ask(watch);
         watch.unanswered({Unanswered::Why::noReplyInTime, ""});
-        post("checking", 500, "", ::getpid(), ++begun);
+        post("checking", 500, {.begun = ++begun});
         const std::size_t before = shown().size();
-        std::thread service([&, verdict = verdict] {
+        std::thread service([&, said = std::string(verdict)] {
             eventually([&] { return shown().size() > before; });
-            post("done", 1000, R"(,"verdict":")" + std::string(verdict) + "\"", ::getpid(), begun);
+            post("done", 1000, {.more = R"(,"verdict":")" + said + "\"", .begun = begun});
         });
         waited_ = 0;
         EXPECT_EQ(watch.follow(waits_), end) << verdict;
@@ -151,9 +182,9 @@ TEST_F(TheWatch, KnowsWhenWhoWroteIsGone) {
     WriteWatch watch(answers_, {}, board());
     ask(watch);
     watch.unanswered({Unanswered::Why::closedWithoutAReply, ""});
-    post("writing", 500, "", endedProcess());
+    post("writing", 500, {.writer = endedProcess()});
     EXPECT_EQ(watch.follow(waits_), WriteWatch::End::died);
-    post("done", 1000, R"(,"verdict":"wrote")", endedProcess());
+    post("done", 1000, {.more = R"(,"verdict":"wrote")", .writer = endedProcess()});
     EXPECT_EQ(watch.follow(waits_), WriteWatch::End::wrote);
 }
 
