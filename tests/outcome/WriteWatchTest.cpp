@@ -221,7 +221,9 @@ TEST(WrittenSectors, AreTheSeventhNumberOfTheKernelsLine) {
     std::ofstream(folder.path() / "sdb" / "stat") << "  10  0  80  5  20  1  4096  7  0  3  12\n";
     EXPECT_EQ(writtenSectors("sdb", folder.path()), 4096U);
     EXPECT_EQ(writtenSectors("sdc", folder.path()), std::nullopt);
-    EXPECT_EQ(writtenSectors("../sdb", folder.path()), std::nullopt);
+    EXPECT_EQ(writtenSectors("../sdb", folder.path() / "sdb"), std::nullopt);
+    EXPECT_EQ(writtenSectors("sdb/../sdb", folder.path()), std::nullopt);
+    EXPECT_EQ(writtenSectors("/" + (folder.path() / "sdb").string(), "/"), std::nullopt);
     EXPECT_EQ(writtenSectors("", folder.path()), std::nullopt);
     std::ofstream(folder.path() / "sdb" / "stat") << "  10  0  80\n";
     EXPECT_EQ(writtenSectors("sdb", folder.path()), std::nullopt);
