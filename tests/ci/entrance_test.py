@@ -38,11 +38,14 @@ class Entrance(unittest.TestCase):
         (self.programs / name).write_text(f"#!/bin/sh\n{script}\n", encoding="utf-8")
         (self.programs / name).chmod(0o755)
 
-    def format(self):
-        self.seen.unlink(missing_ok=True)
+    def run_step(self, step):
         environment = {**os.environ, "PATH": f"{self.programs}:{os.environ['PATH']}",
                        "GIT_CEILING_DIRECTORIES": str(self.tree.parent)}
-        run = subprocess.run([self.tree / "test", "format"], env=environment, check=False, capture_output=True, text=True)
+        return subprocess.run([self.tree / "test", step], env=environment, check=False, capture_output=True, text=True)
+
+    def format(self):
+        self.seen.unlink(missing_ok=True)
+        run = self.run_step("format")
         self.assertEqual(run.returncode, 0, run.stdout + run.stderr)
         return run.stdout
 
@@ -63,6 +66,19 @@ class Entrance(unittest.TestCase):
         self.clang_format("19.1.7")
         self.assertIn("0 passed, 0 failed, 1 skipped", self.format())
         self.assertFalse(self.seen.exists())
+
+    def test_takes_a_crash_of_a_fuzz_target_for_a_failure(self):
+        """Its exit status is the one by which other checks say that they can't be made."""
+        (self.tree / "fuzz/corpus/crashing").mkdir(parents=True)
+        self.program("cmake", "exit 0")
+        target = self.tree / "build/fuzz/bin/crashing"
+        target.parent.mkdir(parents=True)
+        target.write_text("#!/bin/sh\nexit 77\n", encoding="utf-8")
+        target.chmod(0o755)
+        run = self.run_step("fuzz")
+        self.assertIn("FAILED: fuzz crashing", run.stdout)
+        self.assertEqual(run.stdout.splitlines()[-1], "0 passed, 1 failed, 0 skipped")
+        self.assertEqual(run.returncode, 1)
 
     def test_explains_itself(self):
         for name in ("run", "test"):
