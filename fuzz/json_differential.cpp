@@ -3,6 +3,7 @@
 
 #include <bit>
 #include <boost/json/basic_parser_impl.hpp>
+#include <boost/version.hpp>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -62,6 +63,9 @@ bool isOfEscapes(const boost::json::error_code& error, std::string_view bytes, s
     return before.substr(before.size() < 8 ? 0 : before.size() - 8).find("\\u") != std::string_view::npos;
 }
 
+/// At which byte a document goes wrong differs from one version of Boost to the next: Debian 12's decides.
+constexpr bool kBoostDecides = BOOST_VERSION / 100 == 1081;
+
 void checkAgainstBoost(std::string_view bytes, const std::variant<Tree, ReadError>& own) {
     boost::json::parse_options grammar;
     grammar.max_depth = kMaxReadingDepth;
@@ -74,7 +78,7 @@ void checkAgainstBoost(std::string_view bytes, const std::variant<Tree, ReadErro
     if (error == boost::json::error::exponent_overflow && (refused == nullptr || refused->offset > used)) return;
     require(refused != nullptr);
     if (error && isOfEscapes(error, bytes, used)) return;
-    require(refused->offset == used);
+    if (kBoostDecides) require(refused->offset == used);
 }
 
 bool sameNumber(const Number& own, const nlohmann::json& other) {
