@@ -273,6 +273,10 @@ TEST(NearestWord, IsTheOneOfFewestSlips) {
     EXPECT_EQ(nearestWord("psuh", known), "push");
     EXPECT_EQ(nearestWord("firmwaer", known), "firmware");
     EXPECT_EQ(nearestWord("firmwere2", known), "firmware");
+    EXPECT_EQ(nearestWord("xyll", known), "pull");
+    EXPECT_EQ(nearestWord("xyzl", known), "") << "three of four letters";
+    EXPECT_EQ(nearestWord("ab", std::vector<std::string>{"ba"}), "ba")
+        << "two letters that changed places are one slip";
     EXPECT_EQ(nearestWord("", known), "");
     EXPECT_EQ(nearestWord("format", known), "");
     EXPECT_EQ(nearestWord(std::string(100000, 'f'), known), "");
