@@ -114,6 +114,8 @@ TEST_F(GateOnSimulatedDisk, SaysWhenAFirmwareReachesIntoTheIcon) {
 
 TEST_F(GateOnSimulatedDisk, SaysThatBlockZeroHeldThePartitionTable) {
     EXPECT_THAT(write(folder_.file("image", "x"), 0), HasSubstr("This replaced the disk's partition table."));
+    EXPECT_THAT(write(folder_.file("image", "x"), 1),
+                AllOf(StartsWith("Wrote 1 bytes"), Not(HasSubstr("partition table"))));
 }
 
 TEST_F(GateOnSimulatedDisk, WritesUpToTheLastByte) {
