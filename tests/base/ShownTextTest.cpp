@@ -85,6 +85,8 @@ INSTANTIATE_TEST_SUITE_P(
                     MisleadingRow{"Embeddings", "\u202a\u202b\u202c", "\\u{202a}\\u{202b}\\u{202c}"},
                     MisleadingRow{"Overrides", "gnp\u202e.fds\u202d", "gnp\\u{202e}.fds\\u{202d}"},
                     MisleadingRow{"Isolates", "\u2066\u2067\u2068\u2069", "\\u{2066}\\u{2067}\\u{2068}\\u{2069}"},
+                    MisleadingRow{"LastOfTheirRange", "\u206f\U000e007f", "\\u{206f}\\u{e007f}"},
+                    MisleadingRow{"OfTheLastPlane", "\U0010200b", "\U0010200b"},
                     MisleadingRow{"WithoutWidth", "\u200b\u2060\ufeff", "\\u{200b}\\u{2060}\\u{feff}"},
                     MisleadingRow{"WithoutShape", "\u00ad\u180e\u3164", "\\u{ad}\\u{180e}\\u{3164}"},
                     MisleadingRow{"Tags", "\U000e0041", "\\u{e0041}"},
