@@ -77,6 +77,12 @@ int FailingMemory::failInTurn(Later afterwards, const std::function<void()>& wor
 void* operator new(std::size_t size) {
     return kestrav::allocated(size);
 }
+// std::stable_sort asks in this way, and gives back to the same delete as everybody.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept try {
+    return kestrav::allocated(size);
+} catch (const std::bad_alloc&) {
+    return nullptr;
+}
 void operator delete(void* memory) noexcept {
     kestrav::released(memory);
 }
