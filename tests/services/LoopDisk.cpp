@@ -7,6 +7,7 @@
 #include <linux/loop.h>
 #include <sched.h>
 #include <stdexcept>
+#include <sys/file.h>
 #include <sys/ioctl.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
@@ -14,6 +15,7 @@
 #include <unistd.h>
 
 #include "base/UniqueFd.h"
+#include "base/retry.h"
 #include "tests/TemporaryFolder.h"
 
 namespace kestrav {
@@ -63,6 +65,13 @@ int freeLoop() {
     return index;
 }
 
+UniqueFd onlyTaker() {
+    UniqueFd lock(::open(kLoopLock, O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
+    check(static_cast<bool>(lock), "open the lock of the loop devices");
+    check(retry([&] { return ::flock(lock.get(), LOCK_EX); }) == 0, "lock the loop devices");
+    return lock;
+}
+
 }  // namespace
 
 LoopDisk::LoopDisk(const std::filesystem::path& image, const Shape& shape) : shape_(shape) {
@@ -90,7 +99,8 @@ void LoopDisk::attach(const std::filesystem::path& image) {
     config.fd = static_cast<unsigned>(file.get());
     config.block_size = shape_.blockBytes;
     config.info.lo_flags = readOnly ? LO_FLAGS_PARTSCAN | LO_FLAGS_READ_ONLY : LO_FLAGS_PARTSCAN;
-    // Another test may take the free one first.
+    const UniqueFd alone = onlyTaker();
+    // Whoever is no test may take the free one first.
     for (int tries = 50;; --tries) {
         const int index = number_ == 0 ? freeLoop() : static_cast<int>(minor(number_));
         name_ = "loop" + std::to_string(index);

@@ -6,6 +6,10 @@
 
 namespace kestrav {
 
+/// Locked while a free device is looked for and taken: somebody who tries a device that is another test's by then would
+/// be found to use that test's disk.
+inline constexpr const char* kLoopLock = "/tmp/kestrav-loop.lock";
+
 /// A real block device of the kernel: a loop device over a file, with one partition from block 2048 to its end.
 /// Needs root. Detached with the object.
 class LoopDisk {

@@ -10,6 +10,7 @@
 #include "tests/TemporaryFolder.h"
 #include "tests/device/fakes/bytes.h"
 #include "tests/device/linux/PrivateMounts.h"
+#include "tests/services/LoopDisk.h"
 #include "tests/simulator/ShellRun.h"
 #include "tests/socket/SignalShower.h"
 
@@ -101,7 +102,7 @@ TEST_F(PosixDisks, ReadAndWriteABlockDevice) {
     if (::access("/dev/loop-control", R_OK | W_OK) != 0)
         GTEST_SKIP() << "attaching a loop device takes root and a kernel that has them";
     const std::string path = diskOf(std::string(1 << 20, '0'));
-    ShellRun attached("losetup --find --show " + path);
+    ShellRun attached(std::string("flock ") + kLoopLock + " losetup --find --show " + path);
     ASSERT_EQ(attached.status, 0) << attached.output;
     attached.output.pop_back();
     const int descriptor = disks_.open(attached.output, DiskAccess::readAndWrite);

@@ -38,6 +38,12 @@ TEST(ParseCommandLine, TakesARead) {
     EXPECT_EQ(read.count, 9223372036854775807U);
 }
 
+TEST(PrivilegedRequests, NameADiskByAsManyLettersAsTheKernelHas) {
+    const std::string longest(32, 's');
+    EXPECT_TRUE(parsePrivilegedRequest("umount", Arguments{"/dev/" + longest + "s1"}));
+    EXPECT_FALSE(parsePrivilegedRequest("umount", Arguments{"/dev/" + longest + "ss1"}));
+}
+
 struct RefusedRow {
     std::string name;
     std::string command;
