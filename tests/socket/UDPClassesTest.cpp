@@ -155,27 +155,27 @@ TEST(UDPServer, ReceivesFromAnyInterface) {
     EXPECT_EQ(datagram.port, endpointOf(peer.get()).sin_port);
 }
 
-TEST(UDPServer, HasAsManyBytesAsHaveArrived) {
+/// What a server that has room for 16 bytes receives of a client's text.
+UDPServer::Datagram received(const char* text) {
     UDPServer server("", 0);
     const UniqueFd owner(*server.fd);
     UDPClient client("127.0.0.1", portOf(owner.get()));
-    client.send("hello");
-    const UDPServer::Datagram datagram = server.receive(16);
+    client.send(text);
+    client.close();
+    return server.receive(16);
+}
+
+TEST(UDPServer, HasAsManyBytesAsHaveArrived) {
+    const UDPServer::Datagram datagram = received("hello");
     ASSERT_TRUE(datagram.bytes);
     EXPECT_EQ(datagram.bytes->size(), 5U);
-    client.close();
 }
 
 TEST(UDPServer, HasNoBytesForAnEmptyDatagram) {
-    UDPServer server("", 0);
-    const UniqueFd owner(*server.fd);
-    UDPClient client("127.0.0.1", portOf(owner.get()));
-    client.send("");
-    const UDPServer::Datagram datagram = server.receive(16);
+    const UDPServer::Datagram datagram = received("");
     EXPECT_FALSE(datagram.bytes);
     EXPECT_EQ(datagram.address, "127.0.0.1");
     EXPECT_NE(datagram.port, 0);
-    client.close();
 }
 
 TEST(UDPServer, KeepsTheAddressThatItDoesNotBind) {
