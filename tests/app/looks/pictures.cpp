@@ -21,6 +21,7 @@
 #include "app/qt/progressSentence.h"
 #include "app/reportOf.h"
 #include "tests/app/everyEnding.h"
+#include "tests/app/qt/logEditOf.h"
 
 namespace kestrav {
 namespace {
@@ -73,7 +74,7 @@ UsbDevice accessory(const std::string& disk) {
 class Pictures {
   public:
     explicit Pictures(QString folder) : folder_(std::move(folder)) {
-        auto& log = dynamic_cast<LogTextEdit&>(*window_.findChild<QPlainTextEdit*>());
+        LogTextEdit& log = logEditOf(window_);
         for (const char* line :
              {"Preparing to process firmware.", "Loaded icon file: /home/anna/accessory-2.1.fds with 62000000 bytes.",
               "Writing to device memory space.", "", "Finished writing to device.", "End firmware processing."}) {

@@ -18,6 +18,7 @@
 #include "command/CommandService.h"
 #include "command/HelperInstallation.h"
 #include "device/KestravDevice.h"
+#include "tests/app/qt/logEditOf.h"
 #include "tests/base/RecordingLog.h"
 #include "tests/command/LoopbackService.h"
 #include "tests/command/fakes/FakeAuthorization.h"
@@ -40,11 +41,7 @@ class WindowOnFakes : public ::testing::Test {
 
     QPushButton& firmwareButton() { return *window_.findChild<QPushButton*>("firmwareBtn"); }
     QPushButton& iconButton() { return *window_.findChild<QPushButton*>("iconBtn"); }
-    LogTextEdit& logEdit() {
-        const auto texts = window_.findChildren<QPlainTextEdit*>();
-        const auto isLog = [](const QPlainTextEdit* text) { return dynamic_cast<const LogTextEdit*>(text) != nullptr; };
-        return *dynamic_cast<LogTextEdit*>(*std::ranges::find_if(texts, isLog));
-    }
+    LogTextEdit& logEdit() { return logEditOf(window_); }
     QProgressBar& bar() { return *window_.findChild<QProgressBar*>(); }
 
     /// Does `action` on the main thread while the window is busy, then lets the rest of the queue through.
