@@ -36,6 +36,8 @@ TEST(TcpTableLine, IsNotTheNamesOfTheColumnsNorHalfALine) {
         "  sl  local_address rem_address   st tx_queue rx_queue tr tm->when retrnsmt   uid  timeout inode"));
     EXPECT_FALSE(TcpTableLine::parse("1: 0100007F:2382 0100007F:D2C4 0A 0:0 00:0 0 1000 0"));
     EXPECT_FALSE(TcpTableLine::parse("1: 0100007F:2382 0100007F:D2C4 0A 0:0 00:0 0 -1 0 5"));
+    EXPECT_FALSE(TcpTableLine::parse("1: 0100007F:2382 0100007F:D2C4 0A 0:0 00:0 0 1000x 0 5"));
+    EXPECT_FALSE(TcpTableLine::parse("1: 0100007F:2382 0100007F:D2C4 0AG 0:0 00:0 0 1000 0 5"));
     EXPECT_FALSE(TcpTableLine::parse(""));
 }
 

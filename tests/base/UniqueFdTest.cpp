@@ -1,5 +1,6 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "base/UniqueFd.h"
 
@@ -18,6 +19,19 @@ TEST(UniqueFd, ClosesWhatItOwns) {
     const int fd = openNull();
     { const UniqueFd owner(fd); }
     EXPECT_FALSE(isOpen(fd));
+}
+
+TEST(UniqueFd, OwnsDescriptorZeroLikeAnyOther) {
+    const UniqueFd kept(::dup(STDIN_FILENO));
+    const int null = openNull();
+    ASSERT_EQ(::dup2(null, STDIN_FILENO), STDIN_FILENO);
+    ::close(null);
+    {
+        const UniqueFd owner(STDIN_FILENO);
+        EXPECT_TRUE(owner);
+    }
+    EXPECT_FALSE(isOpen(STDIN_FILENO));
+    if (kept) ::dup2(kept.get(), STDIN_FILENO);
 }
 
 TEST(UniqueFd, GivesUpWithoutClosing) {
