@@ -21,6 +21,12 @@ TEST(SyslogSystemLog, CopiesTheEntryToStandardErrorAsData) {
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "kestrav-test: 50 %s %n done\n");
 }
 
+TEST(SyslogSystemLog, MovesNobodysTerminal) {
+    testing::internal::CaptureStderr();
+    SyslogSystemLog("kestrav-test").write("cleared\x1b[2J");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "kestrav-test: cleared\\x1b[2J\n");
+}
+
 /// What is on standard error after a line, with JOURNAL_STREAM naming it, its inode increased by `offset`.
 std::string copyWithJournalStream(ino_t offset) {
     testing::internal::CaptureStderr();

@@ -104,6 +104,17 @@ TEST_F(Before, AnImageWithTheExpectedChecksumIsSent) {
               ExitCode::success);
 }
 
+TEST_F(Before, TheChecksumIsThatOfALongImagesEveryPart) {
+    plugIn(8 << 20);
+    service.setBehaviour(confirms(3'500'000));
+    std::string text(3'500'000, 'x');
+    text.replace(1'500'000, 1, "y");
+    const SendOptions options = expecting(digestOf(text, text.size()));
+    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, made("f", text), options}), ExitCode::success);
+    text.replace(1'500'000, 1, "z");
+    EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, made("f", text), options}), ExitCode::failure);
+}
+
 TEST_F(Before, AnImageWithAnotherChecksumIsNotSent) {
     plugIn(2 << 20);
     EXPECT_EQ(carriedOut(UpdateInvocation{ImageKind::firmware, made("f", "abd"), expecting(kDigestOfAbc)}),

@@ -1,3 +1,4 @@
+#include <chrono>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>
@@ -104,6 +105,14 @@ TEST_F(CommandAnswers, NameAServiceThatKeepsSilent) {
     runAgainst(neverAnswers());
     expectNoAnswer(Why::noReplyInTime);
     EXPECT_EQ(answers_.unanswered()[0].sentence, "");
+}
+
+TEST_F(CommandAnswers, AreNotWaitedForAsLongAsAConnection) {
+    const LoopbackService service(neverAnswers());
+    const auto begun = std::chrono::steady_clock::now();
+    runOn({.port = service.port(), .connectSeconds = 600, .readSeconds = 1});
+    EXPECT_LT(std::chrono::steady_clock::now() - begun, std::chrono::seconds(300));
+    expectNoAnswer(Why::noReplyInTime);
 }
 
 TEST_F(CommandAnswers, NameAServiceThatClosesAtOnce) {

@@ -29,7 +29,7 @@ class FakeDisk final : public DiskBytes {
     bool pulledInReadBack = false;
     bool swallowsWrites = false;  // says each time that it has kept them
     std::error_code flushResult;
-    bool cached = false;               // reads back from the system's memory
+    std::uint64_t cachedBelow = 0;     // what is before this byte is read back from the system's memory
     std::function<void()> afterWrite;  // what the world does meanwhile
     std::function<void()> afterFlush;
     std::size_t unflushedWrites = 0;
@@ -74,7 +74,7 @@ class FakeDisk final : public DiskBytes {
         if (covers(offset, into, failsReadBackAt)) return ioError();
         if (const auto got = read(offset, into); !got) return got.problem();
         if (covers(offset, into, flipsOnReadingAt) && flips-- > 0) into[flipsOnReadingAt - offset] ^= std::byte{1};
-        return cached ? ReadFrom::memory : ReadFrom::disk;
+        return offset < cachedBelow ? ReadFrom::memory : ReadFrom::disk;
     }
 
   private:

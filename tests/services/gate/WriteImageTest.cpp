@@ -167,11 +167,14 @@ TEST_F(WriteImage, SaysWhereReadingBackFailed) {
 }
 
 TEST_F(WriteImage, DoesNotClaimAVerifiedWriteFromTheSystemsMemory) {
-    FakeDisk disk(patternOf(mebibyte));
-    disk.cached = true;
-    const auto report = writeImage(image(patternOf(700, 3)), disk, 0, "sdb", progress_);
-    ASSERT_TRUE(report);
-    EXPECT_FALSE(report.value().verified);
+    FakeDisk disk(patternOf(8 * mebibyte));
+    const ImageFile twoPieces = image(patternOf(mebibyte + 700, 3));
+    for (const std::uint64_t cached : {std::uint64_t{1}, disk.size()}) {
+        disk.cachedBelow = cached;
+        const auto report = writeImage(twoPieces, disk, 0, "sdb", progress_);
+        ASSERT_TRUE(report);
+        EXPECT_FALSE(report.value().verified) << cached;
+    }
 }
 
 TEST_F(WriteImage, FailsWhenTheImageGotShorterMeanwhile) {
