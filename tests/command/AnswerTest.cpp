@@ -117,8 +117,11 @@ INSTANTIATE_TEST_SUITE_P(
             Meaning::notOurs},
         Row{"NoSpeed", kToWrite, "Wrote 200000 bytes to sdzz at block 1536, verified, MB/s.", Meaning::notOurs},
         Row{"RemarkCutOff", kToWrite, kWritten + " It reaches in", Meaning::notOurs},
+        Row{"RemarkWithoutASpace", kToWrite, kWritten + "It reaches into the icon area.", Meaning::notOurs},
+        Row{"RemarkThatMovesTheTerminal", kToWrite, kWritten + " \x1b[2J.", Meaning::notOurs},
         Row{"TwoAnswersInOne", kToWrite, kWritten + kWritten + ";", Meaning::notOurs},
         Row{"UnmountedFromNowhere", kToUnmount, "Unmounted sdzz1 from .", Meaning::notOurs},
+        Row{"UnmountedFromWhatMovesTheTerminal", kToUnmount, "Unmounted sdzz1 from /media/\x1b[2J.", Meaning::notOurs},
         Row{"UnmountedNothing", kToUnmount, "Unmounted ", Meaning::notOurs},
         Row{"UnmountedAndCutOff", kToUnmount, "Unmounted sdzz1 from /med", Meaning::notOurs},
         Row{"NobodyWasNotMounted", kToUnmount, " was not mounted.", Meaning::notOurs},
@@ -126,7 +129,8 @@ INSTANTIATE_TEST_SUITE_P(
         Row{"SentenceThatEndsSo", kToUnmount, "the disk was not mounted.", Meaning::notOurs},
         Row{"HalfABlock", kToRead, std::string(256, 'x'), Meaning::notOurs},
         Row{"MoreThanTheBlocks", kToRead, std::string(513, 'x'), Meaning::notOurs},
-        Row{"BlocksThatNobodyCounted", AnswerTo{Kind::read, 0}, "x", Meaning::notOurs}),
+        Row{"BlocksThatNobodyCounted", AnswerTo{Kind::read, 0}, "x", Meaning::notOurs},
+        Row{"NothingOfBlocksThatNobodyCounted", AnswerTo{Kind::read, 0}, "", Meaning::notOurs}),
     kNameOfRow);
 
 INSTANTIATE_TEST_SUITE_P(
@@ -203,7 +207,12 @@ INSTANTIATE_TEST_SUITE_P(
         Question{"CountOfNothing", "dd", {"if=/dev/rsdzz", "skip=0", "count="}, Kind::read, 0},
         Question{"CountWithMore", "dd", {"if=/dev/rsdzz", "skip=0", "count=2x"}, Kind::read, 0},
         Question{"NegativeCount", "dd", {"if=/dev/rsdzz", "skip=0", "count=-1"}, Kind::read, 0},
-        Question{"CountBeyondAllBytes", "dd", {"if=/dev/rsdzz", "skip=0", "count=36028797018963968"}, Kind::read, 0},
+        Question{"CountBeyondAllBytes", "dd", {"if=/dev/rsdzz", "skip=0", "count=36028797018963969"}, Kind::read, 0},
+        Question{"CountOfAllBytesButABlock",
+                 "dd",
+                 {"if=/dev/rsdzz", "skip=0", "count=36028797018963967"},
+                 Kind::read,
+                 18446744073709551104U},
         Question{"HalfAWrite", "dd", {"if=/a"}, Kind::other, 0},
         Question{"AnotherCommand", "sh", {"of=/dev/sda"}, Kind::other, 0}),
     [](const auto& row) { return std::string(row.param.name); });

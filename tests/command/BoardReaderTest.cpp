@@ -94,6 +94,18 @@ TEST_F(BoardReaderTest, TellsAWriterThatLivesFromOneThatIsGone) {
     EXPECT_TRUE(entryOf(std::to_string(ended), startOfThis())->writerIsGone());
 }
 
+TEST_F(BoardReaderTest, TakesAWriterThatMayNotBeSignalledForAlive) {
+    if (::geteuid() != 0) GTEST_SKIP() << "needs root: becomes another user";
+    const auto entry = read(with(R"("writer":4712,"writerStart":98765)",
+                                 R"("writer":)" + std::to_string(::getpid()) + R"(,"writerStart":)" + startOfThis()));
+    ASSERT_TRUE(entry);
+    const pid_t other = ::fork();
+    if (other == 0) ::_exit(::setresuid(65534, 65534, 65534) != 0 ? 2 : entry->writerIsGone() ? 1 : 0);
+    int status = 0;
+    ASSERT_EQ(::waitpid(other, &status, 0), other);
+    EXPECT_EQ(status, 0);
+}
+
 struct TextRow {
     std::string name;
     std::string text;
@@ -168,7 +180,7 @@ INSTANTIATE_TEST_SUITE_P(
                     fs::remove(folder / "sdb.json");
                     fs::create_directory(folder / "sdb.json");
                 }},
-        FileRow{"WritableByAll", [](const fs::path& folder) { ::chmod((folder / "sdb.json").c_str(), 0666); }},
+        FileRow{"WritableByOthers", [](const fs::path& folder) { ::chmod((folder / "sdb.json").c_str(), 0646); }},
         FileRow{"WritableByItsGroup", [](const fs::path& folder) { ::chmod((folder / "sdb.json").c_str(), 0664); }},
         FileRow{"InAFolderThatAllCanChange", [](const fs::path& folder) { ::chmod(folder.c_str(), 01777); }},
         FileRow{"Unreadable",

@@ -144,6 +144,14 @@ TEST_F(Bless, IsToldWhenAnotherOneTakesTooLong) {
     EXPECT_TRUE(lockInstallation(std::chrono::milliseconds(1)));
 }
 
+TEST_F(Bless, IsOneAtATime) {
+    auto one = lockInstallation(std::chrono::milliseconds(1));
+    ASSERT_TRUE(one);
+    EXPECT_FALSE(lockInstallation(std::chrono::milliseconds(1)));
+    one.value().reset();
+    EXPECT_TRUE(lockInstallation(std::chrono::milliseconds(1)));
+}
+
 /// Ends the installer while it writes the helper's program, which is large. It may be too quick for that; then it has
 /// installed everything, and is tried again.
 int endedInMidWork(int signalNumber) {

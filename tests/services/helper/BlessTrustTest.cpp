@@ -59,6 +59,16 @@ TEST_F(Bless, DistrustsAProgramThatOthersCanChange) {
     EXPECT_FALSE(fs::exists(kProgram));
 }
 
+TEST_F(Bless, DistrustsALinkInTheProgramsPlace) {
+    write("/etc/another", "another program");
+    fs::remove(kSource);
+    fs::create_symlink("/etc/another", kSource);
+    const ProgramRun run = bless("install");
+    EXPECT_EQ(run.exitStatus, 1);
+    EXPECT_EQ(run.err, std::string("The file ") + kSource + " can't be opened: Too many levels of symbolic links.\n");
+    EXPECT_FALSE(fs::exists(kProgram));
+}
+
 TEST_F(Bless, DistrustsItsOwnFolderWhenOthersCanWriteToIt) {
     ASSERT_EQ(::chmod(kOwn, 0777), 0);
     EXPECT_THAT(bless("install").err,
