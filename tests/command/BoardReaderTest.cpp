@@ -70,6 +70,26 @@ TEST_F(BoardReaderTest, ReadsAnOutcome) {
     EXPECT_EQ(entry->verdict, WriteVerdict::failed);
 }
 
+TEST_F(BoardReaderTest, ReadsAPhaseThatIsAtItsEnd) {
+    EXPECT_TRUE(read(with(R"("done":1000)", R"("done":200000)")));
+}
+
+TEST_F(BoardReaderTest, ReadsAsMuchAsANoteMayHold) {
+    EXPECT_TRUE(read(std::string(kLongestBoard - kWriting.size(), ' ') + kWriting));
+    EXPECT_FALSE(read(std::string(kLongestBoard - kWriting.size() + 1, ' ') + kWriting));
+}
+
+TEST_F(BoardReaderTest, LooksInTheSessionsFolderOnlyWhereThereIsOne) {
+    ::setenv("XDG_RUNTIME_DIR", "/run/user/1000", 1);
+    EXPECT_EQ(BoardReader::usualFolders(), (std::vector<fs::path>{kBoardFolder, "/run/user/1000/kestrav"}));
+    for (const char* nowhere : {"", "run/user/1000"}) {
+        ::setenv("XDG_RUNTIME_DIR", nowhere, 1);
+        EXPECT_EQ(BoardReader::usualFolders(), std::vector<fs::path>{kBoardFolder});
+    }
+    ::unsetenv("XDG_RUNTIME_DIR");
+    EXPECT_EQ(BoardReader::usualFolders(), std::vector<fs::path>{kBoardFolder});
+}
+
 TEST_F(BoardReaderTest, PassesOverMembersThatItDoesNotKnow) {
     EXPECT_TRUE(read(with(R"("begun")", R"("mood":{"good":[true]},"begun")")));
 }
@@ -144,6 +164,7 @@ INSTANTIATE_TEST_SUITE_P(
                     TextRow{"PhaseAsNumber", with(R"("writing")", "3")},
                     TextRow{"DoneWithoutVerdict", with(R"("writing")", R"("done")")},
                     TextRow{"UnknownVerdict", with(R"("writing")", R"("done","verdict":"perhaps")")},
+                    TextRow{"UnknownVerdictTooEarly", with(R"("writing")", R"("writing","verdict":"perhaps")")},
                     TextRow{"VerdictTooEarly", with(R"("writing")", R"("writing","verdict":"wrote")")}),
     [](const auto& row) { return row.param.name; });
 
@@ -209,7 +230,14 @@ TEST_F(BoardReaderTest, DoesNotFollowALinkInPlaceOfTheFolder) {
 
 TEST_F(BoardReaderTest, LeavesTheFolderForNoName) {
     ASSERT_TRUE(read(kWriting));
+    // What would be there for such a name.
+    fs::create_directory(folder_.path() / "sub");
+    folder_.file("sub/sdb.json", with(R"("sdb")", R"("sub/sdb")"));
+    folder_.file(".sdb.json", with(R"("sdb")", R"(".sdb")"));
+    folder_.file("sdd", with(R"("sdb")", R"("sdd\u0000")"));
     const BoardReader reader({folder_.path()});
+    for (const std::string& name : {std::string("sub/sdb"), std::string(".sdb"), std::string("sdd\0", 4)})
+        EXPECT_FALSE(reader.read(name)) << name;
     for (const std::string name : {"", ".", "..", "../sdb", "/sdb", "sdc"})
         EXPECT_FALSE(reader.read(name)) << name;
 }

@@ -223,6 +223,18 @@ TEST_F(PolkitConsent, SaysThatPkexecIsMissing) {
                 HasSubstr("the program pkexec, which asks for an administrator's password, can't be run"));
 }
 
+TEST_F(PolkitConsent, IsCertainOfNothingWhenPkexecIsKilled) {
+    constexpr const char* kKilled = "/usr/libexec/kestrav/killed";
+    std::ofstream(kKilled) << "#!/bin/sh\nkill -9 $$\n";
+    fs::permissions(kKilled, fs::perms(0755));
+    UserProcess user(kAdmin, [] {
+        PolkitAuthorization authorization(kBless, kKilled);
+        return launch(authorization);
+    });
+    user.go();
+    EXPECT_THAT(user.result(), HasSubstr("(status -60008). [no consent]"));
+}
+
 TEST_F(PolkitConsent, SaysThatTheInstallerIsMissing) {
     fs::remove(kBless);
     UserProcess user(kAdmin, launchFromThisProcess);
@@ -290,6 +302,16 @@ TEST_F(PolkitConsent, SaysWhenTheInstallerWasKilled) {
     std::ofstream(kBless) << "#!/bin/sh\nkill -9 $$\n";
     fs::permissions(kBless, fs::perms(0755));
     EXPECT_EQ(launchFromThisProcess(), "BlessingError: The installer was ended in the middle of its work. [consent]");
+}
+
+TEST_F(PolkitConsent, TakesNoStatusOfTheInstallersForPkexecs) {
+    for (const int status : {126, 127}) {
+        fs::remove(kBless);
+        std::ofstream(kBless) << "#!/bin/sh\nexit " << status << "\n";
+        fs::permissions(kBless, fs::perms(0755));
+        EXPECT_EQ(launchFromThisProcess(),
+                  "BlessingError: The installer failed (status " + std::to_string(status) + "). [consent]");
+    }
 }
 
 TEST_F(PolkitConsent, KnowsOneHelperAndOneRight) {

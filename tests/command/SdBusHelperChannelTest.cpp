@@ -217,6 +217,16 @@ TEST_F(JobOnABus, FailsTheRequestUnderWayWhenTheJobIsReleased) {
                 ElementsAre("remote proxy error: The connection was closed.", "Connection Invalidated"));
 }
 
+TEST_F(JobOnABus, IsAskedNothingMoreOnceTheConnectionIsClosed) {
+    const auto connection =
+        channel_.open("com.corvatel.KestravHelper", HelperChannelOptions::privileged, {[] {}, [] {}});
+    std::vector<std::string> told;
+    const auto proxy = connection->remoteProxy([&](std::string_view why) { told.emplace_back(why); });
+    connection->invalidate();
+    proxy->runWithCmd("umount", arguments_, [](const std::string&) { ADD_FAILURE() << "answered"; });
+    EXPECT_THAT(told, ElementsAre("The connection was closed."));
+}
+
 TEST_F(JobOnABus, OpensAndInvalidatesOneConnectionWhenItIsReleasedUnused) {
     job_.reset();
     EXPECT_THAT(log_.entries(), ElementsAre("Connection Invalidated"));
