@@ -44,9 +44,9 @@ LINE_END = "⏎"
 
 # The programs that test a folder: targets of CMake, whose cases bear their name in front.
 TESTS = {
-    "app": ("app_test", "app_qt_test"),
+    "app": ("app_test", "app_qt_test", "accessory_watch_test"),
     "base": ("base_test", "base_faults_test", "root_rooms_test"),
-    "cli": ("cli_test",),
+    "cli": ("cli_test", "helper_terminal_test"),
     "command": ("command_test", "command_endpoint_test", "command_faults_test", "command_helper_test",
                 "helper_channel_test", "polkit_authorization_test"),
     "device": ("device_test", "update_test", "repaired_device_name_test", "count_readable_bytes_test",
@@ -54,8 +54,8 @@ TESTS = {
                "udev_device_registry_test", "udev_faults_test", "real_parts_test"),
     "json": ("json_tree_test", "json_value_test", "json_record_test"),
     "outcome": ("outcome_test", "cli_test"),
-    "services": ("root_rooms_test", "gate_test", "kernel_test", "jobs_test", "commandd_test", "daemon_test",
-                 "bless_test", "bless_faults_test", "helper_service_test"),
+    "services": ("root_rooms_test", "gate_test", "kernel_test", "jobs_test", "commandd_test", "commandd_consent_test",
+                 "daemon_test", "bless_test", "bless_faults_test", "helper_service_test"),
     "socket": ("socket_test", "socket_faults_test"),
 }
 
