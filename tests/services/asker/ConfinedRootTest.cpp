@@ -102,12 +102,19 @@ INSTANTIATE_TEST_SUITE_P(Ways, RequestOfAConfinedRoot,
                                          Confinement{"MountsOfItsOwn", takeOwnMounts, kOtherFolders},
                                          Confinement{"UsersOfItsOwn", takeOwnUsers, kGivenUp},
                                          Confinement{"NoCapabilities", dropCapabilities, kGivenUp},
+                                         Confinement{"NoMounting", [] { dropCapability(CAP_SYS_ADMIN); }, kGivenUp},
+                                         Confinement{"NoFilesOfOthers", [] { dropCapability(CAP_DAC_OVERRIDE); },
+                                                     kGivenUp},
                                          Confinement{"AnotherUserByNow", becomeSomebodyElse, kOtherRights},
                                          Confinement{"AnotherUserForFiles", becomeSomebodyElseForFiles, kOtherRights}),
                          [](const auto& row) { return row.param.name; });
 
 TEST_F(RequestOfAConfinedRoot, IsServedWhenItIsNotConfined) {
     EXPECT_EQ(answerTo([] {}).kind, GateAnswer::Kind::answered);
+}
+
+TEST_F(RequestOfAConfinedRoot, IsServedWithoutTheRightsThatThisDoesNotTake) {
+    EXPECT_EQ(answerTo([] { dropCapability(CAP_NET_RAW); }).kind, GateAnswer::Kind::answered);
 }
 
 TEST_F(RequestOfAConfinedRoot, IsServedWhenItHasConfinedAThreadAlone) {
