@@ -159,6 +159,12 @@ TEST_F(WalkInterrupted, LeavesADeviceOutInWhosePlaceAnotherCame) {
     EXPECT_EQ(found(), 0U);
 }
 
+TEST_F(WalkInterrupted, LeavesADeviceOutInWhosePlaceAnotherCameOnceItsDiskWasRead) {
+    faults().beforeDevice = "/sdzz1";
+    faults().somethingElse = [this] { replug(); };
+    EXPECT_EQ(found(), 0U);
+}
+
 TEST_F(WalkInterrupted, KeepsADeviceWhosePartitionWent) {
     faults().beforeDevice = "/sdzz1";
     faults().somethingElse = [this] { unplugPartition(); };
