@@ -96,7 +96,8 @@ TEST_F(UdevRegistry, NeedsBothIdentifiersToMatch) {
 
 TEST_F(UdevRegistry, MatchesNothingThatNoDeviceCanHave) {
     bed_.plugInSimulated("accessory");
-    for (const std::int64_t wrap : {std::int64_t{0x10000}, std::int64_t{-0x10000}, std::int64_t{1} << 32}) {
+    constexpr std::int64_t kTurn = std::int64_t{1} << 32;
+    for (const std::int64_t wrap : {std::int64_t{0x10000}, std::int64_t{-0x10000}, kTurn, -kTurn}) {
         EXPECT_THAT(found(kVendor + wrap, kProduct), IsEmpty()) << wrap;
         EXPECT_THAT(found(kVendor, kProduct + wrap), IsEmpty()) << wrap;
     }
