@@ -37,6 +37,13 @@ TEST(StatusField, IsEmptyWhenTheProcessEndsBeforeTheReading) {
     EXPECT_EQ(statusField(path, "Uid:"), "");
 }
 
+TEST(ProcessRecord, RunsAsTheUserOfAllItsThreadsAndAsNobodyOnceItIsGone) {
+    EXPECT_TRUE(ProcessRecord(::getpid()).runsAs(::getuid()));
+    EXPECT_FALSE(ProcessRecord(::getpid()).runsAs(::getuid() + 1));
+    // No process has a number as large.
+    EXPECT_FALSE(ProcessRecord(1 << 23).runsAs(::getuid()));
+}
+
 TEST(AreAll, IsTrueOfFourTimesTheUser) {
     EXPECT_TRUE(areAll("1000\t1000\t1000\t1000", 1000));
     EXPECT_FALSE(areAll("1000\t0\t1000\t1000", 1000));
