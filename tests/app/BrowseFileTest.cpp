@@ -1,6 +1,7 @@
 #include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <iostream>
 
 #include "tests/TemporaryFolder.h"
 #include "tests/app/fakes/ControllerOnFakes.h"
@@ -112,6 +113,12 @@ TEST_P(BrowseFile, ForgetsTheEarlierChoiceBeforeTheChooserOpens) {
     EXPECT_EQ(meanwhile, "");
 }
 
+TEST_P(BrowseFile, ForgetsAfterACancelledChoiceWhatWasSetWhileItWasOpen) {
+    its_.view.choice.whileOpen = [&] { its_.controller->setTargetFilename("/meanwhile.fds"); };
+    press();
+    EXPECT_EQ(its_.controller->targetFilename(), "");
+}
+
 TEST_P(BrowseFile, LocksTheWindowForTheLengthOfTheUpdate) {
     its_.plugIn("disk2");
     const std::string path = image(40000);
@@ -168,9 +175,17 @@ TEST_P(BrowseFileDeathTest, HandsADirectoryOnUnchangedAndTheEngineStops) {
     EXPECT_EXIT(press(), ::testing::KilledBySignal(SIGABRT), "");
 }
 
-TEST_P(BrowseFileDeathTest, StopsTheProcessOnAConfirmedChoiceWithoutAPath) {
+/// Says on standard error that it turns.
+class TellingIndicator final : public ActivityIndicator {
+  public:
+    void startAnimation(const Button& /*sender*/) override { std::cerr << "it turns\n"; }
+    void stopAnimation(const Button& /*sender*/) override {}
+};
+
+TEST_P(BrowseFileDeathTest, StopsTheProcessOnAConfirmedChoiceWithoutAPathBeforeAnythingBegins) {
     its_.view.choice.response = OpenPanel::kResponseOK;
-    EXPECT_EXIT(press(), ::testing::KilledBySignal(SIGABRT), "");
+    its_.controller->setLoaderBar(std::make_shared<TellingIndicator>());
+    EXPECT_EXIT(press(), ::testing::KilledBySignal(SIGABRT), ::testing::Not(HasSubstr("it turns")));
 }
 
 TEST_P(BrowseFileDeathTest, StopsTheProcessWhenThePathIsGoneBeforeTheUpdate) {

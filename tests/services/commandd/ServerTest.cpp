@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 #include <linux/sockios.h>
 #include <memory>
+#include <netinet/in.h>
 #include <stdexcept>
 #include <string>
 #include <sys/ioctl.h>
@@ -21,9 +22,12 @@
 #include <utility>
 
 #include "base/SystemLog.h"
+#include "base/findTcpSocket.h"
+#include "services/asker/ProcessRecord.h"
 #include "services/commandd/Server.h"
 #include "tests/TemporaryFolder.h"
 #include "tests/base/FileLog.h"
+#include "tests/childrenOf.h"
 #include "tests/eventually.h"
 #include "tests/sandbox/ChildProcess.h"
 #include "tests/services/CommandDaemon.h"
@@ -47,6 +51,22 @@ class FailingLog final : public SystemLog {
 
   private:
     std::string begun_;
+    pid_t server_ = ::getpid();
+};
+
+/// Has a request's process stay at its entry, as at a long write, until it may go on.
+class HoldingLog final : public SystemLog {
+  public:
+    /// `begun` is a file that shows that it is there; it goes on when there is the file `goOn`.
+    HoldingLog(std::string begun, std::string goOn) : begun_(std::move(begun)), goOn_(std::move(goOn)) {}
+    void write(std::string_view) override {
+        if (::getpid() == server_) return;
+        std::ofstream(begun_) << "begun";
+        eventually([this] { return std::filesystem::exists(goOn_); });
+    }
+
+  private:
+    std::string begun_, goOn_;
     pid_t server_ = ::getpid();
 };
 
@@ -127,6 +147,51 @@ TEST(Server, LetsRequestsEndThatWereBegunBeforeItFailed) {
     EXPECT_THAT(begun.readOnce(), testing::HasSubstr("is not a command"));
     begun.finishSending();
     EXPECT_EQ(server.exitStatus(), 1);
+}
+
+/// The number of the socket at the service's end of a connection.
+std::uint32_t inodeAtTheService(const Client& client) {
+    sockaddr_in here{};
+    sockaddr_in there{};
+    const bool connected = endsOf(client.socket(), here, there);
+    const auto look = connected ? findConnectedSocket(there, here) : SocketLook();
+    return look.socket ? look.socket->inode : 0;
+}
+
+std::uint32_t inodeOfListener(std::uint16_t port) {
+    sockaddr_in there{};
+    there.sin_family = AF_INET;
+    there.sin_port = htons(port);
+    there.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    const auto look = findListeningSocket(there);
+    return look.socket ? look.socket->inode : 0;
+}
+
+// Whoever holds a connection too keeps its peer from learning that the service has closed it.
+TEST(Server, HasNothingOfOthersOpenInARequestsProcess) {
+    const TemporaryFolder folder;
+    const std::string begins = folder.path() / "begun", ends = folder.path() / "go on";
+    ServerProcess server(nothing, [&] { return new HoldingLog(begins, ends); }, RequestLog::kWindow,
+                         {.toArrive = std::chrono::minutes(2), .toLeave = std::chrono::minutes(2)});
+    const Client arriving(server.port());
+    const Client leaving(server.port());
+    leaving.send("GET /");
+    EXPECT_THAT(leaving.readOnce(), testing::StartsWith("Refused: "));
+    const Client begun(server.port());
+    begun.send(requestFor("rm", {}));
+    ASSERT_TRUE(eventually([&] { return std::filesystem::exists(begins); }));
+
+    const ProcessRecord service(server.pid());
+    const std::vector<pid_t> processes = childrenOf(server.pid());
+    ASSERT_EQ(processes.size(), 1U);
+    const ProcessRecord process(processes[0]);
+    for (const std::uint32_t inode :
+         {inodeAtTheService(arriving), inodeAtTheService(leaving), inodeOfListener(server.port())}) {
+        EXPECT_TRUE(service.holds(inode));
+        EXPECT_FALSE(process.holds(inode));
+    }
+    std::ofstream(ends) << "go on";
+    EXPECT_THAT(begun.readOnce(), testing::HasSubstr("is not a command"));
 }
 
 TEST_F(ServerWithAFile, SaysByItselfHowManyRefusalsItOnlyCounted) {

@@ -32,6 +32,7 @@ class JobTableOfATest : public GateWithoutDisks, public JobTable::Service {
         Asker& asker() override { return asker_; }
         Outcome<CommandLine> read() override { return CommandLine{"umount", {"/dev/sdzzs1"}}; }
         void leaveService() override { test_.inRequest_ = true; }
+        bool isStillWanted() const override { return test_.inRequest_ || test_.isWanted_; }
         void ended(const RequestEnd& end) override {
             test_.end_ = end;
             test_.endedRequest_ = this;
@@ -116,6 +117,7 @@ class JobTableOfATest : public GateWithoutDisks, public JobTable::Service {
     const Request* endedRequest_ = nullptr;  ///< for its identity only: it is gone
     EventLoop::Watch looking_;
     bool inRequest_ = false;
+    bool isWanted_ = true;  ///< as far as the service sees; in the request's process it always is
     bool tookNothingMore_ = false;
 };
 

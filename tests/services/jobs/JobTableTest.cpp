@@ -94,6 +94,13 @@ TEST_F(JobTableOfATest, GivesAQuestionUpThatIsNoLongerWanted) {
     EXPECT_EQ(end.text, "Refused: given up.");
 }
 
+TEST_F(JobTableOfATest, BeginsNothingThatNobodyWantsAtTheLastMoment) {
+    isWanted_ = false;
+    const RequestEnd end = endOf(kOtherUser);
+    EXPECT_EQ(end.kind, Kind::notBegun);
+    EXPECT_FALSE(end.begun);
+}
+
 TEST_F(JobTableOfATest, HandsANoToOneFurtherRequestOfTheSameAsker) {
     markQuestions();
     consent_.problem = deniedByAPerson();
