@@ -8,10 +8,12 @@
 
 #include "app/PersistentStore.h"
 #include "tests/TemporaryFolder.h"
+#include "tests/base/flushFaults.h"
 
 namespace kestrav {
 namespace {
 
+using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
 class StoreFile : public ::testing::Test {
@@ -51,6 +53,23 @@ TEST_F(StoreFile, GivesBackWhatWasSaved) {
     PersistentStore again(file_, "Kestrav");
     ASSERT_TRUE(again.open());
     EXPECT_EQ(again.records(), records);
+}
+
+TEST_F(StoreFile, IsReadAnew) {
+    PersistentStore store(file_, "Kestrav");
+    ASSERT_TRUE(store.open());
+    const std::string empty = content();
+    ASSERT_TRUE(store.save({{"a", "b"}}));
+    put(empty);
+    ASSERT_TRUE(store.open());
+    EXPECT_TRUE(store.records().empty());
+}
+
+TEST_F(StoreFile, IsBroughtToTheDiskWithItsFolder) {
+    PersistentStore store(file_, "Kestrav");
+    flushFaults() = {};
+    ASSERT_TRUE(store.open());
+    EXPECT_THAT(flushFaults().flushed, ElementsAre("file", "folder"));
 }
 
 TEST_F(StoreFile, LeavesNothingButTheFile) {
