@@ -8,7 +8,9 @@
 #include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <linux/sockios.h>
+#include <list>
 #include <memory>
 #include <netinet/in.h>
 #include <stdexcept>
@@ -57,16 +59,21 @@ class FailingLog final : public SystemLog {
 /// Has a request's process stay at its entry, as at a long write, until it may go on.
 class HoldingLog final : public SystemLog {
   public:
-    /// `begun` is a file that shows that it is there; it goes on when there is the file `goOn`.
-    HoldingLog(std::string begun, std::string goOn) : begun_(std::move(begun)), goOn_(std::move(goOn)) {}
-    void write(std::string_view) override {
-        if (::getpid() == server_) return;
+    /// `begun` is a file that shows that it is there; it goes on when there is the file `goOn`. The server's own
+    /// entries go to the file `lines`.
+    HoldingLog(std::string begun, std::string goOn, std::string lines)
+        : begun_(std::move(begun)),
+          goOn_(std::move(goOn)),
+          serversOwn_(std::move(lines)) {}
+    void write(std::string_view entry) override {
+        if (::getpid() == server_) return serversOwn_.write(entry);
         std::ofstream(begun_) << "begun";
         eventually([this] { return std::filesystem::exists(goOn_); });
     }
 
   private:
     std::string begun_, goOn_;
+    FileLog serversOwn_;
     pid_t server_ = ::getpid();
 };
 
@@ -167,31 +174,56 @@ std::uint32_t inodeOfListener(std::uint16_t port) {
     return look.socket ? look.socket->inode : 0;
 }
 
+/// A server with a request that has begun and goes on when it is told.
+class ServerInMidWork : public ServerWithAFile {
+  protected:
+    void begin() {
+        begun_.send(requestFor("rm", {}));
+        ASSERT_TRUE(eventually([&] { return std::filesystem::exists(begins_); }));
+    }
+    void goOn() {
+        std::ofstream(ends_) << "go on";
+        EXPECT_THAT(begun_.readOnce(), testing::HasSubstr("is not a command"));
+        begun_.finishSending();
+    }
+
+    const std::string begins_ = folder_.path() / "begun";
+    const std::string ends_ = folder_.path() / "go on";
+    ServerProcess server_{nothing,
+                          [this] { return new HoldingLog(begins_, ends_, path_); },
+                          RequestLog::kWindow,
+                          {.toArrive = std::chrono::minutes(2), .toLeave = std::chrono::minutes(2)}};
+    const Client begun_{server_.port()};
+};
+
 // Whoever holds a connection too keeps its peer from learning that the service has closed it.
-TEST(Server, HasNothingOfOthersOpenInARequestsProcess) {
-    const TemporaryFolder folder;
-    const std::string begins = folder.path() / "begun", ends = folder.path() / "go on";
-    ServerProcess server(nothing, [&] { return new HoldingLog(begins, ends); }, RequestLog::kWindow,
-                         {.toArrive = std::chrono::minutes(2), .toLeave = std::chrono::minutes(2)});
-    const Client arriving(server.port());
-    const Client leaving(server.port());
+TEST_F(ServerInMidWork, HasNothingOfOthersOpenInTheRequestsProcess) {
+    const Client arriving(server_.port());
+    const Client leaving(server_.port());
     leaving.send("GET /");
     EXPECT_THAT(leaving.readOnce(), testing::StartsWith("Refused: "));
-    const Client begun(server.port());
-    begun.send(requestFor("rm", {}));
-    ASSERT_TRUE(eventually([&] { return std::filesystem::exists(begins); }));
-
-    const ProcessRecord service(server.pid());
-    const std::vector<pid_t> processes = childrenOf(server.pid());
+    begin();
+    const ProcessRecord service(server_.pid());
+    const std::vector<pid_t> processes = childrenOf(server_.pid());
     ASSERT_EQ(processes.size(), 1U);
     const ProcessRecord process(processes[0]);
     for (const std::uint32_t inode :
-         {inodeAtTheService(arriving), inodeAtTheService(leaving), inodeOfListener(server.port())}) {
+         {inodeAtTheService(arriving), inodeAtTheService(leaving), inodeOfListener(server_.port())}) {
         EXPECT_TRUE(service.holds(inode));
         EXPECT_FALSE(process.holds(inode));
     }
-    std::ofstream(ends) << "go on";
-    EXPECT_THAT(begun.readOnce(), testing::HasSubstr("is not a command"));
+    goOn();
+}
+
+TEST_F(ServerInMidWork, StopsOnceHoweverOftenItIsTold) {
+    begin();
+    for (int times = 0; times < 2; ++times) {
+        signalOne(server_.pid(), SIGTERM);
+        EXPECT_TRUE(logs("stopping when the requests that were begun have ended"));
+    }
+    goOn();
+    EXPECT_EQ(server_.exitStatus(), 0);
+    EXPECT_EQ(linesSaying(logged(), "stopping"), 1);
 }
 
 TEST_F(ServerWithAFile, SaysByItselfHowManyRefusalsItOnlyCounted) {
@@ -236,6 +268,20 @@ TEST_F(ServerWithAFile, TakesWhatAPeerStillSendsBehindItsRequest) {
     socklen_t size = sizeof error;
     ASSERT_EQ(::getsockopt(client.socket(), SOL_SOCKET, SO_ERROR, &error, &size), 0);
     EXPECT_EQ(error, 0) << "the connection was reset";
+}
+
+TEST_F(ServerWithAFile, LetsTheOldestOfManySilentPeersGoAtOnce) {
+    const ServerProcess server(nothing, [this] { return log(); }, RequestLog::kWindow,
+                               {.toLeave = std::chrono::minutes(2)});
+    std::list<Client> peers;
+    for (std::size_t more = 0; more <= JobTable::kPlaces; ++more) {
+        peers.emplace_back(server.port()).send("GET /");
+        EXPECT_THAT(peers.back().readOnce(), testing::StartsWith("Refused: "));
+    }
+    // What is sent to a connection that is closed is answered by a reset.
+    EXPECT_TRUE(eventually([&] { return !peers.front().send("more"); }));
+    EXPECT_TRUE(std::next(peers.begin())->send("more"));
+    EXPECT_TRUE(peers.back().send("more"));
 }
 
 TEST_F(ServerWithAFile, DoesNotWaitForeverForASilentPeer) {

@@ -198,6 +198,17 @@ TEST_F(JobTableOfATest, BeginsNothingThatComesAfterThat) {
     EXPECT_TRUE(log_.entries().empty());
 }
 
+TEST_F(JobTableOfATest, AsksNobodyToTheEndForWhatComesAfterThat) {
+    consent_.waits = true;
+    table_.giveUpWaiting();
+    const Request* const request = start(kOtherUser);
+    const auto never = table_.loop().after(60s, [&] {
+        ADD_FAILURE() << "it waits for consent";
+        table_.giveUp(*request);
+    });
+    EXPECT_FALSE(awaited().begun);
+}
+
 TEST_F(JobTableOfATest, WaitsForARequestThatWasBegunWhenItFails) {
     start(0);
     bool failed = false;
