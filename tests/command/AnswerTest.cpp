@@ -90,6 +90,7 @@ INSTANTIATE_TEST_SUITE_P(
         Row{"PrefixOfAFailureCutOff", kToUnmount, "Failed", Meaning::notOurs},
         Row{"OtherCapitals", kToWrite, "failed: no", Meaning::notOurs},
         Row{"SpaceInFront", kToWrite, " " + kWritten, Meaning::notOurs},
+        Row{"WithoutItsPrefix", kToWrite, kWritten.substr(6), Meaning::notOurs},
         Row{"LineEnd", kToWrite, kWritten + "\n", Meaning::notOurs},
         Row{"LineEndInAFailure", kToWrite, "Failed: no\r\n", Meaning::notOurs},
         Row{"NulBehindIt", kToWrite, kWritten + std::string(1, '\0'), Meaning::notOurs},
