@@ -184,7 +184,8 @@ class TellingIndicator final : public ActivityIndicator {
 
 TEST_P(BrowseFileDeathTest, StopsTheProcessOnAConfirmedChoiceWithoutAPathBeforeAnythingBegins) {
     its_.view.choice.response = OpenPanel::kResponseOK;
-    its_.controller->setLoaderBar(std::make_shared<TellingIndicator>());
+    const auto telling = std::make_shared<TellingIndicator>();
+    its_.controller->setLoaderBar(telling);
     EXPECT_EXIT(press(), ::testing::KilledBySignal(SIGABRT), ::testing::Not(HasSubstr("it turns")));
 }
 

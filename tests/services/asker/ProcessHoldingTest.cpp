@@ -11,7 +11,9 @@
 #include <thread>
 #include <unistd.h>
 
+#include "services/asker/SocketAsker.h"
 #include "services/asker/processHolding.h"
+#include "tests/sandbox/ChildProcess.h"
 #include "tests/services/CommandDaemon.h"
 #include "tests/services/asker/Connector.h"
 
@@ -134,6 +136,25 @@ TEST_F(ProcessHolding, IsRefusedWhenTheProcessHasOtherRightsThanTheSocket) {
     const auto process = processHolding(peerIdentity(second.get()).value());
     ASSERT_FALSE(process);
     EXPECT_EQ(process.problem().sentence, "the process behind the connection runs with other rights than its user's.");
+}
+
+TEST_F(ProcessHolding, IsAnotherOnceTheConnectionWasPassedOn) {
+    Client client(port_);
+    const UniqueFd service = accept();
+    SocketAsker asker(service.get(), peerIdentity(service.get()).value());
+    const auto subject = asker.subject();
+    ASSERT_TRUE(subject);
+    ASSERT_TRUE(asker.couldDoItself(subject.value()));
+    const ChildProcess heir(::fork());
+    if (heir.pid() == 0) {
+        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+        ::pause();
+        ::_exit(0);
+    }
+    client.close();
+    const auto passed = asker.couldDoItself(subject.value());
+    ASSERT_FALSE(passed);
+    EXPECT_EQ(passed.problem().sentence, "the connection passed to another process.");
 }
 
 TEST_F(ProcessHolding, IsRefusedWhenNobodyHasTheDescriptorOpen) {
