@@ -201,22 +201,25 @@ class Copy:
 
     def failing_case(self, folder):
         """The first case that fails, or None if all hold."""
-        running = [run for name in TESTS[folder] for run in self.started(self.commands[name])]
-        begun = time.monotonic()
-        try:
-            case = first_failure(running, begun + self.patience.get(folder, PATIENCE))
-            # A change may have a case wait or turn for ever.
-            self.patience.setdefault(folder, 60 + 10 * (time.monotonic() - begun))
-            return case
-        finally:
-            for one in running:
-                one.end()
+        # A program that is ended in the middle leaves its files, a hundred megabytes at times.
+        with tempfile.TemporaryDirectory(prefix="kestrav-", ignore_cleanup_errors=True) as files:
+            os.chmod(files, 0o1777)  # some cases act as other users
+            running = [run for name in TESTS[folder] for run in self.started(self.commands[name], files)]
+            begun = time.monotonic()
+            try:
+                case = first_failure(running, begun + self.patience.get(folder, PATIENCE))
+                # A change may have a case wait or turn for ever.
+                self.patience.setdefault(folder, 60 + 10 * (time.monotonic() - begun))
+                return case
+            finally:
+                for one in running:
+                    one.end()
 
-    def started(self, command):
+    def started(self, command, files):
         """A program's cases, which mostly wait, in several processes beside each other."""
         for shard in range(SHARDS):
             environment = self.environment | {"GTEST_TOTAL_SHARDS": str(SHARDS), "GTEST_SHARD_INDEX": str(shard),
-                                              "GTEST_FAIL_FAST": "1", "GTEST_COLOR": "no"}
+                                              "GTEST_FAIL_FAST": "1", "GTEST_COLOR": "no", "TMPDIR": files}
             yield Running(command, environment)
 
     def outcome(self, change):
