@@ -13,6 +13,7 @@
 
 #include "base/UniqueFd.h"
 #include "base/findTcpSocket.h"
+#include "tests/socket/Loopback.h"
 
 namespace {
 
@@ -46,16 +47,12 @@ namespace kestrav {
 namespace {
 
 TEST(SockDiagWithoutTcp, LeavesTheTableOfConnections) {
-    const UniqueFd listener(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    ASSERT_EQ(::listen(listener.get(), 1), 0);
-    sockaddr_in end{};
-    socklen_t length = sizeof end;
-    ASSERT_EQ(::getsockname(listener.get(), reinterpret_cast<sockaddr*>(&end), &length), 0);
+    const UniqueFd listening = listener();
     struct stat status {};
-    ASSERT_EQ(::fstat(listener.get(), &status), 0);
+    ASSERT_EQ(::fstat(listening.get(), &status), 0);
 
     lacksTcp = true;
-    const SocketLook look = findListeningSocket(end);
+    const SocketLook look = findListeningSocket(endpointOf(listening.get()));
     lacksTcp = false;
     ASSERT_TRUE(look.socket);
     EXPECT_EQ(look.socket->inode, status.st_ino);

@@ -15,6 +15,7 @@
 #include "base/findTcpSocket.h"
 #include "tests/base/lesserKernel.h"
 #include "tests/eventually.h"
+#include "tests/socket/Loopback.h"
 
 namespace kestrav {
 namespace {
@@ -27,28 +28,14 @@ sockaddr_in endAt(const char* address, std::uint16_t port) {
     return end;
 }
 
-sockaddr_in ownEndOf(const UniqueFd& socket) {
-    sockaddr_in end{};
-    socklen_t length = sizeof end;
-    EXPECT_EQ(::getsockname(socket.get(), reinterpret_cast<sockaddr*>(&end), &length), 0);
-    return end;
-}
-
 UniqueFd tcpSocket() {
     return UniqueFd(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
 }
 
-bool bindTo(const UniqueFd& socket, const sockaddr_in& end) {
-    const int on = 1;
-    return ::setsockopt(socket.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on) == 0 &&
-           ::bind(socket.get(), reinterpret_cast<const sockaddr*>(&end), sizeof end) == 0;
-}
-
 UniqueFd listenOn(const char* address) {
-    UniqueFd listener = tcpSocket();
-    EXPECT_TRUE(bindTo(listener, endAt(address, 0)));
-    EXPECT_EQ(::listen(listener.get(), 5), 0);
-    return listener;
+    UniqueFd listening = boundSocket(SOCK_STREAM, address);
+    EXPECT_EQ(::listen(listening.get(), 5), 0);
+    return listening;
 }
 
 void connectTo(const UniqueFd& socket, const sockaddr_in& there) {
@@ -91,7 +78,7 @@ class FindTcpSocket : public testing::TestWithParam<bool> {
     }
 
     const UniqueFd listener_ = listenOn("127.0.0.1");
-    const sockaddr_in there_ = ownEndOf(listener_);
+    const sockaddr_in there_ = endpointOf(listener_.get());
 };
 INSTANTIATE_TEST_SUITE_P(By, FindTcpSocket, testing::Bool(),
                          [](const auto& row) { return row.param ? "SockDiag" : "TheTable"; });
@@ -104,7 +91,7 @@ TEST_P(FindTcpSocket, TellsTheConnectionsOfOnePortApart) {
         services.emplace_back(::accept(listener_.get(), nullptr, nullptr));
     }
     for (std::size_t at = 0; at < clients.size(); ++at) {
-        const sockaddr_in here = ownEndOf(clients[at]);
+        const sockaddr_in here = endpointOf(clients[at].get());
         EXPECT_EQ(connected(here, there_), named(clients[at]));
         EXPECT_EQ(connected(there_, here), named(services[at]));
     }
@@ -114,13 +101,12 @@ TEST_P(FindTcpSocket, TellsTheConnectionsToOnePeerApart) {
     const UniqueFd otherListener = listenOn("127.0.0.1");
     const UniqueFd client = tcpSocket();
     connectTo(client, there_);
-    const sockaddr_in here = ownEndOf(client);
-    const UniqueFd fromElsewhere = tcpSocket();
-    ASSERT_TRUE(bindTo(fromElsewhere, endAt("127.0.0.2", ntohs(here.sin_port))));
+    const sockaddr_in here = endpointOf(client.get());
+    const UniqueFd fromElsewhere = boundSocket(SOCK_STREAM, "127.0.0.2", ntohs(here.sin_port));
     connectTo(fromElsewhere, there_);
     EXPECT_EQ(connected(here, there_), named(client));
-    EXPECT_EQ(connected(ownEndOf(fromElsewhere), there_), named(fromElsewhere));
-    EXPECT_EQ(connected(here, ownEndOf(otherListener)), "none");
+    EXPECT_EQ(connected(endpointOf(fromElsewhere.get()), there_), named(fromElsewhere));
+    EXPECT_EQ(connected(here, endpointOf(otherListener.get())), "none");
 }
 
 TEST_P(FindTcpSocket, FindsAConnectionThatHasEndedItsSending) {
@@ -128,7 +114,7 @@ TEST_P(FindTcpSocket, FindsAConnectionThatHasEndedItsSending) {
     connectTo(client, there_);
     ASSERT_EQ(::shutdown(client.get(), SHUT_WR), 0);
     ASSERT_TRUE(eventually([&] { return stateOf(client) == TCP_FIN_WAIT2; }));
-    EXPECT_EQ(connected(ownEndOf(client), there_), named(client));
+    EXPECT_EQ(connected(endpointOf(client.get()), there_), named(client));
 }
 
 TEST_P(FindTcpSocket, FindsAConnectionWhosePeerTakesNothingMore) {
@@ -147,14 +133,14 @@ TEST_P(FindTcpSocket, FindsAConnectionWhosePeerTakesNothingMore) {
     }));
     ASSERT_EQ(::shutdown(client.get(), SHUT_WR), 0);
     ASSERT_EQ(stateOf(client), unsigned{TCP_FIN_WAIT1});
-    EXPECT_EQ(connected(ownEndOf(client), there_), named(client));
+    EXPECT_EQ(connected(endpointOf(client.get()), there_), named(client));
 }
 
 TEST_P(FindTcpSocket, FindsNoConnectionThatNobodyHasOpenAnyMore) {
     UniqueFd client = tcpSocket();
     connectTo(client, there_);
     const UniqueFd service(::accept(listener_.get(), nullptr, nullptr));
-    const sockaddr_in here = ownEndOf(client);
+    const sockaddr_in here = endpointOf(client.get());
     client.reset();
     EXPECT_EQ(connected(here, there_), "none");
     EXPECT_EQ(connected(there_, here), "none");
@@ -169,24 +155,24 @@ TEST_P(FindTcpSocket, FindsTheListenerAmongItsConnections) {
     connectTo(client, there_);
     const UniqueFd service(::accept(listener_.get(), nullptr, nullptr));
     EXPECT_EQ(listening(there_), named(listener_));
-    EXPECT_EQ(listening(ownEndOf(client)), "none");
+    EXPECT_EQ(listening(endpointOf(client.get())), "none");
 }
 
 TEST_P(FindTcpSocket, FindsTheListenerOfEveryAddress) {
     const UniqueFd everywhere = listenOn("0.0.0.0");
-    EXPECT_EQ(listening(endAt("127.0.0.1", ntohs(ownEndOf(everywhere).sin_port))), named(everywhere));
+    EXPECT_EQ(listening(endAt("127.0.0.1", ntohs(endpointOf(everywhere.get()).sin_port))), named(everywhere));
     EXPECT_EQ(listening(endAt("127.0.0.2", ntohs(there_.sin_port))), "none");
 }
 
 TEST_P(FindTcpSocket, TakesNoConnectionForTheListenerThatIsGone) {
     UniqueFd listener = listenOn("127.0.0.1");
-    const sockaddr_in there = ownEndOf(listener);
+    const sockaddr_in there = endpointOf(listener.get());
     const UniqueFd client = tcpSocket();
     connectTo(client, there);
     const UniqueFd service(::accept(listener.get(), nullptr, nullptr));
     listener.reset();
     EXPECT_EQ(listening(there), "none");
-    EXPECT_EQ(connected(there, ownEndOf(client)), named(service));
+    EXPECT_EQ(connected(there, endpointOf(client.get())), named(service));
 }
 
 TEST(FindTcpSocketNowhere, SaysThatTheSystemTellsNothing) {
@@ -208,10 +194,10 @@ TEST(EndsOf, AreThoseOfAConnectionOfIPv4) {
     const UniqueFd client = tcpSocket();
     sockaddr_in local{}, remote{};
     EXPECT_FALSE(endsOf(client.get(), local, remote));
-    connectTo(client, ownEndOf(listener));
+    connectTo(client, endpointOf(listener.get()));
     ASSERT_TRUE(endsOf(client.get(), local, remote));
-    EXPECT_EQ(local.sin_port, ownEndOf(client).sin_port);
-    EXPECT_EQ(remote.sin_port, ownEndOf(listener).sin_port);
+    EXPECT_EQ(local.sin_port, endpointOf(client.get()).sin_port);
+    EXPECT_EQ(remote.sin_port, endpointOf(listener.get()).sin_port);
     EXPECT_EQ(remote.sin_addr.s_addr, ::inet_addr("127.0.0.1"));
 
     int pair[2];
