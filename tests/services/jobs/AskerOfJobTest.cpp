@@ -1,10 +1,8 @@
 #include <array>
 #include <gtest/gtest.h>
-#include <optional>
 #include <stdexcept>
 #include <string>
 #include <sys/socket.h>
-#include <vector>
 
 #include "base/UniqueFd.h"
 #include "services/asker/ProcessRecord.h"
