@@ -132,3 +132,14 @@ class SandboxTest(unittest.TestCase):
         start(["openbox"], stdout=subprocess.DEVNULL, **quiet)
         self.wait_until(lambda: "window id" in run("xprop", "-root", "_NET_SUPPORTING_WM_CHECK", env=environment),
                         "there is no window manager")
+        self.press_the_first_key(environment)
+
+    def press_the_first_key(self, environment):
+        """Upon the first key of a display the window manager takes its own keys anew, and whoever presses one of them
+        meanwhile does so in vain. It answers messages in their order: it is done once it has answered a later one."""
+        def answers():
+            run("xdotool", "set_num_desktops", 7, env=environment)
+            return "= 7" in run("xprop", "-root", "_NET_NUMBER_OF_DESKTOPS", env=environment)
+
+        run("xdotool", "key", "shift", env=environment)
+        self.wait_until(answers, "the window manager does not answer")

@@ -122,8 +122,8 @@ class DesktopTest(RoadTest):
             return self.start(command, stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.STDOUT)
 
     def close_with_key(self):
-        """Presses the key until the program has ended: a press may be lost on the way to the window."""
-        self.wait_until(lambda: self.window.poll() is not None or self.keys("alt+F4"), "the window stays open")
+        self.keys("alt+F4")
+        self.wait_until(lambda: self.window.poll() is not None, "the window stays open")
 
     def exit_status(self):
         """As a shell says it: 128 and the signal's number where a signal ended the program."""
