@@ -13,8 +13,10 @@
 #include <list>
 #include <memory>
 #include <netinet/in.h>
+#include <poll.h>
 #include <stdexcept>
 #include <string>
+#include <sys/eventfd.h>
 #include <sys/ioctl.h>
 #include <sys/prctl.h>
 #include <sys/socket.h>
@@ -22,6 +24,7 @@
 #include <thread>
 #include <unistd.h>
 #include <utility>
+#include <vector>
 
 #include "base/SystemLog.h"
 #include "base/findTcpSocket.h"
@@ -282,6 +285,41 @@ TEST_F(ServerWithAFile, LetsTheOldestOfManySilentPeersGoAtOnce) {
     EXPECT_TRUE(eventually([&] { return !peers.front().send("more"); }));
     EXPECT_TRUE(std::next(peers.begin())->send("more"));
     EXPECT_TRUE(peers.back().send("more"));
+}
+
+// Where no place is left, it is made for a user who has few.
+TEST_F(ServerWithAFile, LetsTheOldestSilentPeerOfWhoeverHasMostGiveWay) {
+    if (::geteuid() != 0) GTEST_SKIP() << "needs root: connects as two other users";
+    const ServerProcess server(nothing, [this] { return log(); }, RequestLog::kWindow,
+                               {.toArrive = std::chrono::minutes(2)});
+    const UniqueFd connected(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+    const UniqueFd heard(::eventfd(0, EFD_CLOEXEC));
+    eventfd_t count = 0;
+    UserProcess most(65534, [&] {
+        std::list<Client> clients;
+        std::vector<pollfd> waiting;
+        for (int i = 0; i < 48; ++i)
+            waiting.push_back({clients.emplace_back(server.port()).socket(), POLLIN, 0});
+        ::eventfd_write(connected.get(), 1);
+        ::poll(waiting.data(), waiting.size(), 60'000);
+        ::eventfd_write(heard.get(), 1);
+        std::string answered;
+        for (std::size_t i = 0; i < waiting.size(); ++i)
+            if (waiting[i].revents != 0) answered += std::to_string(i) + " ";
+        return answered;
+    });
+    UserProcess few(1, [&] {
+        std::list<Client> clients;
+        for (int i = 0; i < 9; ++i)
+            clients.emplace_back(server.port());
+        ::eventfd_read(heard.get(), &count);
+        return std::string();
+    });
+    most.go();
+    ASSERT_TRUE(eventually([&] { return ::eventfd_read(connected.get(), &count) == 0; }));
+    few.go();
+    EXPECT_EQ(most.result(), "0 ");
+    EXPECT_EQ(few.result(), "");
 }
 
 TEST_F(ServerWithAFile, DoesNotWaitForeverForASilentPeer) {
