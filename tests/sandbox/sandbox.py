@@ -124,7 +124,8 @@ class SandboxTest(unittest.TestCase):
         quiet = {"stdin": subprocess.DEVNULL, "stderr": subprocess.DEVNULL}
         told = (("DISPLAY", ":", ["Xvfb", "-displayfd", "1", "-screen", "0", f"{self.screen}x24", "-nolisten", "tcp",
                                   "-noreset", *self.display_options]),
-                ("DBUS_SESSION_BUS_ADDRESS", "", ["dbus-daemon", "--session", "--nofork", "--print-address=1"]))
+                ("DBUS_SESSION_BUS_ADDRESS", "", ["dbus-daemon", "--session", "--nofork", "--print-address=1",
+                                                 f"--address=unix:path={self.folder}/session-bus"]))
         for name, before, command in told:
             server = start(command, stdout=subprocess.PIPE, **quiet)
             self.addCleanup(server.stdout.close)

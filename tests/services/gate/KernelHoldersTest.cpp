@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <optional>
 #include <string>
 #include <sys/file.h>
 #include <sys/mman.h>
@@ -18,10 +19,12 @@
 #include <sys/statfs.h>
 #include <sys/swap.h>
 #include <unistd.h>
+#include <utility>
 
 #include "base/UniqueFd.h"
 #include "command/Answer.h"
 #include "tests/TemporaryFolder.h"
+#include "tests/eventually.h"
 #include "tests/services/Bystander.h"
 #include "tests/services/LoopDisk.h"
 #include "tests/services/gate/GateOnKernel.h"
@@ -136,7 +139,7 @@ TEST_F(GateOnKernel, UnmountsTheDisksPlaceWhereverItsFolderIsPut) {
         fs::create_directories(folder / "place");
     mountAt(folders[0] / "place");
     ASSERT_EQ(::mount("kestrav-other", (folders[1] / "place").c_str(), "tmpfs", 0, nullptr), 0);
-    const Bystander other([&folders] {
+    std::optional<Bystander> other(std::in_place, [&folders] {
         if (::fork() == 0) {
             ::prctl(PR_SET_PDEATHSIG, SIGKILL);
             // Its owner exchanges the two folders as fast as it can.
@@ -151,6 +154,13 @@ TEST_F(GateOnKernel, UnmountsTheDisksPlaceWhereverItsFolderIsPut) {
     }
     EXPECT_THAT(contentsOf("/proc/self/mountinfo"), HasSubstr(" - tmpfs kestrav-other "))
         << "the other file system was unmounted";
+    other.reset();
+    // The last exchange may come while they are taken away.
+    EXPECT_TRUE(eventually([&] {
+        for (const fs::path& folder : folders)
+            ::umount2((folder / "place").c_str(), MNT_DETACH);
+        return contentsOf("/proc/self/mountinfo").find(folder_.path().string()) == std::string::npos;
+    }));
 }
 
 TEST_F(GateOnKernel, SaysWhenItCannotTellWhatIsMounted) {
