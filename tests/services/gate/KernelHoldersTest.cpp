@@ -9,7 +9,6 @@
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <optional>
 #include <string>
 #include <sys/file.h>
 #include <sys/mman.h>
@@ -19,7 +18,6 @@
 #include <sys/statfs.h>
 #include <sys/swap.h>
 #include <unistd.h>
-#include <utility>
 
 #include "base/UniqueFd.h"
 #include "command/Answer.h"
@@ -139,22 +137,23 @@ TEST_F(GateOnKernel, UnmountsTheDisksPlaceWhereverItsFolderIsPut) {
         fs::create_directories(folder / "place");
     mountAt(folders[0] / "place");
     ASSERT_EQ(::mount("kestrav-other", (folders[1] / "place").c_str(), "tmpfs", 0, nullptr), 0);
-    std::optional<Bystander> other(std::in_place, [&folders] {
-        if (::fork() == 0) {
-            ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-            // Its owner exchanges the two folders as fast as it can.
-            while (::renameat2(AT_FDCWD, folders[0].c_str(), AT_FDCWD, folders[1].c_str(), RENAME_EXCHANGE) == 0) {
+    {
+        const Bystander other([&folders] {
+            if (::fork() == 0) {
+                ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+                // Its owner exchanges the two folders as fast as it can.
+                while (::renameat2(AT_FDCWD, folders[0].c_str(), AT_FDCWD, folders[1].c_str(), RENAME_EXCHANGE) == 0) {
+                }
             }
+            return true;
+        });
+        for (int i = 0; i < 300; ++i) {
+            unmount();
+            if (!isMounted()) mountAt(folders[0] / "place");
         }
-        return true;
-    });
-    for (int i = 0; i < 300; ++i) {
-        unmount();
-        if (!isMounted()) mountAt(folders[0] / "place");
     }
     EXPECT_THAT(contentsOf("/proc/self/mountinfo"), HasSubstr(" - tmpfs kestrav-other "))
         << "the other file system was unmounted";
-    other.reset();
     // The last exchange may come while they are taken away.
     EXPECT_TRUE(eventually([&] {
         for (const fs::path& folder : folders)
