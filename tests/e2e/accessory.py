@@ -51,7 +51,7 @@ class Accessory:
         # The dummy controller of this port is the only one with this number; below it is the disk.
         blocks = f"/sys/devices/platform/dummy_hcd.{self.port}/usb*/*/*/host*/target*/*/block/*"
         self.disk = self.guest.sh(f"for try in $(seq 600); do set -- {blocks}; [ -e \"$1/dev\" ] && break; sleep 0.1; done;"
-                                  " udevadm settle; basename \"$1\"").out.strip()
+                                  " [ -e \"$1/dev\" ]; udevadm settle; basename \"$1\"").out.strip()
         return self
 
     def pull(self):

@@ -87,8 +87,9 @@ class Plug:
         before = accessory.disk
         self.assert_verified(self.update("firmware", first), wrote(70000, before))
         # As long as somebody has the old disk open its name is taken.
-        holder = self.root.start("sh", "-c", f"exec sleep 1000 </dev/{before}")
+        holder = self.root.start("sh", "-c", f"exec </dev/{before}; echo held; exec sleep 1000")
         self.addCleanup(holder.end)
+        holder.wait_for("held")
         accessory.pull()
         self.assert_missed(self.update("firmware", second), second, 60000, before)
         accessory.plug()

@@ -3,7 +3,7 @@
 import shutil
 import subprocess
 
-from guest import ROOT
+from guest import BOOT_PATIENCE, ROOT
 from kernel import HERE
 
 BUILD = ROOT / "build/release"
@@ -27,4 +27,4 @@ def install(guest, packages):
         shutil.copy(package, guest.exchange)
         names.append(f"/e2e/exchange/{package.name}")
     # Without the triggers of other packages, which would renew caches of menus and manual pages.
-    guest.run("dpkg", "--no-triggers", "--install", *names)
+    guest.run("dpkg", "--no-triggers", "--install", *names, seconds=BOOT_PATIENCE)
