@@ -1,6 +1,7 @@
 #include "command/linux/TextAgent.h"
 
 #include <array>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
@@ -12,6 +13,7 @@
 #include <unistd.h>
 
 #include "base/UniqueFd.h"
+#include "base/openSystemBus.h"
 #include "base/retry.h"
 
 namespace kestrav {
@@ -19,7 +21,6 @@ namespace {
 
 constexpr const char* kAgent = KESTRAV_PKTTYAGENT;
 constexpr int kReadyFd = 3;
-constexpr int kPatience = 5000;  // milliseconds; the agent is usually ready in a few of them
 
 /// Whether polkit sees this process in a login session: in the one it was started in, or in its user's desktop.
 bool belongsToASession() {
@@ -62,8 +63,9 @@ TextAgent::TextAgent() {
     agent_ = start(writeEnd);
     writeEnd.reset();
     pollfd ready{readEnd.get(), POLLIN, 0};
-    // The agent closes it once it is registered; its end closes it as well.
-    retry([&] { return ::poll(&ready, 1, kPatience); });
+    // The agent closes it once it is registered, a few milliseconds later as a rule; its end closes it as well.
+    constexpr std::chrono::milliseconds kPatience = kAnswerPatience;
+    retry([&] { return ::poll(&ready, 1, static_cast<int>(kPatience.count())); });
 }
 
 TextAgent::~TextAgent() {

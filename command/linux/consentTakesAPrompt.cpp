@@ -1,5 +1,6 @@
 #include "command/linux/consentTakesAPrompt.h"
 
+#include <chrono>
 #include <cstdint>
 #include <unistd.h>
 
@@ -8,8 +9,6 @@
 
 namespace kestrav {
 namespace {
-
-constexpr std::uint64_t kPatience = 5'000'000;  // microseconds
 
 /// This process, as polkit names it. A time of 0 has polkit look the process's start up itself.
 int append(sd_bus_message* message) {
@@ -31,7 +30,8 @@ bool consentTakesAPrompt() {
     const SdBusMessagePtr question(raw);
     if (result < 0 || append(raw) < 0) return false;
     sd_bus_message* given = nullptr;
-    result = sd_bus_call(bus.value().get(), raw, kPatience, nullptr, &given);
+    constexpr std::chrono::microseconds kPatience = kAnswerPatience;
+    result = sd_bus_call(bus.value().get(), raw, kPatience.count(), nullptr, &given);
     const SdBusMessagePtr answer(given);
     int authorized = 0;
     int challenge = 0;

@@ -1,8 +1,10 @@
 #include <filesystem>
+#include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <optional>
 #include <string>
+#include <sys/mount.h>
 #include <vector>
 
 #include "tests/places.h"
@@ -54,6 +56,22 @@ TEST_F(HelperInATerminal, IsInstalledAfterThePassword) {
     terminal.type("secret\n");
     EXPECT_EQ(terminal.wait(), 0);
     EXPECT_THAT(terminal.shown(), HasSubstr("The helper is installed."));
+    EXPECT_TRUE(fs::exists(kProgram));
+}
+
+TEST_F(HelperInATerminal, WaitsForAnAgentThatIsSlow) {
+    const fs::path agent = "/usr/bin/pkttyagent";
+    const fs::path real = "/usr/libexec/kestrav/pkttyagent";
+    const fs::path slow = "/usr/libexec/kestrav/slow";
+    fs::copy_file(agent, real);
+    // Longer than a busy computer's agent needs.
+    std::ofstream(slow) << "#!/bin/sh\nsleep 8\nexec " << real.string() << " \"$@\"\n";
+    fs::permissions(slow, fs::perms(0755));
+    ASSERT_EQ(::mount(slow.c_str(), agent.c_str(), nullptr, MS_BIND, nullptr), 0);
+    Terminal terminal = inTerminal({"install"});
+    ASSERT_TRUE(terminal.isAsked()) << terminal.shown();
+    terminal.type("secret\n");
+    EXPECT_EQ(terminal.wait(), 0) << terminal.shown();
     EXPECT_TRUE(fs::exists(kProgram));
 }
 

@@ -1,6 +1,8 @@
 """--no-prompt, as somebody whom polkit would have asked for an administrator's password."""
 
+import signal
 import subprocess
+import threading
 
 from road import PROGRAMS, RoadTest
 
@@ -25,6 +27,16 @@ class NoPrompt(RoadTest):
         self.assertEqual(result.stderr.decode(), "kestravctl: An administrator would have to be asked for a password, and "
                          "nobody is to be asked. Run it as root, or have a rule allow it: see kestrav-commandd(8).\n")
         self.assertEqual(result.stdout, b"")
+
+    def test_waits_for_a_polkit_that_is_slow(self):
+        self.polkit.send_signal(signal.SIGSTOP)
+        # Longer than a busy computer's polkit needs.
+        late = threading.Timer(8, self.polkit.send_signal, [signal.SIGCONT])
+        late.start()
+        self.addCleanup(late.join)
+        result = self.called("--no-prompt")
+        self.assertIn(b"would have to be asked", result.stderr)
+        self.assertEqual(result.returncode, 1, result.stderr)
 
     def test_goes_on_where_a_rule_allows_it(self):
         rules = "/etc/polkit-1/rules.d"

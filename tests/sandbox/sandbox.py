@@ -103,12 +103,13 @@ class SandboxTest(unittest.TestCase):
         run(HERE / "add-actions", installer)
         self.start_daemon("/usr/bin/dbus-daemon", "--system", "--nofork", "--nopidfile")
         self.wait_until(lambda: self.bus_has("org.freedesktop.DBus"), "there is no system bus")
-        self.start_daemon("/usr/lib/polkit-1/polkitd", "--no-debug")
+        self.polkit = self.start_daemon("/usr/lib/polkit-1/polkitd", "--no-debug")
         self.wait_until(lambda: self.bus_has("org.freedesktop.PolicyKit1"), "there is no polkitd")
 
     def start_daemon(self, *command):
         daemon = subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         self.addCleanup(self.end, daemon)
+        return daemon
 
     @staticmethod
     def bus_has(name):
