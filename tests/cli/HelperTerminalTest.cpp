@@ -1,10 +1,8 @@
 #include <filesystem>
-#include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <optional>
 #include <string>
-#include <sys/mount.h>
 #include <vector>
 
 #include "tests/places.h"
@@ -12,6 +10,7 @@
 #include "tests/sandbox/SystemDaemons.h"
 #include "tests/sandbox/Terminal.h"
 #include "tests/sandbox/runProgram.h"
+#include "tests/sandbox/standInFor.h"
 
 namespace kestrav {
 namespace {
@@ -62,12 +61,9 @@ TEST_F(HelperInATerminal, IsInstalledAfterThePassword) {
 TEST_F(HelperInATerminal, WaitsForAnAgentThatIsSlow) {
     const fs::path agent = "/usr/bin/pkttyagent";
     const fs::path real = "/usr/libexec/kestrav/pkttyagent";
-    const fs::path slow = "/usr/libexec/kestrav/slow";
     fs::copy_file(agent, real);
     // Longer than a busy computer's agent needs.
-    std::ofstream(slow) << "#!/bin/sh\nsleep 8\nexec " << real.string() << " \"$@\"\n";
-    fs::permissions(slow, fs::perms(0755));
-    ASSERT_EQ(::mount(slow.c_str(), agent.c_str(), nullptr, MS_BIND, nullptr), 0);
+    ASSERT_TRUE(standInFor(agent, "sleep 8\nexec " + real.string() + " \"$@\"\n"));
     Terminal terminal = inTerminal({"install"});
     ASSERT_TRUE(terminal.isAsked()) << terminal.shown();
     terminal.type("secret\n");

@@ -18,6 +18,7 @@
 #include "tests/sandbox/PasswordAgent.h"
 #include "tests/sandbox/Sandbox.h"
 #include "tests/sandbox/SystemDaemons.h"
+#include "tests/sandbox/writeScript.h"
 
 namespace kestrav {
 namespace {
@@ -225,8 +226,7 @@ TEST_F(PolkitConsent, SaysThatPkexecIsMissing) {
 
 TEST_F(PolkitConsent, IsCertainOfNothingWhenPkexecIsKilled) {
     constexpr const char* kKilled = "/usr/libexec/kestrav/killed";
-    std::ofstream(kKilled) << "#!/bin/sh\nkill -9 $$\n";
-    fs::permissions(kKilled, fs::perms(0755));
+    writeScript(kKilled, "kill -9 $$\n");
     UserProcess user(kAdmin, [] {
         PolkitAuthorization authorization(kBless, kKilled);
         return launch(authorization);
@@ -276,9 +276,7 @@ TEST_F(PolkitConsent, IsAuthorizedEvenWhenTheRightIsNotRegistered) {
 }
 
 TEST_F(PolkitConsent, LeavesTheChildNothingOfItsEnvironment) {
-    fs::remove(kBless);
-    std::ofstream(kBless) << "#!/bin/sh\n/usr/bin/env >/run/seen\n";
-    fs::permissions(kBless, fs::perms(0755));
+    writeScript(kBless, "/usr/bin/env >/run/seen\n");
     ::setenv("LD_LIBRARY_PATH", "/tmp", 1);
     EXPECT_EQ(launchFromThisProcess(), "Installed successfully! [consent]");
     ::unsetenv("LD_LIBRARY_PATH");
@@ -289,26 +287,20 @@ TEST_F(PolkitConsent, LeavesTheChildNothingOfItsEnvironment) {
 }
 
 TEST_F(PolkitConsent, KeepsOnlyTheBeginningOfALongComplaint) {
-    fs::remove(kBless);
-    std::ofstream(kBless) << "#!/bin/sh\n/usr/bin/yes %s%n | /usr/bin/head -c 1000000 >&2\nexit 3\n";
-    fs::permissions(kBless, fs::perms(0755));
+    writeScript(kBless, "/usr/bin/yes %s%n | /usr/bin/head -c 1000000 >&2\nexit 3\n");
     const std::string told = launchFromThisProcess();
     EXPECT_THAT(told, StartsWith("BlessingError: %s%n"));
     EXPECT_LE(told.size(), 4096U + 40U);
 }
 
 TEST_F(PolkitConsent, SaysWhenTheInstallerWasKilled) {
-    fs::remove(kBless);
-    std::ofstream(kBless) << "#!/bin/sh\nkill -9 $$\n";
-    fs::permissions(kBless, fs::perms(0755));
+    writeScript(kBless, "kill -9 $$\n");
     EXPECT_EQ(launchFromThisProcess(), "BlessingError: The installer was ended in the middle of its work. [consent]");
 }
 
 TEST_F(PolkitConsent, TakesNoStatusOfTheInstallersForPkexecs) {
     for (const int status : {126, 127}) {
-        fs::remove(kBless);
-        std::ofstream(kBless) << "#!/bin/sh\nexit " << status << "\n";
-        fs::permissions(kBless, fs::perms(0755));
+        writeScript(kBless, "exit " + std::to_string(status) + "\n");
         EXPECT_EQ(launchFromThisProcess(),
                   "BlessingError: The installer failed (status " + std::to_string(status) + "). [consent]");
     }

@@ -4,7 +4,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>
-#include <sys/mount.h>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
@@ -14,6 +13,7 @@
 #include "tests/eventually.h"
 #include "tests/sandbox/ChildProcess.h"
 #include "tests/sandbox/SystemDaemons.h"
+#include "tests/sandbox/standInFor.h"
 #include "tests/services/helper/InstallerInARoom.h"
 
 namespace kestrav {
@@ -52,9 +52,7 @@ INSTANTIATE_TEST_SUITE_P(Words, BlessUnread, testing::Values(" install", " unins
 void standInForUdevadm(const std::string& script) {
     fs::create_directory("/run/udev");
     write("/run/udev/control", "");
-    write("/run/udevadm", "#!/bin/sh\n" + script);
-    fs::permissions("/run/udevadm", fs::perms(0755));
-    ASSERT_EQ(::mount("/run/udevadm", "/usr/bin/udevadm", nullptr, MS_BIND, nullptr), 0);
+    ASSERT_TRUE(standInFor("/usr/bin/udevadm", script));
 }
 
 TEST_F(Bless, HasUdevReadItsRulesAndLookAtTheAccessoryAgain) {
